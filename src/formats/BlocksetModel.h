@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+// The in-memory form of an open blockset's items and style values. The editor's
+// windows render these; the file readers and writers fill and read them.
+
+// One row of the block list; columns in the order of the list.
+struct BlockRow {
+    QString file;         // BlockList_FileName: the block file's name
+    QString name;         // BlockList_BlockName
+    QString symbol;       // BlockList_SymbolS: one character or empty
+    QString doubleSymbol; // BlockList_Double: two characters or empty
+    QString type;         // BlockList_Type
+    QString bsp;          // BlockList_BSP: "yes", "empty", "no", "n/a"
+    QString sizeText;     // BlockList_Size
+    QString source;       // BlockList_Source
+    qint64 size = 0;      // byte length of the file
+};
+
+// One row of the texture or sound list.
+struct ItemRow {
+    QString file;
+    QString sizeText;
+    QString source;
+    qint64 size = 0;
+};
+
+// The style's values as texts; an empty text means "not set".
+struct StyleValues {
+    QString version;
+    QString name;
+    QString synopsis;
+    QString author;
+    QString copyright;
+    QString placeholderTexture;
+    QString skyTexture;
+    QString skyColor;
+    QString skyBrightness;
+    QString groundTexture;
+    QString groundColor;
+    QString orbTexture;
+    QString orbColor;
+    QString orbBrightness;
+    QString orbPosition;
+    QString orbHref;
+    QString orbTarget;
+    QString orbText;
+
+    bool operator==(const StyleValues &) const = default;
+};
+
+// State of the "Symbol Synchronization" controls of the settings page, plus the
+// blockset's own symbol-mode flags (switched on by New, Remap All and Sync Double).
+struct SymbolSettings {
+    bool strictPrefixChecked = false;  // cbxStrictPrefix checked
+    bool strictPrefixEnabled = false;  // cbxStrictPrefix enabled
+    bool syncDoubleChecked = false;    // cbxSyncDouble checked
+    bool syncDoubleEnabled = false;    // cbxSyncDouble enabled
+    bool prefixListEnabled = false;    // lstStrictPrefix enabled (window background), else button face
+    int prefixIndex = 0;               // selected entry of lstStrictPrefix (prefix alphabet position)
+    bool strictPrefixMode = false;     // the blockset's own strict-prefix flag
+    bool syncDoubleMode = false;       // the blockset's own sync-double flag
+
+    bool operator==(const SymbolSettings &) const = default;
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "formats/BlocksetModel.h"
+
+#include <QString>
+
+// The 89-character symbol alphabet; its length is the block limit of a blockset.
+const QString &symbolAlphabet();
+// The prefix alphabet: "." followed by the symbol alphabet (90 characters).
+const QString &prefixAlphabet();
+int blockLimit();
+
+// A double symbol typed as free text: empty, or a prefix character followed by a symbol character.
+bool isValidDoubleSymbol(const QString &text);
+
+// Sets the symbol controls after a style was read.
+void refreshSymbolSettings(SymbolSettings &symbols, bool strictPrefixConsistent, bool syncDoubleConsistent,
+                           const QString &commonPrefix, bool strictPrefixSetting, bool syncDoubleSetting);

@@ -1,0 +1,65 @@
+#include "support/ScriptedPrompts.h"
+
+PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title, PromptButtons buttons,
+                                      PromptIcon icon)
+{
+    messages.append({text, title, buttons, icon});
+    if (answers.isEmpty()) {
+        if (buttons == PromptButtons::Ok)
+            return PromptAnswer::Ok;
+        unexpected.append(QStringLiteral("message: ") + text);
+        return PromptAnswer::Cancel;
+    }
+    return answers.takeFirst();
+}
+
+QString ScriptedPrompts::openFile(const QString &title, const QString &filter, const QString &folder)
+{
+    fileRequests.append({QStringLiteral("open"), title, filter, QString(), folder});
+    if (fileAnswers.isEmpty()) {
+        unexpected.append(QStringLiteral("openFile: ") + title);
+        return QString();
+    }
+    return fileAnswers.takeFirst();
+}
+
+QStringList ScriptedPrompts::openFiles(const QString &title, const QString &filter, const QString &folder)
+{
+    fileRequests.append({QStringLiteral("openMulti"), title, filter, QString(), folder});
+    if (multiAnswers.isEmpty()) {
+        unexpected.append(QStringLiteral("openFiles: ") + title);
+        return {};
+    }
+    return multiAnswers.takeFirst();
+}
+
+QString ScriptedPrompts::saveFile(const QString &title, const QString &filter, const QString &defaultExt,
+                                  const QString &folder)
+{
+    fileRequests.append({QStringLiteral("save"), title, filter, defaultExt, folder});
+    if (fileAnswers.isEmpty()) {
+        unexpected.append(QStringLiteral("saveFile: ") + title);
+        return QString();
+    }
+    return fileAnswers.takeFirst();
+}
+
+NewBlocksetChoice ScriptedPrompts::newBlockset(bool strictPrefixSetting, bool syncDoubleSetting)
+{
+    if (newAnswers.isEmpty()) {
+        unexpected.append(QStringLiteral("newBlockset"));
+        NewBlocksetChoice choice;
+        choice.strictPrefix = strictPrefixSetting;
+        choice.syncDouble = strictPrefixSetting && syncDoubleSetting;
+        return choice;
+    }
+    return newAnswers.takeFirst();
+}
+
+QStringList ScriptedPrompts::messageTexts() const
+{
+    QStringList texts;
+    for (const Message &m : messages)
+        texts.append(m.text);
+    return texts;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "common/Prompts.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+// Prompts for tests: records every message and dialog and answers from queues
+// the test fills beforehand. A prompt with no queued answer fails the test
+// (it is recorded in `unexpected`, and QVERIFY(prompts.unexpected.isEmpty())
+// in the test reports it) and answers Cancel / "nothing".
+class ScriptedPrompts : public Prompts {
+public:
+    struct Message {
+        QString text;
+        QString title;
+        PromptButtons buttons;
+        PromptIcon icon;
+    };
+    struct FileRequest {
+        QString kind; // "open", "openMulti", "save"
+        QString title;
+        QString filter;
+        QString defaultExt;
+        QString folder;
+    };
+
+    PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
+                         PromptIcon icon) override;
+    QString openFile(const QString &title, const QString &filter, const QString &folder) override;
+    QStringList openFiles(const QString &title, const QString &filter, const QString &folder) override;
+    QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,
+                     const QString &folder) override;
+    NewBlocksetChoice newBlockset(bool strictPrefixSetting, bool syncDoubleSetting) override;
+
+    // Queues.
+    QList<PromptAnswer> answers;
+    QStringList fileAnswers;          // for openFile and saveFile ("" = cancel)
+    QList<QStringList> multiAnswers;  // for openFiles
+    QList<NewBlocksetChoice> newAnswers;
+
+    // Records.
+    QList<Message> messages;
+    QList<FileRequest> fileRequests;
+    QStringList unexpected;
+
+    QStringList messageTexts() const;
+};
