@@ -36,8 +36,8 @@ public:
     void askSaveOnUnload();
 
     // Edits from the settings page.
-    void editStyleValue(QString StyleValues::*field, const QString &value);
-    void editStyleTexture(QString StyleValues::*field, const QString &value);
+    // Any style value: sets blocksetChanged (the version also becomes versionText).
+    void editStyleValue(StyleField field, const QString &value);
     void editUpdateComment(const QString &comment);
     void setSymbolSettings(const SymbolSettings &symbols) { m_symbols = symbols; }
     void setTab(int tab) { m_tab = tab; }

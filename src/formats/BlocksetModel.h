@@ -51,6 +51,44 @@ struct StyleValues {
     bool operator==(const StyleValues &) const = default;
 };
 
+// Names one value of StyleValues, for the controls that edit it.
+enum class StyleField {
+    Version, Name, Synopsis, Author, Copyright,
+    PlaceholderTexture, SkyTexture, SkyColor, SkyBrightness,
+    GroundTexture, GroundColor,
+    OrbTexture, OrbColor, OrbBrightness, OrbPosition, OrbHref, OrbTarget, OrbText,
+};
+
+inline QString &styleValue(StyleValues &style, StyleField field)
+{
+    switch (field) {
+    case StyleField::Version: return style.version;
+    case StyleField::Name: return style.name;
+    case StyleField::Synopsis: return style.synopsis;
+    case StyleField::Author: return style.author;
+    case StyleField::Copyright: return style.copyright;
+    case StyleField::PlaceholderTexture: return style.placeholderTexture;
+    case StyleField::SkyTexture: return style.skyTexture;
+    case StyleField::SkyColor: return style.skyColor;
+    case StyleField::SkyBrightness: return style.skyBrightness;
+    case StyleField::GroundTexture: return style.groundTexture;
+    case StyleField::GroundColor: return style.groundColor;
+    case StyleField::OrbTexture: return style.orbTexture;
+    case StyleField::OrbColor: return style.orbColor;
+    case StyleField::OrbBrightness: return style.orbBrightness;
+    case StyleField::OrbPosition: return style.orbPosition;
+    case StyleField::OrbHref: return style.orbHref;
+    case StyleField::OrbTarget: return style.orbTarget;
+    case StyleField::OrbText: return style.orbText;
+    }
+    return style.version;
+}
+
+inline const QString &styleValue(const StyleValues &style, StyleField field)
+{
+    return styleValue(const_cast<StyleValues &>(style), field);
+}
+
 // State of the "Symbol Synchronization" controls of the settings page, plus the
 // blockset's own symbol-mode flags (switched on by New, Remap All and Sync Double).
 struct SymbolSettings {
