@@ -82,6 +82,7 @@ private:
     enum class SaveQuestion { Yes, No, Cancel };
     SaveQuestion askSave(const QString &text, const QString &title);
     void resetView();
+    QString updateFilePath() const;
     void fillLists();
     void failOpen();
     void setBusy(bool busy);

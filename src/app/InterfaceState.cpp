@@ -1,0 +1,68 @@
+#include "app/InterfaceState.h"
+
+#include "app/BlocksetDocument.h"
+#include "symbols/SymbolScheme.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString countText(int count, const QString &none, const QString &one, const QString &many)
+{
+    if (count == 0)
+        return none;
+    if (count == 1)
+        return one;
+    return QString::number(count) + many;
+}
+
+void setPair(InterfaceState &state, const QString &command, bool enabled)
+{
+    state.enabled.insert(u"btn"_s + command, enabled);
+    state.enabled.insert(u"mnu"_s + command, enabled);
+}
+
+} // namespace
+
+InterfaceState computeInterfaceState(const BlocksetDocument &document, bool updateFileSetting)
+{
+    InterfaceState state;
+    state.updateGroupEnabled = updateFileSetting;
+
+    if (!document.blocksetOpen()) {
+        setPair(state, u"New"_s, true);
+        setPair(state, u"Open"_s, true);
+        for (const QString &command : {u"Close"_s, u"Save"_s, u"SaveAs"_s, u"AddItem"_s, u"RemoveItem"_s,
+                                       u"ReplaceItem"_s, u"EditItem"_s, u"PreviewItem"_s, u"AddBSP"_s})
+            setPair(state, command, false);
+        state.enabled.insert(u"mnuRemapSymbols"_s, false);
+        state.caption = u"Cubrix"_s;
+        return state;
+    }
+
+    const int tab = document.tab();
+    const int blocks = document.blockCount();
+    const bool onBlocks = tab == BlocksetDocument::BlocksTab;
+    const bool onTextures = tab == BlocksetDocument::TexturesTab;
+    const bool onSounds = tab == BlocksetDocument::SoundsTab;
+
+    for (const QString &command : {u"New"_s, u"Open"_s, u"Close"_s, u"SaveAs"_s})
+        setPair(state, command, true);
+    setPair(state, u"AddBSP"_s, blocks >= 1);
+    state.enabled.insert(u"mnuRemapSymbols"_s, blocks >= 1);
+    setPair(state, u"Save"_s, document.isChanged());
+    setPair(state, u"AddItem"_s, (onBlocks && blocks < blockLimit()) || onTextures || onSounds);
+    const bool hasItems = (onBlocks && blocks >= 1) || (onTextures && document.textureCount() >= 1)
+                          || (onSounds && document.soundCount() >= 1);
+    setPair(state, u"RemoveItem"_s, hasItems);
+    setPair(state, u"PreviewItem"_s, hasItems);
+    setPair(state, u"ReplaceItem"_s, onBlocks && blocks >= 1);
+    setPair(state, u"EditItem"_s, onBlocks && blocks >= 1);
+
+    state.caption = u"Cubrix - "_s + document.blocksetFileName() + (document.isChanged() ? u"*"_s : QString());
+    state.blocksPanel = countText(blocks, u"No Blocks"_s, u"1 Block"_s, u" Blocks"_s);
+    state.texturesPanel = countText(document.textureCount(), u"No Textures"_s, u"1 Texture"_s, u" Textures"_s);
+    state.soundsPanel = countText(document.soundCount(), u"No Sounds"_s, u"1 Sound"_s, u" Sounds"_s);
+    state.versionPanel = document.versionText().isEmpty() ? u"No Version"_s : document.versionText();
+    return state;
+}
