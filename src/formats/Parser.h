@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QLatin1StringView>
 #include <QString>
 #include <optional>
 
@@ -46,6 +47,15 @@ private:
 bool getNextWord(QString &text, QString &word);
 // Takes the next name="value" pair off `text`: name lower-cased, value as written.
 bool getNextAttribute(QString &text, QString &name, QString &value);
+
+// The same two on views into the buffer, without allocating. The word and the
+// name come back as written: compare them with nameEquals (the lower-cased
+// name equals an ASCII name exactly when the bytes match it ignoring ASCII
+// case) or lower-case them with lowerName.
+bool getNextWordView(QByteArrayView &text, QByteArrayView &word);
+bool getNextAttributeView(QByteArrayView &text, QByteArrayView &name, QByteArrayView &value);
+bool nameEquals(QByteArrayView name, QLatin1StringView lowerName);
+QString lowerName(QByteArrayView name);
 
 // Replaces the value of `attributeName` in the first `<tagName` element of `text`.
 // Returns the text unchanged when the tag, attribute or quotes are not found, and
