@@ -1,1 +1,11 @@
-int main() { return 0; }
+#include "cli/CliApp.h"
+
+#include <QCoreApplication>
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("cubrix-cli"));
+    CliApp cli;
+    return cli.run(QCoreApplication::arguments());
+}

@@ -1,0 +1,217 @@
+#include "cli/CliApp.h"
+
+#include "app/BlocksetDocument.h"
+#include "app/WorkingFolder.h"
+#include "cli/CliPrompts.h"
+#include "cli/CliReport.h"
+#include "common/Registry.h"
+#include "common/RegistryWrapper.h"
+
+#include <QFileInfo>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The document works with full paths, as a file dialog would hand them over:
+// the update file is looked for beside the archive.
+QString fullPath(const QString &path)
+{
+    return QFileInfo(path).absoluteFilePath();
+}
+
+} // namespace
+
+QString CliApp::usageText()
+{
+    return u"Usage: cubrix-cli info FILE.bset [--json] [--no]\n"
+           "       cubrix-cli save IN.bset OUT.bset [--no]\n"
+           "       cubrix-cli --help\n"_s;
+}
+
+QString CliApp::helpText()
+{
+    return u"cubrix-cli: the Cubrix blockset editor's document commands without a window.\n"
+           "\n"_s
+           + usageText()
+           + u"\n"
+             "Commands:\n"
+             "  info FILE.bset     Opens the blockset as the editor would and prints what the\n"
+             "                     editor then shows: the chosen tab, whether the blockset\n"
+             "                     counts as changed, the style values, the symbol settings,\n"
+             "                     the blocks, textures and sounds, the update comment and\n"
+             "                     every message the open showed.\n"
+             "  save IN.bset OUT.bset\n"
+             "                     Opens IN, then saves it as OUT exactly as the editor's\n"
+             "                     Save As does: OUT gets a style file of its own name and,\n"
+             "                     with the updateFile setting on, the update file OUT.txt\n"
+             "                     beside it. IN is left as it was.\n"
+             "\n"
+             "Options:\n"
+             "  --json             (info) Print one JSON object (UTF-8) with the keys file,\n"
+             "                     tab (0 blocks, 1 textures, 2 sounds, 3 settings), changed,\n"
+             "                     style, symbols, blocks, textures, sounds, update, messages.\n"
+             "  --no               Answer No to the questions the commands ask (for example\n"
+             "                     whether a differing style file is to be renamed); without\n"
+             "                     it every question is answered Yes.\n"
+             "  --help, -h         Print this help and exit.\n"
+             "  --                 Everything after it is a file name.\n"
+             "\n"
+             "Settings are read from the editor's settings store: the hive file named by\n"
+             "CUBRIX_REGISTRY, else $XDG_CONFIG_HOME/cubrix/registry.reg. The blockset is\n"
+             "unpacked into a working folder of its own under $Temp (else $TMPDIR, else\n"
+             "/tmp), which is removed again before the program exits.\n"
+             "\n"
+             "Exit status:\n"
+             "  0  the command succeeded\n"
+             "  1  the command failed; its message is printed on standard error\n"
+             "  2  usage error (unknown command or option, wrong number of arguments)\n"_s;
+}
+
+void CliApp::print(std::FILE *stream, const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
+    std::fflush(stream);
+}
+
+void CliApp::printMessages(const CliPrompts &prompts, qsizetype first)
+{
+    const QList<CliPrompts::Message> &messages = prompts.messages();
+    for (qsizetype i = first; i < messages.size(); ++i)
+        print(m_err, messages[i].title + u": "_s + messages[i].text + u'\n');
+}
+
+QString CliApp::parse(const QStringList &arguments, Options &options)
+{
+    QStringList positional;
+    bool optionsEnded = false;
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QString &argument = arguments[i];
+        if (!optionsEnded && argument.startsWith(u'-') && argument.size() > 1) {
+            if (argument == "--"_L1)
+                optionsEnded = true;
+            else if (argument == "--help"_L1 || argument == "-h"_L1)
+                options.help = true;
+            else if (argument == "--json"_L1)
+                options.json = true;
+            else if (argument == "--no"_L1)
+                options.answerNo = true;
+            else
+                return u"unknown option \""_s + argument + u'"';
+            continue;
+        }
+        positional.append(argument);
+    }
+    if (options.help)
+        return QString();
+    if (positional.isEmpty())
+        return u"no command given"_s;
+
+    options.command = positional.takeFirst();
+    options.files = positional;
+    if (options.command == "info"_L1) {
+        if (options.files.size() != 1)
+            return u"info takes one file"_s;
+    } else if (options.command == "save"_L1) {
+        if (options.files.size() != 2)
+            return u"save takes two files"_s;
+        if (options.json)
+            return u"--json is an option of info"_s;
+    } else {
+        return u"unknown command \""_s + options.command + u'"';
+    }
+    for (const QString &file : std::as_const(options.files)) {
+        if (file.isEmpty())
+            return u"empty file name"_s;
+    }
+    return QString();
+}
+
+int CliApp::run(const QStringList &arguments)
+{
+    Options options;
+    const QString problem = parse(arguments, options);
+    if (!problem.isEmpty()) {
+        print(m_err, u"cubrix-cli: "_s + problem + u"\n"_s + usageText());
+        return UsageError;
+    }
+    if (options.help) {
+        print(m_out, helpText());
+        return Success;
+    }
+    return runCommand(options);
+}
+
+int CliApp::runCommand(const Options &options)
+{
+    // As the editor starts: settings first, then the working folder.
+    const std::unique_ptr<Registry> registry = createSettingsRegistry();
+    if (!registry) {
+        print(m_err, u"cubrix-cli: the settings store cannot be used\n"_s);
+        return Failed;
+    }
+    RegistryWrapper settings(*registry);
+    settings.loadSettings();
+    WorkingFolder folder;
+    folder.createWorkingFolders();
+
+    CliPrompts prompts(options.answerNo);
+    int code = Failed;
+    {
+        BlocksetDocument document(prompts, settings, folder);
+        code = options.command == "info"_L1 ? info(options, document, prompts) : save(options, document, prompts);
+    }
+    folder.removeWorkingFolders();
+    return code;
+}
+
+int CliApp::info(const Options &options, BlocksetDocument &document, CliPrompts &prompts)
+{
+    const QString &file = options.files.first();
+    document.openBlockset(fullPath(file));
+    if (!document.blocksetOpen()) {
+        printMessages(prompts, 0);
+        return Failed;
+    }
+    if (options.json) {
+        const QByteArray json = CliReport::infoJson(file, document, prompts.messages());
+        std::fwrite(json.constData(), 1, size_t(json.size()), m_out);
+        std::fflush(m_out);
+    } else {
+        print(m_out, CliReport::infoText(file, document, prompts.messages()));
+    }
+    return Success;
+}
+
+int CliApp::save(const Options &options, BlocksetDocument &document, CliPrompts &prompts)
+{
+    document.openBlockset(fullPath(options.files[0]));
+    if (!document.blocksetOpen()) {
+        printMessages(prompts, 0);
+        return Failed;
+    }
+    // What the open showed (a missing style file, a renamed one) is worth knowing.
+    printMessages(prompts, 0);
+
+    const qsizetype first = prompts.messageCount();
+    prompts.setSaveTarget(fullPath(options.files[1]));
+    document.saveBlocksetAs();
+
+    bool failed = document.isChanged();
+    const QList<CliPrompts::Message> &messages = prompts.messages();
+    for (qsizetype i = first; i < messages.size(); ++i) {
+        if (messages[i].title == "Error"_L1)
+            failed = true;
+    }
+    printMessages(prompts, first);
+    if (failed) {
+        if (messages.size() == first)
+            print(m_err, u"cubrix-cli: the blockset was not saved\n"_s);
+        return Failed;
+    }
+    print(m_out, document.processText() + u'\n');
+    return Success;
+}

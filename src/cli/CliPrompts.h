@@ -1,0 +1,46 @@
+#pragma once
+
+#include "common/Prompts.h"
+
+#include <QList>
+#include <QString>
+
+// The prompts of cubrix-cli: no one sits at a terminal to answer, so every
+// question is answered from the command line (Yes, or No with --no), every
+// message is recorded in the order it was shown, and the file dialogs return
+// the files named on the command line.
+class CliPrompts : public Prompts {
+public:
+    struct Message {
+        QString text;
+        QString title;
+        PromptButtons buttons = PromptButtons::Ok;
+        PromptIcon icon = PromptIcon::None;
+    };
+
+    explicit CliPrompts(bool answerNo = false) : m_answerNo(answerNo) {}
+
+    PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
+                         PromptIcon icon) override;
+    // The CLI always hands the file to the command: an open dialog is "cancelled".
+    QString openFile(const QString &title, const QString &filter, const QString &folder) override;
+    QStringList openFiles(const QString &title, const QString &filter, const QString &folder) override;
+    // The target given on the command line (see setSaveTarget).
+    QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,
+                     const QString &folder) override;
+    // The New Blockset dialog as it first shows: empty name and version, the
+    // symbol boxes from the user settings, the first prefix entry.
+    NewBlocksetChoice newBlockset(bool strictPrefixSetting, bool syncDoubleSetting) override;
+
+    void setSaveTarget(const QString &path) { m_saveTarget = path; }
+
+    const QList<Message> &messages() const { return m_messages; }
+    // Number of messages shown so far; messages from `first` on are the ones a
+    // command showed after that point.
+    qsizetype messageCount() const { return m_messages.size(); }
+
+private:
+    bool m_answerNo;
+    QString m_saveTarget;
+    QList<Message> m_messages;
+};
