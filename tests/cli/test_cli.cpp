@@ -6,6 +6,7 @@
 #include "common/RegistryWrapper.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -234,6 +235,7 @@ private slots:
     void saveAs();
     void saveFailures_data();
     void saveFailures();
+    void sampleBlockset();
 };
 
 void TestCli::infoReportsEverything()
@@ -753,6 +755,65 @@ void TestCli::saveFailures()
     QVERIFY(result.out.isEmpty());
     QCOMPARE(QFileInfo(dir.filePath(target)).isFile(), archiveWritten);
     QVERIFY(!QFileInfo::exists(dir.filePath(u"temp/Cubrix/blocks"_s)));
+}
+
+// The sample that ships in examples/ opens cleanly and is in step with its sources.
+void TestCli::sampleBlockset()
+{
+    const QString examples = QStringLiteral(CUBRIX_TEST_DATA) + u"/../../examples"_s;
+    const QString bset = QDir(examples).absoluteFilePath(u"Castle.bset"_s);
+    QVERIFY2(QFileInfo(bset).isFile(), qPrintable(bset));
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+
+    const QJsonObject json = infoJson(dir, bset);
+    QCOMPARE(json[u"messages"_s].toArray().size(), 0);
+    QCOMPARE(json[u"changed"_s].toBool(true), false);
+    QCOMPARE(json[u"tab"_s].toInt(-1), 0);
+    const QJsonObject style = json[u"style"_s].toObject();
+    QCOMPARE(style.size(), 18);
+    for (auto it = style.begin(); it != style.end(); ++it)
+        QVERIFY2(!it.value().toString().isEmpty(), qPrintable(it.key()));
+    const QJsonObject symbols = json[u"symbols"_s].toObject();
+    QVERIFY(symbols[u"strictPrefix"_s].toBool());
+    QVERIFY(symbols[u"syncDouble"_s].toBool());
+
+    QStringList types;
+    QStringList bsp;
+    const QJsonArray blocks = json[u"blocks"_s].toArray();
+    for (const QJsonValue &value : blocks) {
+        const QJsonObject block = value.toObject();
+        QVERIFY(!block[u"name"_s].toString().isEmpty());
+        QCOMPARE(block[u"double"_s].toString(), u'.' + block[u"symbol"_s].toString());
+        types.append(block[u"type"_s].toString());
+        bsp.append(block[u"bsp"_s].toString());
+    }
+    QVERIFY(blocks.size() >= 4 && blocks.size() <= 6);
+    QVERIFY(types.contains(u"sprite"_s));
+    QVERIFY(bsp.contains(u"yes"_s));
+    QVERIFY(json[u"textures"_s].toArray().size() >= 2);
+    QCOMPARE(json[u"sounds"_s].toArray().size(), 1);
+    QVERIFY(!json[u"update"_s].toString().isEmpty());
+
+    // The update file names the archive's real size.
+    const QByteArray update = readFile(examples + u"/Castle.txt"_s);
+    QVERIFY(update.startsWith("<version id=\"" + style[u"version"_s].toString().toLatin1() + "\" size=\""
+                              + QByteArray::number(QFileInfo(bset).size()) + "\">\r\n"));
+
+    // The archive holds exactly the unpacked sources.
+    QStringList sources;
+    const QString folder = examples + u"/Castle"_s;
+    QDirIterator it(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        sources.append(QDir(folder).relativeFilePath(it.next()));
+    sources.sort();
+    QCOMPARE(archiveFiles(bset), sources);
+    for (const QString &file : std::as_const(sources)) {
+        if (file.endsWith(u".style"_s) || file.endsWith(u".block"_s))
+            QVERIFY2(readFile(folder + u'/' + file).contains("\r\n")
+                         && !readFile(folder + u'/' + file).replace("\r\n", "").contains('\n'),
+                     qPrintable(file + u": not CR LF"_s));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCli)
