@@ -133,8 +133,8 @@ QComboBox *SettingsTab::makeTextureBox(const QString &name, StyleField field)
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     box->setMinimumContentsLength(textureNameLength);
     box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    // A typed name is not completed from the list: the user may name a texture
-    // that is not in the blockset yet.
+    // Typed text is not completed from the list, so that leaving the box keeps
+    // exactly what was typed (a texture may be named before it is added).
     box->setCompleter(nullptr);
     box->installEventFilter(this);
     m_textureBoxes.append({box, field});

@@ -120,6 +120,7 @@ private slots:
     void captionsAndBuddies_data();
     void captionsAndBuddies();
     void mnemonicMovesTheFocus();
+    void tabKeyFollowsReadingOrder();
     void pagesFitTheMainWindow();
 };
 
@@ -640,6 +641,26 @@ void TestSettingsPages::mnemonicMovesTheFocus()
     QVERIFY(host.page->fldUpdate->hasFocus());
     QTest::keyClick(&host.window, Qt::Key_A, Qt::AltModifier);
     QVERIFY(host.page->fldAuthor->hasFocus());
+}
+
+void TestSettingsPages::tabKeyFollowsReadingOrder()
+{
+    Host<SettingsTab> host;
+    QVERIFY(QTest::qWaitForWindowActive(&host.window));
+    host.page->lstPlaceholderTexture->setFocus(Qt::TabFocusReason);
+    QStringList order;
+    for (int i = 0; i < 20; ++i) {
+        QWidget *focus = QApplication::focusWidget();
+        QVERIFY(focus);
+        order << focus->parentWidget()->objectName() + u'.' + focus->objectName();
+        QTest::keyClick(focus, Qt::Key_Tab);
+    }
+    const QStringList expected{
+        "grpPlaceholder.lstPlaceholderTexture", "grpSky.lstSkyTexture", "rgbSky.txtR", "rgbSky.txtG",
+        "rgbSky.txtB", "prcSky.txtB", "grpGround.lstGroundTexture", "rgbGround.txtR", "rgbGround.txtG",
+        "rgbGround.txtB", "grpOrb.lstOrbTexture", "rgbOrb.txtR", "rgbOrb.txtG", "rgbOrb.txtB", "prcOrb.txtB",
+        "posOrb.txtTurn", "posOrb.txtTilt", "grpOrb.fldOrbHREF", "grpOrb.fldOrbTarget", "grpOrb.fldOrbText"};
+    QCOMPARE(order, expected);
 }
 
 void TestSettingsPages::pagesFitTheMainWindow()
