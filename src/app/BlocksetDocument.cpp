@@ -121,6 +121,8 @@ BlocksetDocument::SaveQuestion BlocksetDocument::askSave(const QString &text, co
     else
         saveBlockset();
     if (isChanged()) {
+        // Not saved: end the command as Cancel would, without a stale status text.
+        clearProcess();
         return SaveQuestion::Cancel;
     }
     return SaveQuestion::Yes;
@@ -300,7 +302,9 @@ void BlocksetDocument::openBlockset(const QString &file)
 
 QString BlocksetDocument::updateFilePath() const
 {
-    return nativeFolder(m_blocksetPath) + u'/' + nativeBaseName(m_blocksetFileName) + u".txt"_s;
+    // The folder of a path handed in without one is the current folder, not the
+    // file system's root.
+    return QFileInfo(m_blocksetPath).absolutePath() + u'/' + nativeBaseName(m_blocksetFileName) + u".txt"_s;
 }
 
 void BlocksetDocument::newBlockset()
