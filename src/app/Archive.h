@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <memory>
 
 // The ZIP archive behind a .bset file, with the five operations the editor uses.
@@ -26,6 +28,14 @@ public:
     // Writes the archive built so far, replacing an existing file.
     bool writeArchive();
 
+    // Names of the opened archive's entries in archive order, as stored (UTF-8
+    // names as such, other names read as Windows-1252); for counting items.
+    QStringList entryNames() const;
+    // Reads the entry stored under `name` (as entryNames() gives it) into `data`.
+    // False when it is missing, larger than `maxSize`, or unreadable (CRC error).
+    bool readEntry(const QString &name, QByteArray &data, qint64 maxSize = 64 * 1024 * 1024);
+
+    // A short reason for the last failure, for logs.
     QString lastError() const;
 
 private:

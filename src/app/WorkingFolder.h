@@ -14,10 +14,14 @@ public:
 
     explicit WorkingFolder(const QString &root = tempRoot());
     ~WorkingFolder(); // releases the lock, leaves the folder
+    WorkingFolder(const WorkingFolder &) = delete;
+    WorkingFolder &operator=(const WorkingFolder &) = delete;
 
     // createWorkingFolders: makes the four folders (failures ignored) and takes the lock.
     void createWorkingFolders();
-    // Deletes every file in blocks, textures, sounds, then the working folder itself.
+    // Deletes every file in blocks, textures, sounds, then in the working folder
+    // itself, and every other sub-folder, so nothing of one blockset leaks into the
+    // next one's archive. Links are removed, never followed.
     void clearWorkingFolders();
     // clearWorkingFolders, then removes the four folders; releases the lock.
     void removeWorkingFolders();
@@ -28,7 +32,12 @@ public:
     QString soundsFolder() const;
 
 private:
+    bool claim(const QString &folder);
+    int openFolder() const;
+    void makeItemFolders(int folderFd) const;
+
     QString m_root;
     QString m_folder;
+    QString m_lockPath;
     int m_lockFd = -1;
 };
