@@ -1,1 +1,69 @@
-int main() { return 0; }
+// Main_Sub: the program's entry. It decides which window the user sees first.
+
+#include "app/ui/frmMain.h"
+
+#include <QApplication>
+#include <QPixmap>
+#include <QStringList>
+#include <QTimer>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// With CUBRIX_SCREENSHOT set (scripts/run under Xvfb), the window is grabbed to
+// that PNG once it is shown and any command-line file has been opened, and the
+// program ends. A file whose opening stops at a message box is grabbed after a
+// while all the same, so the run never hangs.
+void scheduleScreenshot(QApplication &app, frmMain &window, const QString &path, int delayMs)
+{
+    QTimer::singleShot(delayMs, &app, [&app, &window, path] {
+        static bool taken = false;
+        if (taken)
+            return;
+        taken = true;
+        window.grab().save(path, "PNG");
+        app.quit();
+    });
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(u"Cubrix"_s);
+    QApplication::setOrganizationName(u"Quillmoor"_s);
+    QApplication::setApplicationVersion(QString::number(CUBRIX_VERSION_MAJOR) + u'.'
+                                        + QString::number(CUBRIX_VERSION_MINOR) + u' '
+                                        + QStringLiteral(CUBRIX_RELEASE_COMMENT));
+
+    const QStringList arguments = app.arguments().mid(1);
+    const QString commandLine = arguments.join(u' ');
+    if (commandLine == u"/c"_s) {
+        // "/c" shows the cache manager alone when Rover's plug-in folder is known for
+        // Internet Explorer or Netscape Navigator. The cache manager and the lookup of
+        // Rover's registrations come with the Rover cache work; until then "/c" starts
+        // the editor, as it does on a machine where Rover is not registered.
+    }
+
+    frmMain window;
+    window.show();
+
+    const QString screenshot = qEnvironmentVariable("CUBRIX_SCREENSHOT");
+    // `cubrix FILE` opens that file once the window is shown; any other command line
+    // just shows the editor.
+    const QString file = arguments.size() == 1 && commandLine != u"/c"_s ? arguments.first() : QString();
+    QTimer::singleShot(0, &window, [&app, &window, file, screenshot] {
+        if (!file.isEmpty())
+            window.openBlocksetFile(file);
+        if (!screenshot.isEmpty())
+            scheduleScreenshot(app, window, screenshot, 500);
+    });
+    if (!screenshot.isEmpty())
+        scheduleScreenshot(app, window, screenshot, 20000);
+
+    return app.exec();
+}

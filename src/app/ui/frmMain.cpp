@@ -1,0 +1,952 @@
+#include "app/ui/frmMain.h"
+
+#include "app/BlocksetDocument.h"
+#include "app/InterfaceState.h"
+#include "app/WorkingFolder.h"
+#include "app/ui/frmAbout.h"
+#include "app/ui/frmNew.h"
+#include "common/HiveRegistry.h"
+#include "common/Prompts.h"
+#include "common/Registry.h"
+#include "common/RegistryWrapper.h"
+#include "common/ui/GuiPrompts.h"
+#include "common/ui/frmOptions.h"
+#include "formats/ui/SettingsTab.h"
+#include "formats/ui/VersionTab.h"
+#include "symbols/SymbolScheme.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QAudioDevice>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeySequence>
+#include <QLabel>
+#include <QMediaDevices>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPainter>
+#include <QPainterPath>
+#include <QScrollArea>
+#include <QSignalBlocker>
+#include <QSoundEffect>
+#include <QStatusBar>
+#include <QStyle>
+#include <QTabWidget>
+#include <QToolBar>
+#include <QTreeWidget>
+#include <QUrl>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kOopsText = u"Yet not implemented in this version"_s;
+const QString kOopsTitle = u"Oops..."_s;
+
+// The command table: toolbar key, tooltip, menu entry and its caption. The toolbar
+// shows the first eleven rows in this order and then btnManager.
+struct Command {
+    const char16_t *button;  // toolbar key, or nullptr
+    const char16_t *tooltip;
+    const char16_t *menu;
+    const char16_t *caption;
+};
+
+const Command kCommands[] = {
+    {u"btnNew", u"New Blockset", u"mnuNew", u"&New Blockset"},
+    {u"btnOpen", u"Open Blockset...", u"mnuOpen", u"&Open Blockset..."},
+    {u"btnClose", u"Close Blockset", u"mnuClose", u"&Close Blockset"},
+    {u"btnSave", u"Save Blockset", u"mnuSave", u"&Save Blockset"},
+    {u"btnSaveAs", u"Save Blockset As...", u"mnuSaveAs", u"Save Blockset &As..."},
+    {u"btnAddItem", u"Add Item...", u"mnuAddItem", u"&Add Item..."},
+    {u"btnRemoveItem", u"Remove Item", u"mnuRemoveItem", u"&Remove Item"},
+    {u"btnReplaceItem", u"Update/Replace Item", u"mnuReplaceItem", u"&Update/Replace Item"},
+    {u"btnEditItem", u"Edit Item...", u"mnuEditItem", u"&Edit Item..."},
+    {u"btnPreviewItem", u"Preview/Play Item", u"mnuPreviewItem", u"&Preview/Play Item"},
+    {u"btnAddBSP", u"Add BSP Trees", u"mnuAddBSP", u"&Add BSP Trees..."},
+    {u"btnManager", u"Cache Manager...", u"mnuManager", u"Cubrix &Cache Manager"},
+    {nullptr, nullptr, u"mnuOptions", u"O&ptions..."},
+    {nullptr, nullptr, u"mnuRemapSymbols", u"&Remap Symbols..."},
+    {nullptr, nullptr, u"mnuAbout", u"&About Cubrix..."},
+    {nullptr, nullptr, u"mnuExit", u"&Exit"},
+};
+
+QString str(const char16_t *text)
+{
+    return text ? QString::fromUtf16(text) : QString();
+}
+
+// The type of a dropped file: the text after its last ".", as written.
+QString dropType(const QString &path)
+{
+    const qsizetype dot = path.lastIndexOf(u'.');
+    return dot < 0 ? QString() : path.mid(dot + 1);
+}
+
+// Simple drawn toolbar icons for the commands that have no fitting standard icon.
+enum class Glyph { Add, Remove, Edit, Tree, SaveAs, Close, Cache };
+
+QIcon drawnIcon(Glyph glyph, const QIcon &base = QIcon())
+{
+    const int size = 32;
+    QPixmap pixmap(size, size);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::Antialiasing);
+    const auto pen = [](const QColor &color, qreal width) {
+        return QPen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    };
+    switch (glyph) {
+    case Glyph::Add:
+        p.setPen(Qt::NoPen);
+        p.setBrush(QColor(0x2e, 0x8b, 0x3e));
+        p.drawEllipse(QRectF(3, 3, 26, 26));
+        p.setPen(pen(Qt::white, 4));
+        p.drawLine(QPointF(16, 9), QPointF(16, 23));
+        p.drawLine(QPointF(9, 16), QPointF(23, 16));
+        break;
+    case Glyph::Remove:
+        p.setPen(Qt::NoPen);
+        p.setBrush(QColor(0xc0, 0x39, 0x2b));
+        p.drawEllipse(QRectF(3, 3, 26, 26));
+        p.setPen(pen(Qt::white, 4));
+        p.drawLine(QPointF(9, 16), QPointF(23, 16));
+        break;
+    case Glyph::Edit: {
+        // A pencil lying from the lower left to the upper right.
+        p.translate(16, 16);
+        p.rotate(-45);
+        p.setPen(pen(QColor(0x40, 0x40, 0x40), 1.2));
+        p.setBrush(QColor(0xf2, 0xb1, 0x34));
+        p.drawRect(QRectF(-8, -4, 17, 8));
+        p.setBrush(QColor(0xe8, 0x8f, 0x9a));
+        p.drawRect(QRectF(9, -4, 4, 8));
+        QPainterPath tip;
+        tip.moveTo(-8, -4);
+        tip.lineTo(-14, 0);
+        tip.lineTo(-8, 4);
+        tip.closeSubpath();
+        p.setBrush(QColor(0xf3, 0xdd, 0xb5));
+        p.drawPath(tip);
+        break;
+    }
+    case Glyph::Tree: {
+        // A small binary tree: the BSP trees of the blocks.
+        p.setPen(pen(QColor(0x3a, 0x5f, 0x8f), 2));
+        p.drawLine(QPointF(16, 7), QPointF(8, 17));
+        p.drawLine(QPointF(16, 7), QPointF(24, 17));
+        p.drawLine(QPointF(8, 17), QPointF(4, 26));
+        p.drawLine(QPointF(8, 17), QPointF(12, 26));
+        p.setPen(pen(QColor(0x25, 0x40, 0x66), 1));
+        p.setBrush(QColor(0x6f, 0x9c, 0xd6));
+        for (const QPointF &node : {QPointF(16, 7), QPointF(8, 17), QPointF(24, 17), QPointF(4, 26), QPointF(12, 26)})
+            p.drawEllipse(node, 3.5, 3.5);
+        break;
+    }
+    case Glyph::Close: {
+        // A page with a red cross: the blockset is put away.
+        QPainterPath page;
+        page.moveTo(7, 3);
+        page.lineTo(20, 3);
+        page.lineTo(26, 9);
+        page.lineTo(26, 29);
+        page.lineTo(7, 29);
+        page.closeSubpath();
+        p.setPen(pen(QColor(0x70, 0x70, 0x70), 1.2));
+        p.setBrush(QColor(0xfb, 0xfb, 0xfb));
+        p.drawPath(page);
+        p.drawLine(QPointF(20, 3), QPointF(20, 9));
+        p.drawLine(QPointF(20, 9), QPointF(26, 9));
+        p.setPen(pen(QColor(0xc0, 0x39, 0x2b), 3.5));
+        p.drawLine(QPointF(11, 13), QPointF(22, 24));
+        p.drawLine(QPointF(22, 13), QPointF(11, 24));
+        break;
+    }
+    case Glyph::Cache: {
+        // Three stacked cubes: the blocksets Rover keeps in its cache.
+        const auto cube = [&p, &pen](qreal x, qreal y, const QColor &color) {
+            const qreal s = 9;
+            const qreal d = 4;
+            p.setPen(pen(color.darker(170), 1));
+            p.setBrush(color);
+            p.drawRect(QRectF(x, y + d, s, s));
+            QPainterPath top;
+            top.moveTo(x, y + d);
+            top.lineTo(x + d, y);
+            top.lineTo(x + s + d, y);
+            top.lineTo(x + s, y + d);
+            top.closeSubpath();
+            p.setBrush(color.lighter(130));
+            p.drawPath(top);
+            QPainterPath side;
+            side.moveTo(x + s, y + d);
+            side.lineTo(x + s + d, y);
+            side.lineTo(x + s + d, y + s);
+            side.lineTo(x + s, y + s + d);
+            side.closeSubpath();
+            p.setBrush(color.darker(125));
+            p.drawPath(side);
+        };
+        cube(3, 16, QColor(0xd9, 0x8c, 0x2b));
+        cube(16, 16, QColor(0x4f, 0x86, 0xc6));
+        cube(9.5, 4, QColor(0x5d, 0xa8, 0x5a));
+        break;
+    }
+    case Glyph::SaveAs:
+        p.drawPixmap(QRect(0, 0, 24, 24), base.pixmap(24, 24));
+        p.translate(23, 23);
+        p.rotate(-45);
+        p.setPen(pen(QColor(0x40, 0x40, 0x40), 1));
+        p.setBrush(QColor(0xf2, 0xb1, 0x34));
+        p.drawRect(QRectF(-5, -2.5, 11, 5));
+        p.setBrush(QColor(0xf3, 0xdd, 0xb5));
+        QPainterPath tip;
+        tip.moveTo(-5, -2.5);
+        tip.lineTo(-9, 0);
+        tip.lineTo(-5, 2.5);
+        tip.closeSubpath();
+        p.drawPath(tip);
+        break;
+    }
+    p.end();
+    return QIcon(pixmap);
+}
+
+QTreeWidget *makeList(const QString &name, const QStringList &columns, const QList<int> &widths, QWidget *parent)
+{
+    auto *list = new QTreeWidget(parent);
+    list->setObjectName(name);
+    list->setColumnCount(int(columns.size()));
+    list->setHeaderLabels(columns);
+    list->setRootIsDecorated(false);
+    list->setUniformRowHeights(true);
+    list->setAlternatingRowColors(true);
+    list->setAllColumnsShowFocus(true);
+    list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    list->setSelectionBehavior(QAbstractItemView::SelectRows);
+    for (int i = 0; i < widths.size(); ++i)
+        list->setColumnWidth(i, widths.at(i));
+    // The size column is the last one: its numbers line up on the right.
+    list->headerItem()->setTextAlignment(int(columns.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
+    return list;
+}
+
+// Replaces the rows of `list` with `rows`; the last cell of a row is its size.
+void fillList(QTreeWidget *list, const QList<QStringList> &rows)
+{
+    list->clear();
+    QList<QTreeWidgetItem *> items;
+    items.reserve(rows.size());
+    for (const QStringList &cells : rows) {
+        auto *item = new QTreeWidgetItem(cells);
+        item->setTextAlignment(int(cells.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
+        items.append(item);
+    }
+    list->addTopLevelItems(items);
+    // As in a report-style list, the first row is the selected one after filling.
+    if (!items.isEmpty())
+        list->setCurrentItem(items.first());
+}
+
+QLabel *makePanel(const QString &name, QWidget *parent)
+{
+    auto *panel = new QLabel(parent);
+    panel->setObjectName(name);
+    panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    panel->setContentsMargins(4, 0, 4, 0);
+    return panel;
+}
+
+} // namespace
+
+frmMain::frmMain(QWidget *parent) : frmMain(Options(), parent) {}
+
+frmMain::frmMain(const Options &options, QWidget *parent) : QMainWindow(parent)
+{
+    setObjectName(u"frmMain"_s);
+    setWindowTitle(u"Cubrix"_s);
+
+    if (options.registry) {
+        m_registry = options.registry;
+    } else {
+        m_ownedRegistry = options.registryPath.isEmpty() ? createSettingsRegistry()
+                                                         : std::make_unique<HiveRegistry>(options.registryPath);
+        m_registry = m_ownedRegistry.get();
+    }
+    m_settings = std::make_unique<RegistryWrapper>(*m_registry);
+    if (options.prompts) {
+        m_prompts = options.prompts;
+    } else {
+        m_guiPrompts = std::make_unique<GuiPrompts>(this);
+        m_guiPrompts->newBlocksetDialog = &frmNew::ask;
+        m_prompts = m_guiPrompts.get();
+    }
+
+    createActions();
+    createMenus();
+    createToolBar();
+    createTabs();
+    createStatusBar();
+    setAcceptDrops(true);
+    resize(820, 560);
+
+    load();
+    connectCommands();
+}
+
+frmMain::~frmMain()
+{
+    // A window destroyed without being closed still leaves no files behind.
+    if (!m_unloaded && m_folder)
+        m_folder->removeWorkingFolders();
+    if (m_busy)
+        QApplication::restoreOverrideCursor();
+}
+
+QString frmMain::welcomeText()
+{
+    return u"Welcome to Cubrix "_s + QString::number(CUBRIX_VERSION_MAJOR) + u'.'
+           + QString::number(CUBRIX_VERSION_MINOR) + u' ' + QStringLiteral(CUBRIX_RELEASE_COMMENT) + u'!';
+}
+
+// ---------------------------------------------------------------------------
+// Building the window
+
+QAction *frmMain::addCommand(const QString &name, const QString &text)
+{
+    auto *action = new QAction(text, this);
+    action->setObjectName(name);
+    m_actions.insert(name, action);
+    return action;
+}
+
+void frmMain::createActions()
+{
+    QStyle *st = style();
+    const QHash<QString, QIcon> icons = {
+        {u"btnNew"_s, st->standardIcon(QStyle::SP_FileIcon)},
+        {u"btnOpen"_s, st->standardIcon(QStyle::SP_DialogOpenButton)},
+        {u"btnClose"_s, drawnIcon(Glyph::Close)},
+        {u"btnSave"_s, st->standardIcon(QStyle::SP_DialogSaveButton)},
+        {u"btnSaveAs"_s, drawnIcon(Glyph::SaveAs, st->standardIcon(QStyle::SP_DialogSaveButton))},
+        {u"btnAddItem"_s, drawnIcon(Glyph::Add)},
+        {u"btnRemoveItem"_s, drawnIcon(Glyph::Remove)},
+        {u"btnReplaceItem"_s, st->standardIcon(QStyle::SP_BrowserReload)},
+        {u"btnEditItem"_s, drawnIcon(Glyph::Edit)},
+        {u"btnPreviewItem"_s, st->standardIcon(QStyle::SP_MediaPlay)},
+        {u"btnAddBSP"_s, drawnIcon(Glyph::Tree)},
+        {u"btnManager"_s, drawnIcon(Glyph::Cache)},
+    };
+    for (const Command &command : kCommands) {
+        QAction *menuAction = addCommand(str(command.menu), str(command.caption));
+        if (!command.button)
+            continue;
+        const QString button = str(command.button);
+        QAction *buttonAction = addCommand(button, str(command.tooltip));
+        buttonAction->setToolTip(str(command.tooltip));
+        buttonAction->setIcon(icons.value(button));
+        menuAction->setIcon(icons.value(button));
+    }
+    m_actions.value(u"mnuNew"_s)->setShortcut(QKeySequence::New);
+    m_actions.value(u"mnuOpen"_s)->setShortcut(QKeySequence::Open);
+    m_actions.value(u"mnuClose"_s)->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
+    m_actions.value(u"mnuSave"_s)->setShortcut(QKeySequence::Save);
+    m_actions.value(u"mnuSaveAs"_s)->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+    m_actions.value(u"mnuExit"_s)->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+}
+
+void frmMain::createMenus()
+{
+    const auto addMenu = [this](const QString &name, const QString &title, const QStringList &entries) {
+        QMenu *menu = menuBar()->addMenu(title);
+        menu->setObjectName(name);
+        menu->menuAction()->setObjectName(name);
+        for (const QString &entry : entries) {
+            if (entry.startsWith(u"mnuSep"_s)) {
+                QAction *separator = menu->addSeparator();
+                separator->setObjectName(entry);
+            } else {
+                menu->addAction(m_actions.value(entry));
+            }
+        }
+    };
+    addMenu(u"mnuFile"_s, u"&File"_s,
+            {u"mnuNew"_s, u"mnuOpen"_s, u"mnuClose"_s, u"mnuSave"_s, u"mnuSaveAs"_s, u"mnuSep1"_s, u"mnuOptions"_s,
+             u"mnuSep2"_s, u"mnuExit"_s});
+    addMenu(u"mnuEdit"_s, u"&Edit"_s,
+            {u"mnuAddItem"_s, u"mnuRemoveItem"_s, u"mnuReplaceItem"_s, u"mnuEditItem"_s, u"mnuPreviewItem"_s});
+    addMenu(u"mnuTools"_s, u"&Tools"_s, {u"mnuRemapSymbols"_s, u"mnuAddBSP"_s});
+    addMenu(u"mnuWindow"_s, u"&Window"_s, {u"mnuManager"_s});
+    addMenu(u"mnuHelp"_s, u"&?"_s, {u"mnuAbout"_s});
+}
+
+void frmMain::createToolBar()
+{
+    m_toolbar = addToolBar(u"Toolbar"_s);
+    m_toolbar->setObjectName(u"Toolbar1"_s);
+    m_toolbar->setMovable(false);
+    m_toolbar->setIconSize(QSize(24, 24));
+    m_toolbar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    const auto add = [this](const QStringList &names) {
+        for (const QString &name : names)
+            m_toolbar->addAction(m_actions.value(name));
+    };
+    add({u"btnNew"_s, u"btnOpen"_s, u"btnClose"_s, u"btnSave"_s, u"btnSaveAs"_s});
+    m_toolbar->addSeparator();
+    add({u"btnAddItem"_s, u"btnRemoveItem"_s, u"btnReplaceItem"_s, u"btnEditItem"_s, u"btnPreviewItem"_s});
+    m_toolbar->addSeparator();
+    add({u"btnAddBSP"_s});
+    m_toolbar->addSeparator();
+    add({u"btnManager"_s});
+}
+
+void frmMain::createTabs()
+{
+    m_tabs = new QTabWidget(this);
+    m_tabs->setObjectName(u"SSTab1"_s);
+    m_tabs->setDocumentMode(false);
+
+    // Blocks
+    auto *blocksPage = new QWidget(m_tabs);
+    m_blockList = makeList(u"BlockList"_s,
+                           {u"File"_s, u"Name"_s, u"Symbol"_s, u"Double"_s, u"Type"_s, u"BSP"_s, u"Size"_s},
+                           {170, 170, 60, 60, 100, 60, 80}, blocksPage);
+    auto *blocksLayout = new QVBoxLayout(blocksPage);
+    blocksLayout->addWidget(m_blockList);
+    m_tabs->addTab(blocksPage, u"&Blocks"_s);
+
+    // Textures, with the preview beside the list
+    auto *texturesPage = new QWidget(m_tabs);
+    m_textureList = makeList(u"TextureList"_s, {u"File"_s, u"Size"_s}, {220, 80}, texturesPage);
+    m_texturePreview = new QLabel(texturesPage);
+    m_texturePreview->setObjectName(u"TexturePreview"_s);
+    m_texturePreview->setAlignment(Qt::AlignCenter);
+    m_previewArea = new QScrollArea(texturesPage);
+    m_previewArea->setObjectName(u"TexturePreviewArea"_s);
+    m_previewArea->setWidget(m_texturePreview);
+    m_previewArea->setWidgetResizable(true);
+    m_previewArea->setAlignment(Qt::AlignCenter);
+    m_previewArea->setMinimumSize(220, 220);
+    m_texturePreview->hide(); // hidden until a texture is previewed
+    m_textureName = new QLabel(texturesPage);
+    m_textureName->setObjectName(u"TextureName"_s);
+    m_textureName->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_textureSize = new QLabel(texturesPage);
+    m_textureSize->setObjectName(u"TextureSize"_s);
+    auto *previewLayout = new QVBoxLayout;
+    previewLayout->addWidget(m_previewArea, 1);
+    previewLayout->addWidget(m_textureName);
+    previewLayout->addWidget(m_textureSize);
+    auto *texturesLayout = new QHBoxLayout(texturesPage);
+    texturesLayout->addWidget(m_textureList, 3);
+    texturesLayout->addLayout(previewLayout, 2);
+    m_tabs->addTab(texturesPage, u"&Textures"_s);
+
+    // Sounds
+    auto *soundsPage = new QWidget(m_tabs);
+    m_soundList = makeList(u"SoundList"_s, {u"File"_s, u"Size"_s}, {220, 80}, soundsPage);
+    auto *soundsLayout = new QVBoxLayout(soundsPage);
+    soundsLayout->addWidget(m_soundList);
+    m_tabs->addTab(soundsPage, u"&Sounds"_s);
+
+    // Style values and update comment
+    m_settingsTab = new SettingsTab(m_tabs);
+    m_tabs->addTab(m_settingsTab, u"Setti&ngs"_s);
+    m_versionTab = new VersionTab(m_tabs);
+    m_tabs->addTab(m_versionTab, u"&Version"_s);
+
+    setCentralWidget(m_tabs);
+}
+
+void frmMain::createStatusBar()
+{
+    QStatusBar *bar = statusBar();
+    bar->setObjectName(u"StatusBar1"_s);
+    m_stbBlocks = makePanel(u"stbBlocks"_s, bar);
+    m_stbTextures = makePanel(u"stbTextures"_s, bar);
+    m_stbSounds = makePanel(u"stbSounds"_s, bar);
+    m_stbVersion = makePanel(u"stbVersion"_s, bar);
+    m_stbProcess = makePanel(u"stbProcess"_s, bar);
+    m_stbBlocks->setMinimumWidth(90);
+    m_stbTextures->setMinimumWidth(100);
+    m_stbSounds->setMinimumWidth(90);
+    m_stbVersion->setMinimumWidth(100);
+    bar->addWidget(m_stbBlocks);
+    bar->addWidget(m_stbTextures);
+    bar->addWidget(m_stbSounds);
+    bar->addWidget(m_stbVersion);
+    bar->addWidget(m_stbProcess, 1);
+}
+
+void frmMain::connectCommands()
+{
+    // A toolbar button takes no focus, so a texture box may still hold an edit that
+    // its focus loss would report: every command reports it first.
+    for (QAction *action : std::as_const(m_actions))
+        connect(action, &QAction::triggered, m_settingsTab, &SettingsTab::commitTextureEdit);
+
+    const auto on = [this](const QString &name, auto slot) {
+        connect(m_actions.value(name), &QAction::triggered, this, slot);
+    };
+    for (const QString &prefix : {u"btn"_s, u"mnu"_s}) {
+        on(prefix + u"New"_s, [this] { runDocumentCommand(&BlocksetDocument::newBlockset); });
+        on(prefix + u"Open"_s, [this] { m_document->openBlockset(); refreshInterface(false); });
+        on(prefix + u"Close"_s, [this] { runDocumentCommand(&BlocksetDocument::closeBlockset); });
+        on(prefix + u"Save"_s, [this] { runDocumentCommand(&BlocksetDocument::saveCommand); });
+        on(prefix + u"SaveAs"_s, [this] { runDocumentCommand(&BlocksetDocument::saveBlocksetAs); });
+        on(prefix + u"AddItem"_s, &frmMain::addItem);
+        on(prefix + u"RemoveItem"_s, &frmMain::removeItem);
+        on(prefix + u"EditItem"_s, &frmMain::editItem);
+        on(prefix + u"PreviewItem"_s, &frmMain::previewItem);
+        on(prefix + u"AddBSP"_s, &frmMain::addBSP);
+        // The cache manager window comes with the Rover cache work.
+        on(prefix + u"Manager"_s, &frmMain::showNotYetImplemented);
+    }
+    // Update/Replace: the toolbar button acts on the Blocks tab only, the menu entry on any tab.
+    on(u"btnReplaceItem"_s, &frmMain::replaceItemFromToolbar);
+    on(u"mnuReplaceItem"_s, &frmMain::showNotYetImplemented);
+    // Remapping symbols (frmRemapSymbols) comes with the symbol work.
+    on(u"mnuRemapSymbols"_s, &frmMain::showNotYetImplemented);
+    on(u"mnuOptions"_s, &frmMain::showOptions);
+    on(u"mnuAbout"_s, &frmMain::showAbout);
+    on(u"mnuExit"_s, &frmMain::close);
+
+    connect(m_tabs, &QTabWidget::currentChanged, this, &frmMain::tabChanged);
+    connect(m_settingsTab, &SettingsTab::styleValueEdited, this, [this](StyleField field, const QString &value) {
+        m_document->editStyleValue(field, value);
+        // The control already shows the value: keep it from being written back.
+        if (m_shownStyle)
+            styleValue(*m_shownStyle, field) = value;
+        checkInterface();
+    });
+    connect(m_versionTab, &VersionTab::styleValueEdited, this, [this](StyleField field, const QString &value) {
+        m_document->editStyleValue(field, value);
+        if (m_shownStyle)
+            styleValue(*m_shownStyle, field) = value;
+        checkInterface();
+    });
+    connect(m_versionTab, &VersionTab::updateCommentEdited, this, [this](const QString &comment) {
+        m_document->editUpdateComment(comment);
+        m_shownComment = comment;
+        checkInterface();
+    });
+    connect(m_settingsTab, &SettingsTab::symbolControlsEdited, this, [this] {
+        m_document->setSymbolSettings(m_settingsTab->shownSymbols());
+        m_shownSymbols = m_document->symbols();
+        checkInterface();
+    });
+}
+
+// ---------------------------------------------------------------------------
+// Load and unload
+
+void frmMain::load()
+{
+    // 1. The document holds the blockset's archive for the window's whole life;
+    //    the working folder object only names the folders here (step 4).
+    m_folder = std::make_unique<WorkingFolder>();
+    m_document = std::make_unique<BlocksetDocument>(*m_prompts, *m_settings, *m_folder);
+    m_document->setView(this);
+    // 2. Sound: at least one audio output at load time.
+    m_soundAvailable = !QMediaDevices::audioOutputs().isEmpty();
+    // 3. Settings key and defaults where they are missing.
+    m_settings->loadSettings();
+    // 4.-5. The working folder and its blocks, textures and sounds folders.
+    m_folder->createWorkingFolders();
+    // 6. Commands as for no open blockset.
+    checkInterface();
+    // 7. The strict-prefix list holds the prefix alphabet, "." first, so that its
+    //    positions agree with the prefix lists of the dialogs.
+    m_settingsTab->fillPrefixList(prefixAlphabet());
+    // 8. Welcome text.
+    m_document->showProcess(welcomeText());
+}
+
+void frmMain::unload()
+{
+    if (m_unloaded)
+        return;
+    m_unloaded = true;
+    m_document->askSaveOnUnload();
+    m_folder->removeWorkingFolders();
+}
+
+void frmMain::closeEvent(QCloseEvent *event)
+{
+    // Closing cannot be stopped: the save question has Yes and No only.
+    unload();
+    event->accept();
+}
+
+// ---------------------------------------------------------------------------
+// DocumentView
+
+void frmMain::processShown(const QString &text)
+{
+    m_stbProcess->setText(text);
+    m_stbProcess->repaint();
+}
+
+void frmMain::setBusy(bool busy)
+{
+    if (busy == m_busy)
+        return;
+    m_busy = busy;
+    if (busy)
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    else
+        QApplication::restoreOverrideCursor();
+}
+
+void frmMain::letEventsRun()
+{
+    QCoreApplication::processEvents();
+}
+
+void frmMain::viewReset()
+{
+    m_texturePreview->clear();
+    m_texturePreview->hide();
+    m_textureName->clear();
+    m_textureSize->clear();
+    {
+        const QSignalBlocker settingsBlocker(m_settingsTab);
+        const QSignalBlocker versionBlocker(m_versionTab);
+        m_settingsTab->resetValues();
+        m_versionTab->resetValues();
+    }
+    forgetRenderedPages();
+    renderDocument();
+}
+
+void frmMain::checkInterface()
+{
+    refreshInterface(true);
+}
+
+// ---------------------------------------------------------------------------
+// Rendering
+
+void frmMain::runDocumentCommand(void (BlocksetDocument::*command)())
+{
+    (m_document.get()->*command)();
+    refreshInterface(false);
+}
+
+void frmMain::refreshInterface(bool clearResult)
+{
+    renderDocument();
+    const InterfaceState state = computeInterfaceState(*m_document, m_settings->getBoolSetting(u"updateFile"_s));
+    for (auto it = state.enabled.cbegin(); it != state.enabled.cend(); ++it) {
+        if (QAction *action = m_actions.value(it.key()))
+            action->setEnabled(it.value());
+    }
+    setWindowTitle(state.caption);
+    m_stbBlocks->setText(state.blocksPanel);
+    m_stbTextures->setText(state.texturesPanel);
+    m_stbSounds->setText(state.soundsPanel);
+    m_stbVersion->setText(state.versionPanel);
+    m_versionTab->setUpdateEnabled(state.updateGroupEnabled);
+    // A result text stays only until the next refresh of the interface.
+    if (clearResult && m_document->processMessageShown())
+        m_document->clearProcess();
+    m_stbProcess->setText(m_document->processText());
+}
+
+void frmMain::renderDocument()
+{
+    renderLists();
+    renderPages();
+    const int tab = m_document->tab();
+    if (m_tabs->currentIndex() != tab) {
+        const QSignalBlocker blocker(m_tabs);
+        m_tabs->setCurrentIndex(tab);
+        focusTab(tab);
+    }
+}
+
+void frmMain::renderLists()
+{
+    QList<QStringList> blocks;
+    for (const BlockRow &row : m_document->blocks())
+        blocks.append({row.file, row.name, row.symbol, row.doubleSymbol, row.type, row.bsp, row.sizeText});
+    if (blocks != m_shownBlocks) {
+        fillList(m_blockList, blocks);
+        m_shownBlocks = blocks;
+    }
+    const auto itemCells = [](const QList<ItemRow> &rows) {
+        QList<QStringList> cells;
+        for (const ItemRow &row : rows)
+            cells.append({row.file, row.sizeText});
+        return cells;
+    };
+    const QList<QStringList> textures = itemCells(m_document->textures());
+    if (textures != m_shownTextures) {
+        fillList(m_textureList, textures);
+        m_shownTextures = textures;
+    }
+    const QList<QStringList> sounds = itemCells(m_document->sounds());
+    if (sounds != m_shownSounds) {
+        fillList(m_soundList, sounds);
+        m_shownSounds = sounds;
+    }
+}
+
+void frmMain::renderPages()
+{
+    // The pages are written with their signals blocked: showing a value is no edit.
+    const QSignalBlocker settingsBlocker(m_settingsTab);
+    const QSignalBlocker versionBlocker(m_versionTab);
+    QStringList textureNames;
+    for (const ItemRow &row : m_document->textures())
+        textureNames.append(row.file);
+    const bool styleChanged = m_shownStyle != m_document->style();
+    if (styleChanged) {
+        m_settingsTab->showValues(m_document->style(), textureNames);
+        m_shownTextureNames = textureNames;
+    } else if (m_shownTextureNames != textureNames) {
+        m_settingsTab->setTextureNames(textureNames);
+        m_shownTextureNames = textureNames;
+    }
+    if (styleChanged || m_shownComment != m_document->updateComment()) {
+        m_versionTab->showValues(m_document->style(), m_document->updateComment());
+        m_shownComment = m_document->updateComment();
+    }
+    m_shownStyle = m_document->style();
+    if (m_shownSymbols != m_document->symbols()) {
+        m_settingsTab->showSymbols(m_document->symbols());
+        m_shownSymbols = m_document->symbols();
+    }
+}
+
+void frmMain::forgetRenderedPages()
+{
+    m_shownStyle.reset();
+    m_shownSymbols.reset();
+    m_shownComment.reset();
+    m_shownTextureNames.reset();
+}
+
+void frmMain::tabChanged(int index)
+{
+    m_document->setTab(index);
+    focusTab(index);
+    checkInterface();
+}
+
+void frmMain::focusTab(int index)
+{
+    QWidget *target = nullptr;
+    switch (index) {
+    case BlocksetDocument::BlocksTab: target = m_blockList; break;
+    case BlocksetDocument::TexturesTab: target = m_textureList; break;
+    case BlocksetDocument::SoundsTab: target = m_soundList; break;
+    case BlocksetDocument::SettingsTab: target = m_settingsTab->lstPlaceholderTexture; break;
+    case BlocksetDocument::VersionTab: target = m_versionTab->fldVersion; break;
+    default: break;
+    }
+    if (target && target->isEnabled())
+        target->setFocus(Qt::TabFocusReason);
+}
+
+// ---------------------------------------------------------------------------
+// Commands of the window
+
+void frmMain::showOops()
+{
+    m_prompts->message(kOopsText, kOopsTitle, PromptButtons::Ok, PromptIcon::None);
+}
+
+void frmMain::showNotYetImplemented()
+{
+    showOops();
+    checkInterface();
+}
+
+void frmMain::showOptions()
+{
+    frmOptions dialog(*m_settings, this);
+    dialog.exec();
+    checkInterface();
+}
+
+void frmMain::showAbout()
+{
+    frmAbout dialog(this);
+    dialog.exec();
+    checkInterface();
+}
+
+void frmMain::addItem()
+{
+    // Adding blocks, textures and sounds comes with the item operations.
+    if (m_document->tab() <= BlocksetDocument::SoundsTab)
+        showOops();
+    checkInterface();
+}
+
+void frmMain::removeItem()
+{
+    // Removing items comes with the item operations.
+    if (m_document->tab() <= BlocksetDocument::SoundsTab)
+        showOops();
+    checkInterface();
+}
+
+void frmMain::replaceItemFromToolbar()
+{
+    if (m_document->tab() == BlocksetDocument::BlocksTab)
+        showOops();
+    checkInterface();
+}
+
+void frmMain::editItem()
+{
+    // With skipEdit on, Edit Item answers "not implemented" by design. With it off it
+    // shows the symbol editing dialog for the selected blocks; until that dialog
+    // exists it gives the same answer.
+    if (m_document->tab() == BlocksetDocument::BlocksTab)
+        showOops();
+    checkInterface();
+}
+
+void frmMain::previewItem()
+{
+    switch (m_document->tab()) {
+    case BlocksetDocument::BlocksTab: showOops(); break;
+    case BlocksetDocument::TexturesTab: previewTexture(); break;
+    case BlocksetDocument::SoundsTab: playSound(); break;
+    default: break;
+    }
+    checkInterface();
+}
+
+void frmMain::addBSP()
+{
+    // The command exists but does nothing else in this version, deliberately.
+    showOops();
+    checkInterface();
+}
+
+QString frmMain::selectedFile(QTreeWidget *list) const
+{
+    QTreeWidgetItem *item = list->currentItem();
+    if (!item) {
+        const QList<QTreeWidgetItem *> selected = list->selectedItems();
+        if (!selected.isEmpty())
+            item = selected.first();
+    }
+    return item ? item->text(0) : QString();
+}
+
+void frmMain::previewTexture()
+{
+    const QString file = selectedFile(m_textureList);
+    if (file.isEmpty())
+        return;
+    QPixmap picture;
+    // A file that is no readable picture leaves the preview as it was.
+    if (!picture.load(m_folder->texturesFolder() + u'/' + file))
+        return;
+    m_texturePreview->setPixmap(picture);
+    m_texturePreview->show();
+    m_textureName->setText(file);
+    m_textureSize->setText(QString::number(picture.width()) + u" x "_s + QString::number(picture.height()));
+}
+
+void frmMain::playSound()
+{
+    const QString file = selectedFile(m_soundList);
+    if (file.isEmpty() || !m_soundAvailable)
+        return;
+    if (!m_sound)
+        m_sound = new QSoundEffect(this);
+    // A later play replaces the running one.
+    m_sound->stop();
+    m_sound->setSource(QUrl::fromLocalFile(m_folder->soundsFolder() + u'/' + file));
+    m_sound->play();
+}
+
+// ---------------------------------------------------------------------------
+// Dropped files
+
+void frmMain::openBlocksetFile(const QString &path)
+{
+    m_document->openBlockset(path);
+    refreshInterface(false);
+}
+
+bool frmMain::isDroppableFile(const QString &path)
+{
+    static const QStringList types = {u"bset"_s, u"block"_s, u"jpg"_s, u"gif"_s, u"wav"_s};
+    return types.contains(dropType(path));
+}
+
+void frmMain::dropFiles(const QStringList &paths)
+{
+    // Archives first: the first one is opened and everything else dropped with it is ignored.
+    for (const QString &path : paths) {
+        if (dropType(path) == u"bset"_s) {
+            letEventsRun();
+            m_document->openBlockset(path);
+            refreshInterface(false);
+            return;
+        }
+    }
+    // Dropped blocks, textures and sounds are added by the item operations, which
+    // come with that work; until then they are left alone.
+    checkInterface();
+}
+
+namespace {
+
+QStringList droppedPaths(const QMimeData *mime)
+{
+    QStringList paths;
+    if (!mime || !mime->hasUrls())
+        return paths;
+    for (const QUrl &url : mime->urls()) {
+        if (url.isLocalFile())
+            paths.append(url.toLocalFile());
+    }
+    return paths;
+}
+
+bool acceptsDrop(const QMimeData *mime)
+{
+    const QStringList paths = droppedPaths(mime);
+    return std::any_of(paths.cbegin(), paths.cend(), [](const QString &path) { return frmMain::isDroppableFile(path); });
+}
+
+} // namespace
+
+void frmMain::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (acceptsDrop(event->mimeData()))
+        event->acceptProposedAction();
+}
+
+void frmMain::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (acceptsDrop(event->mimeData()))
+        event->acceptProposedAction();
+}
+
+void frmMain::dropEvent(QDropEvent *event)
+{
+    const QStringList paths = droppedPaths(event->mimeData());
+    if (paths.isEmpty())
+        return;
+    event->acceptProposedAction();
+    dropFiles(paths);
+}

@@ -1,0 +1,164 @@
+#pragma once
+
+#include "app/DocumentView.h"
+#include "formats/BlocksetModel.h"
+
+#include <QHash>
+#include <QList>
+#include <QMainWindow>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+class BlocksetDocument;
+class GuiPrompts;
+class Prompts;
+class QAction;
+class QLabel;
+class QScrollArea;
+class QSoundEffect;
+class QTabWidget;
+class QToolBar;
+class QTreeWidget;
+class Registry;
+class RegistryWrapper;
+class SettingsTab;
+class VersionTab;
+class WorkingFolder;
+
+// The editor window. It owns the settings store, the working folder and the one
+// open blockset (BlocksetDocument), turns toolbar buttons, menu entries, tab
+// switches, settings-page edits and dropped files into document commands, and
+// renders the document after each of them (checkInterface).
+class frmMain : public QMainWindow, public DocumentView {
+    Q_OBJECT
+
+public:
+    struct Options {
+        // Where questions and file requests go; null: message boxes and file dialogs.
+        Prompts *prompts = nullptr;
+        // The settings store; null: a hive file at registryPath, or when that is
+        // empty the store of this machine (createSettingsRegistry).
+        Registry *registry = nullptr;
+        QString registryPath;
+    };
+
+    explicit frmMain(QWidget *parent = nullptr);
+    explicit frmMain(const Options &options, QWidget *parent = nullptr);
+    ~frmMain() override;
+
+    BlocksetDocument &document() { return *m_document; }
+    RegistryWrapper &settings() { return *m_settings; }
+    WorkingFolder &workingFolder() { return *m_folder; }
+    bool soundAvailable() const { return m_soundAvailable; }
+
+    // The text stbProcess greets the user with at load: "Welcome to Cubrix 0.9 Beta 1!".
+    static QString welcomeText();
+
+    // Opens a blockset handed in from outside (the command line).
+    void openBlocksetFile(const QString &path);
+
+    // Dropped-file dispatcher: the first archive is opened and every other file ignored.
+    void dropFiles(const QStringList &paths);
+    // True when a dropped file with this path is one the dispatcher handles
+    // (extension bset, block, jpg, gif or wav, compared exactly).
+    static bool isDroppableFile(const QString &path);
+
+    // DocumentView: called by the document while a command runs.
+    void processShown(const QString &text) override;
+    void setBusy(bool busy) override;
+    void letEventsRun() override;
+    void viewReset() override;
+    void checkInterface() override;
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private slots:
+    // Commands that belong to later work (adding, removing, replacing items,
+    // remapping symbols, the cache manager) answer through this one slot for now.
+    void showNotYetImplemented();
+
+private:
+    QAction *addCommand(const QString &name, const QString &text);
+    void createActions();
+    void createMenus();
+    void createToolBar();
+    void createTabs();
+    void createStatusBar();
+    void connectCommands();
+
+    void load();
+    void unload();
+
+    // Runs a document command and brings the window in line with its outcome. The
+    // document ends its commands with its own checkInterface and then shows a result
+    // text, which has to stay until the next refresh; so no result text is cleared here.
+    void runDocumentCommand(void (BlocksetDocument::*command)());
+    void refreshInterface(bool clearResult);
+    void renderDocument();
+    void renderLists();
+    void renderPages();
+    void forgetRenderedPages();
+    void tabChanged(int index);
+    void focusTab(int index);
+
+    void showOops();
+    void showOptions();
+    void showAbout();
+    void addItem();
+    void removeItem();
+    void replaceItemFromToolbar();
+    void editItem();
+    void previewItem();
+    void addBSP();
+    void previewTexture();
+    void playSound();
+    QString selectedFile(QTreeWidget *list) const;
+
+    // Settings store, prompts and document, in the order they are made.
+    std::unique_ptr<Registry> m_ownedRegistry;
+    Registry *m_registry = nullptr;
+    std::unique_ptr<RegistryWrapper> m_settings;
+    std::unique_ptr<GuiPrompts> m_guiPrompts;
+    Prompts *m_prompts = nullptr;
+    std::unique_ptr<WorkingFolder> m_folder;
+    std::unique_ptr<BlocksetDocument> m_document;
+
+    bool m_soundAvailable = false;
+    bool m_unloaded = false;
+    bool m_busy = false;
+    QSoundEffect *m_sound = nullptr;
+
+    QHash<QString, QAction *> m_actions; // every command by object name
+    QToolBar *m_toolbar = nullptr;
+    QTabWidget *m_tabs = nullptr;
+    QTreeWidget *m_blockList = nullptr;
+    QTreeWidget *m_textureList = nullptr;
+    QTreeWidget *m_soundList = nullptr;
+    QLabel *m_texturePreview = nullptr;
+    QScrollArea *m_previewArea = nullptr;
+    QLabel *m_textureName = nullptr;
+    QLabel *m_textureSize = nullptr;
+    SettingsTab *m_settingsTab = nullptr;
+    VersionTab *m_versionTab = nullptr;
+    QLabel *m_stbBlocks = nullptr;
+    QLabel *m_stbTextures = nullptr;
+    QLabel *m_stbSounds = nullptr;
+    QLabel *m_stbVersion = nullptr;
+    QLabel *m_stbProcess = nullptr;
+
+    // What the lists and pages show, so that a refresh rewrites only what changed
+    // (rewriting would lose the selection, or move the cursor of the field being typed in).
+    QList<QStringList> m_shownBlocks;
+    QList<QStringList> m_shownTextures;
+    QList<QStringList> m_shownSounds;
+    std::optional<StyleValues> m_shownStyle;
+    std::optional<SymbolSettings> m_shownSymbols;
+    std::optional<QString> m_shownComment;
+    std::optional<QStringList> m_shownTextureNames;
+};

@@ -1,0 +1,130 @@
+#pragma once
+
+// Shared set-up of the main-window tests: a private Temp root and settings hive,
+// a main window driven through scripted prompts, and real .bset archives built
+// with the project's own archive and style writer.
+
+#include "app/Archive.h"
+#include "app/BlocksetDocument.h"
+#include "app/WorkingFolder.h"
+#include "app/ui/frmMain.h"
+#include "common/RegistryWrapper.h"
+#include "formats/Parser_Style.h"
+#include "support/ScriptedPrompts.h"
+#include "symbols/SymbolScheme.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QLabel>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+struct BlocksetSpec {
+    QString name = QStringLiteral("Sample");
+    int blocks = 0;
+    int textures = 0;
+    int sounds = 0;
+    bool withStyle = true;
+    QString version = QStringLiteral("1.0");
+};
+
+class MainWindowFixture {
+public:
+    MainWindowFixture()
+    {
+        // The working folder lies below $Temp: keep it inside this test's folder.
+        qputenv("Temp", QDir(dir.path()).filePath(QStringLiteral("temp")).toLocal8Bit());
+        QDir().mkpath(QDir(dir.path()).filePath(QStringLiteral("temp")));
+    }
+
+    // A fresh main window on the scripted prompts and the private settings hive.
+    frmMain &open()
+    {
+        frmMain::Options options;
+        options.prompts = &prompts;
+        options.registryPath = registryPath();
+        window = std::make_unique<frmMain>(options);
+        return *window;
+    }
+
+    QString registryPath() const { return QDir(dir.path()).filePath(QStringLiteral("registry.reg")); }
+
+    // Builds <dir>/<name>.bset with the given numbers of items.
+    QString makeBlockset(const BlocksetSpec &spec)
+    {
+        const QString stage = QDir(dir.path()).filePath(QStringLiteral("stage-") + spec.name);
+        QDir(stage).removeRecursively();
+        for (const char *sub : {"blocks", "textures", "sounds"})
+            QDir().mkpath(stage + QLatin1Char('/') + QLatin1String(sub));
+
+        QList<BlockRow> rows;
+        for (int i = 0; i < spec.blocks; ++i) {
+            BlockRow row;
+            row.file = QStringLiteral("block%1.block").arg(i, 3, 10, QLatin1Char('0'));
+            row.name = QStringLiteral("Block %1").arg(i);
+            // Symbols by position, doubles with the common prefix ".": strict prefix holds.
+            row.symbol = symbolAlphabet().mid(i % blockLimit(), 1);
+            row.doubleSymbol = QLatin1Char('.') + row.symbol;
+            writeFile(stage + QStringLiteral("/blocks/") + row.file,
+                      QStringLiteral("<BLOCK NAME=\"%1\" TYPE=\"structural\">\r\n<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n")
+                          .arg(row.name)
+                          .toLatin1());
+            rows.append(row);
+        }
+        for (int i = 0; i < spec.textures; ++i) {
+            QImage image(16 + i, 8, QImage::Format_RGB32);
+            image.fill(Qt::darkCyan);
+            image.save(stage + QStringLiteral("/textures/texture%1.jpg").arg(i), "JPG");
+        }
+        for (int i = 0; i < spec.sounds; ++i)
+            writeFile(stage + QStringLiteral("/sounds/sound%1.wav").arg(i), QByteArray(44 + i, '\0'));
+        if (spec.withStyle) {
+            StyleValues style;
+            style.name = spec.name;
+            style.version = spec.version;
+            writeFile(stage + QLatin1Char('/') + spec.name + QStringLiteral(".style"), writeStyle(style, rows));
+        }
+
+        const QString path = QDir(dir.path()).filePath(spec.name + QStringLiteral(".bset"));
+        Archive archive;
+        const bool packed = archive.newArchive(path) && archive.addFiles(stage, true) && archive.writeArchive();
+        if (!packed)
+            qWarning("could not pack %s: %s", qPrintable(path), qPrintable(archive.lastError()));
+        archive.newArchive(QString());
+        return path;
+    }
+
+    // Opens a blockset as the command line does and checks that it opened.
+    bool openBlockset(const BlocksetSpec &spec)
+    {
+        window->openBlocksetFile(makeBlockset(spec));
+        return window->document().blocksetOpen();
+    }
+
+    QAction *action(const QString &name) const { return window->findChild<QAction *>(name); }
+    bool enabled(const QString &name) const
+    {
+        QAction *a = action(name);
+        return a && a->isEnabled();
+    }
+    QString panel(const QString &name) const
+    {
+        const QLabel *label = window->findChild<QLabel *>(name);
+        return label ? label->text() : QStringLiteral("<missing %1>").arg(name);
+    }
+
+    static void writeFile(const QString &path, const QByteArray &bytes)
+    {
+        QFile file(path);
+        if (file.open(QIODevice::WriteOnly))
+            file.write(bytes);
+    }
+
+    QTemporaryDir dir;
+    ScriptedPrompts prompts;
+    std::unique_ptr<frmMain> window;
+};
