@@ -80,6 +80,62 @@ private slots:
         }
     }
 
+    // Long texts of tags, comments (also ones whose "<!--" or "-->" only forms
+    // once line breaks are deleted) and runs of blanks: normalising and taking
+    // tags must give exactly the tags of the text normalised by its definition.
+    void normalisedTagsMatchDefinition_data()
+    {
+        QTest::addColumn<int>("seed");
+        QTest::addColumn<bool>("lookAtTheRestHalfway");
+        for (int seed = 1; seed <= 12; ++seed)
+            QTest::addRow("seed %d", seed) << seed << (seed % 3 == 0);
+    }
+
+    void normalisedTagsMatchDefinition()
+    {
+        QFETCH(int, seed);
+        QFETCH(bool, lookAtTheRestHalfway);
+        QRandomGenerator random{quint32(seed)};
+        const char filler[] = {' ', ' ', ' ', '=', '=', '\r', '\n', '\t', 'a', 'B', '"', '-', '!', '\xe9'};
+        const auto fill = [&](QByteArray &text, int count) {
+            for (int i = 0; i < count; ++i)
+                text += filler[random.bounded(int(sizeof filler))];
+        };
+        QByteArray text;
+        const qsizetype target = 100000 + random.bounded(50000);
+        while (text.size() < target) {
+            switch (random.bounded(6)) {
+            case 0: text += "<!--"; fill(text, random.bounded(40)); text += "-->"; break;
+            case 1: text += "<!\r\n--"; fill(text, random.bounded(10)); text += "-\r\n \t->"; break;
+            case 2: fill(text, random.bounded(30)); break;
+            case 3: text += QByteArray(random.bounded(1, 300), ' ') + "="; break;
+            default: text += '<'; fill(text, random.bounded(60)); text += '>'; break;
+            }
+        }
+        text += "<tail";
+
+        Parser whole;
+        whole.setBuffer(normaliseByReplacing(text));
+        const QStringList expected = allTags(whole);
+        QVERIFY(expected.size() > 500);
+
+        Parser lazy;
+        lazy.setBuffer(text);
+        lazy.normaliseBuffer();
+        QStringList got;
+        QString tag;
+        while (lazy.getNextTag(tag)) {
+            got << tag;
+            if (lookAtTheRestHalfway && got.size() == expected.size() / 2) {
+                QVERIFY(!lazy.isEmpty());
+                QVERIFY(lazy.rest().endsWith("<tail"));
+                lazy.normaliseBuffer();
+            }
+        }
+        QCOMPARE(got, expected);
+        QCOMPARE(lazy.rest().toByteArray(), whole.rest().toByteArray());
+    }
+
     void normaliseWorksOnWhatIsLeft()
     {
         Parser parser;
