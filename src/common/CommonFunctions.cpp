@@ -6,6 +6,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <limits>
 
 using namespace Qt::StringLiterals;
