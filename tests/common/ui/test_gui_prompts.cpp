@@ -21,32 +21,28 @@
 namespace {
 
 // Runs `act` on the next modal window that opens (a box or dialog in its own
-// event loop). A window still open after five seconds is closed so that a
-// broken test fails instead of hanging.
+// event loop). A window that `act` left open is closed after five seconds, so a
+// broken test fails instead of hanging; the guard dies with the window.
 void onNextModal(std::function<void(QWidget *)> act)
 {
     auto *poll = new QTimer;
-    auto *elapsed = new int(0);
-    QObject::connect(poll, &QTimer::timeout, poll, [poll, elapsed, act] {
+    auto *waited = new int(0);
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, waited, act] {
         QWidget *modal = QApplication::activeModalWidget();
-        if (modal) {
-            poll->stop();
-            poll->deleteLater();
-            delete elapsed;
-            act(modal);
+        if (!modal && (*waited += 10) < 5000)
             return;
-        }
-        if ((*elapsed += 10) > 5000) {
-            poll->stop();
-            poll->deleteLater();
-            delete elapsed;
-        }
+        poll->stop();
+        poll->deleteLater();
+        delete waited;
+        if (!modal)
+            return;
+        QTimer::singleShot(5000, modal, [modal] {
+            if (auto *dialog = qobject_cast<QDialog *>(modal))
+                dialog->reject();
+        });
+        act(modal);
     });
     poll->start(10);
-    QTimer::singleShot(5000, [] {
-        if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget()))
-            dialog->reject();
-    });
 }
 
 void touch(const QString &path)
