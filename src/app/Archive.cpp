@@ -1,7 +1,5 @@
 #include "app/Archive.h"
 
-#include "common/Cp1252.h"
-
 #include <QByteArrayView>
 #include <QFile>
 #include <QFileInfo>
@@ -53,14 +51,12 @@ QString zipErrorText(int zipCode)
     return text;
 }
 
-// Entry names are UTF-8 when they are valid UTF-8 (the UTF-8 flag or a modern
-// writer); otherwise they come from an old Windows tool and are Windows-1252.
-QByteArray entryNameUtf8(const char *raw)
+// An entry's name as UTF-8: as stored when it is flagged or valid UTF-8, else read
+// as code page 437, the ZIP format's own (libzip's guess).
+QByteArray entryName(zip_t *za, zip_uint64_t index)
 {
-    const QByteArrayView bytes(raw, qsizetype(std::strlen(raw)));
-    if (bytes.isValidUtf8())
-        return bytes.toByteArray();
-    return fromCp1252(bytes).toUtf8();
+    const char *name = zip_get_name(za, index, ZIP_FL_ENC_GUESS);
+    return name ? QByteArray(name) : QByteArray();
 }
 
 // Splits an entry name into the folder components it may be written to. "\" is a
@@ -191,9 +187,11 @@ public:
     ArchiveSink(int dirFd, QByteArray name) : m_dirFd(dirFd), m_name(std::move(name))
     {
         zip_error_init(&m_error);
-        const QByteArray hook = qgetenv("CUBRIX_TEST_STALL_ARCHIVE_WRITE");
-        m_stallForTest = !hook.isEmpty();
-        m_forceNamed = hook == "named";
+        // Test hook: "stall" pauses the save after its first chunk, "named" takes
+        // the path of systems without O_TMPFILE.
+        const QByteArray hook = qgetenv("CUBRIX_TEST_ARCHIVE_WRITE");
+        m_stallForTest = hook.contains("stall");
+        m_forceNamed = hook.contains("named");
     }
     ~ArchiveSink()
     {
@@ -219,13 +217,13 @@ public:
         const QByteArray prefix = tempPrefix(name);
         std::vector<QByteArray> stale;
         while (dirent *entry = readdir(dir)) {
-            const QByteArrayView entryName(entry->d_name);
-            if (entryName.size() != prefix.size() + 8 || !entryName.startsWith(prefix))
+            const QByteArrayView fileName(entry->d_name);
+            if (fileName.size() != prefix.size() + 8 || !fileName.startsWith(prefix))
                 continue;
-            const QByteArrayView suffix = entryName.sliced(prefix.size());
+            const QByteArrayView suffix = fileName.sliced(prefix.size());
             if (std::all_of(suffix.begin(), suffix.end(),
                             [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }))
-                stale.push_back(entryName.toByteArray());
+                stale.push_back(fileName.toByteArray());
         }
         closedir(dir);
         for (const QByteArray &file : stale) {
@@ -376,8 +374,8 @@ private:
         m_bufferStart += m_bufferLength;
         m_bufferLength = 0;
         if (m_stallForTest && !m_flushed) {
-            // Test hook: a save that stops here, after its first chunk reached the
-            // disk, lets a test kill the process in the middle of a save.
+            // A save that stops here, after its first chunk reached the disk, lets
+            // a test kill the process in the middle of a save.
             std::fputs("archive write stalled\n", stderr);
             std::fflush(stderr);
             sleep(60);
@@ -562,12 +560,7 @@ bool Archive::extractAll(const QString &folder)
         const zip_int64_t count = zip_get_num_entries(d->reader, 0);
         for (zip_int64_t i = 0; ok && i < count; ++i) {
             const zip_uint64_t index = zip_uint64_t(i);
-            const char *raw = zip_get_name(d->reader, index, ZIP_FL_ENC_RAW);
-            if (!raw) {
-                ok = d->fail(QString::fromUtf8(zip_strerror(d->reader)));
-                break;
-            }
-            const QByteArray name = entryNameUtf8(raw);
+            const QByteArray name = entryName(d->reader, index);
             bool isFolder = false;
             if (!splitEntryName(name, parts, isFolder))
                 continue; // would land outside the folder
@@ -652,8 +645,7 @@ QStringList Archive::entryNames() const
         return names;
     const zip_int64_t count = zip_get_num_entries(d->reader, 0);
     for (zip_int64_t i = 0; i < count; ++i) {
-        if (const char *raw = zip_get_name(d->reader, zip_uint64_t(i), ZIP_FL_ENC_RAW))
-            names.append(QString::fromUtf8(entryNameUtf8(raw)));
+        names.append(QString::fromUtf8(entryName(d->reader, zip_uint64_t(i))));
     }
     return names;
 }
@@ -667,8 +659,7 @@ bool Archive::readEntry(const QString &name, QByteArray &data, qint64 maxSize)
     const QByteArray wanted = name.toUtf8();
     const zip_int64_t count = zip_get_num_entries(d->reader, 0);
     for (zip_int64_t i = 0; i < count; ++i) {
-        const char *raw = zip_get_name(d->reader, zip_uint64_t(i), ZIP_FL_ENC_RAW);
-        if (!raw || entryNameUtf8(raw) != wanted)
+        if (entryName(d->reader, zip_uint64_t(i)) != wanted)
             continue;
         zip_stat_t info;
         if (zip_stat_index(d->reader, zip_uint64_t(i), 0, &info) != 0 || !(info.valid & ZIP_STAT_SIZE))

@@ -28,8 +28,8 @@ public:
     // Writes the archive built so far, replacing an existing file.
     bool writeArchive();
 
-    // Names of the opened archive's entries in archive order, as stored (UTF-8
-    // names as such, other names read as Windows-1252); for counting items.
+    // Names of the opened archive's entries in archive order, as stored (UTF-8, or
+    // code page 437 for names not marked as UTF-8); for counting items.
     QStringList entryNames() const;
     // Reads the entry stored under `name` (as entryNames() gives it) into `data`.
     // False when it is missing, larger than `maxSize`, or unreadable (CRC error).

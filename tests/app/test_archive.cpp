@@ -182,6 +182,8 @@ private slots:
     void writeErrorMidwayKeepsOldArchive();
     void killedSaveKeepsOldArchive_data();
     void killedSaveKeepsOldArchive();
+    void namedTemporaryFileReplacesArchive_data();
+    void namedTemporaryFileReplacesArchive();
     void staleTempFilesOfDeadSavesAreRemoved();
 };
 
@@ -316,6 +318,8 @@ void TestArchive::hostileEntryNames_data()
     QTest::newRow("current folder component") << QByteArray("./blocks/./w.block") << "blocks/w.block";
     QTest::newRow("doubled separator") << QByteArray("sounds//s.wav") << "sounds/s.wav";
     QTest::newRow("dots inside a name") << QByteArray("a..b/..c") << "a..b/..c";
+    QTest::newRow("UTF-8 name") << QByteArray("textures/caf\xc3\xa9.gif") << "textures/caf\u00e9.gif";
+    QTest::newRow("code page 437 name") << QByteArray("textures/caf\x82.gif") << "textures/caf\u00e9.gif";
 }
 
 void TestArchive::hostileEntryNames()
@@ -330,7 +334,11 @@ void TestArchive::hostileEntryNames()
 
     Archive archive;
     QVERIFY(archive.openArchive(archivePath));
-    QCOMPARE(archive.entryNames(), QStringList({QString::fromUtf8(name), "good.txt"})); // stored as given
+    const QStringList names = archive.entryNames();
+    QCOMPARE(names.size(), 2);
+    QCOMPARE(names.last(), QStringLiteral("good.txt"));
+    if (QByteArrayView(name).isValidUtf8())
+        QCOMPARE(names.first(), QString::fromUtf8(name)); // stored as given
     const QString dest = tmp.filePath("work/dest");
     QVERIFY(QDir().mkpath(dest));
     QVERIFY2(archive.extractAll(dest), qPrintable(archive.lastError()));
@@ -566,8 +574,8 @@ void TestArchive::killedSaveKeepsOldArchive_data()
 {
     QTest::addColumn<QByteArray>("mode");
     QTest::addColumn<int>("leftovers"); // files beside the archive right after the kill
-    QTest::newRow("unnamed temporary file") << QByteArray("1") << 0;
-    QTest::newRow("named temporary file") << QByteArray("named") << 1;
+    QTest::newRow("unnamed temporary file") << QByteArray("stall") << 0;
+    QTest::newRow("named temporary file") << QByteArray("stall named") << 1;
 }
 
 void TestArchive::killedSaveKeepsOldArchive()
@@ -588,7 +596,7 @@ void TestArchive::killedSaveKeepsOldArchive()
 
     QProcess child;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("CUBRIX_TEST_STALL_ARCHIVE_WRITE", QString::fromLatin1(mode));
+    environment.insert("CUBRIX_TEST_ARCHIVE_WRITE", QString::fromLatin1(mode));
     child.setProcessEnvironment(environment);
     child.setProcessChannelMode(QProcess::MergedChannels);
     child.start(QCoreApplication::applicationFilePath(), {"--pack", tmp.filePath("big"), target});
@@ -612,6 +620,57 @@ void TestArchive::killedSaveKeepsOldArchive()
     QCOMPARE(folderEntries(folder), QStringList({"Castle.bset"}));
     QVERIFY(unpack(target, tmp.filePath("dest2")));
     QCOMPARE(treeOf(tmp.filePath("dest2")), bigTree);
+}
+
+void TestArchive::namedTemporaryFileReplacesArchive_data()
+{
+    QTest::addColumn<bool>("folderWritable");
+    QTest::newRow("save") << true;
+    QTest::newRow("read-only folder") << false;
+}
+
+void TestArchive::namedTemporaryFileReplacesArchive()
+{
+    // Where O_TMPFILE is missing, a hidden named file takes its place.
+    QFETCH(bool, folderWritable);
+    QTemporaryDir tmp;
+    const QString folder = tmp.filePath("archives");
+    const QString target = folder + "/Castle.bset";
+    makeTree(tmp.filePath("old"), {{"old.style", "old"}});
+    makeTree(tmp.filePath("new"), blocksetTree());
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(pack(tmp.filePath("old"), target));
+    const QByteArray before = readFile(target);
+    QVERIFY(QFile::setPermissions(target, QFile::ReadOwner | QFile::ReadGroup));
+
+    bool immutable = false;
+    if (!folderWritable) {
+        QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
+        immutable = geteuid() == 0 && runQuietly("chattr", {"+i", folder});
+    }
+    const auto restore = qScopeGuard([&] {
+        qunsetenv("CUBRIX_TEST_ARCHIVE_WRITE");
+        if (immutable)
+            runQuietly("chattr", {"-i", folder});
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    });
+    if (!folderWritable && canWrite(folder))
+        QSKIP("this user can write into read-only folders");
+    qputenv("CUBRIX_TEST_ARCHIVE_WRITE", "named");
+    QCOMPARE(pack(tmp.filePath("new"), target), folderWritable);
+    qunsetenv("CUBRIX_TEST_ARCHIVE_WRITE");
+
+    QCOMPARE(folderEntries(folder), QStringList({"Castle.bset"}));
+    if (folderWritable) {
+        QVERIFY(unpack(target, tmp.filePath("dest")));
+        QCOMPARE(treeOf(tmp.filePath("dest")), blocksetTree());
+        // The new archive keeps the rights the old one had.
+        struct stat st {};
+        QCOMPARE(stat(QFile::encodeName(target).constData(), &st), 0);
+        QCOMPARE(st.st_mode & 0777, mode_t(0440));
+    } else {
+        QCOMPARE(readFile(target), before);
+    }
 }
 
 void TestArchive::staleTempFilesOfDeadSavesAreRemoved()
