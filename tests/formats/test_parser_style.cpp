@@ -197,6 +197,18 @@ private slots:
         QCOMPARE(style.name, QString("Caf\u00e9 \u20ac"));
         QCOMPARE(rows[0].symbol, QString("a"));
         QCOMPARE(writeStyle(style, rows), file);
+
+        // Every byte from 0x80 to 0xFF in one value.
+        QByteArray high;
+        for (int b = 0x80; b <= 0xff; ++b)
+            high += char(b);
+        const QByteArray all = "<style synopsis=\"" + high + "\">\r\n<generator app=\"Cubrix\" version=\"0.9 Beta 1\"/>\r\n"
+                               "\r\n\r\n</style>\r\n";
+        StyleValues allStyle;
+        QList<BlockRow> noRows;
+        read(all, allStyle, noRows, symbols);
+        QCOMPARE(allStyle.synopsis.size(), 128);
+        QCOMPARE(writeStyle(allStyle, noRows), all);
     }
 
     void refusedValuesKeepTheFormerValue_data()
