@@ -9,7 +9,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
-#include <QStyle>
 #include <QSysInfo>
 #include <QVBoxLayout>
 
@@ -21,9 +20,12 @@ frmAbout::frmAbout(QWidget *parent) : QDialog(parent)
     setWindowTitle(u"About Cubrix"_s);
     setModal(true);
 
+    // The program's icon, as the window that shows the box carries it.
     auto *icon = new QLabel(this);
-    icon->setPixmap(style()->standardIcon(QStyle::SP_DesktopIcon).pixmap(48, 48));
+    const QIcon programIcon = parent ? parent->window()->windowIcon() : QApplication::windowIcon();
+    icon->setPixmap(programIcon.pixmap(48, 48));
     icon->setAlignment(Qt::AlignTop);
+    icon->setVisible(!programIcon.isNull());
 
     auto *lblTitle = new QLabel(u"Cubrix"_s, this);
     lblTitle->setObjectName(u"lblTitle"_s);

@@ -293,6 +293,7 @@ frmMain::frmMain(const Options &options, QWidget *parent) : QMainWindow(parent)
     }
 
     createActions();
+    setWindowIcon(drawnIcon(Glyph::Cache));
     createMenus();
     createToolBar();
     createTabs();
@@ -306,6 +307,16 @@ frmMain::frmMain(const Options &options, QWidget *parent) : QMainWindow(parent)
 
 frmMain::~frmMain()
 {
+    // The pages and tabs outlive the document by a moment while the window is torn
+    // down: nothing they report may reach it any more.
+    if (m_settingsTab)
+        m_settingsTab->disconnect(this);
+    if (m_versionTab)
+        m_versionTab->disconnect(this);
+    if (m_tabs)
+        m_tabs->disconnect(this);
+    if (m_document)
+        m_document->setView(nullptr);
     // A window destroyed without being closed still leaves no files behind.
     if (!m_unloaded && m_folder)
         m_folder->removeWorkingFolders();
@@ -499,8 +510,11 @@ void frmMain::connectCommands()
         connect(m_actions.value(name), &QAction::triggered, this, slot);
     };
     for (const QString &prefix : {u"btn"_s, u"mnu"_s}) {
-        on(prefix + u"New"_s, [this] { runDocumentCommand(&BlocksetDocument::newBlockset); });
-        on(prefix + u"Open"_s, [this] { m_document->openBlockset(); refreshInterface(false); });
+        on(prefix + u"New"_s, [this] {
+            runDocumentCommand(&BlocksetDocument::newBlockset);
+            focusOpenedBlockset();
+        });
+        on(prefix + u"Open"_s, [this] { openBlocksetFile(QString()); });
         on(prefix + u"Close"_s, [this] { runDocumentCommand(&BlocksetDocument::closeBlockset); });
         on(prefix + u"Save"_s, [this] { runDocumentCommand(&BlocksetDocument::saveCommand); });
         on(prefix + u"SaveAs"_s, [this] { runDocumentCommand(&BlocksetDocument::saveBlocksetAs); });
@@ -884,6 +898,15 @@ void frmMain::openBlocksetFile(const QString &path)
 {
     m_document->openBlockset(path);
     refreshInterface(false);
+    focusOpenedBlockset();
+}
+
+void frmMain::focusOpenedBlockset()
+{
+    // A blockset that was just opened or made shows its first tab with items, and
+    // that tab's list (or the placeholder texture choice) takes the focus.
+    if (m_document->blocksetOpen())
+        focusTab(m_document->tab());
 }
 
 bool frmMain::isDroppableFile(const QString &path)
@@ -898,8 +921,7 @@ void frmMain::dropFiles(const QStringList &paths)
     for (const QString &path : paths) {
         if (dropType(path) == u"bset"_s) {
             letEventsRun();
-            m_document->openBlockset(path);
-            refreshInterface(false);
+            openBlocksetFile(path);
             return;
         }
     }

@@ -56,7 +56,7 @@ public:
     // The text stbProcess greets the user with at load: "Welcome to Cubrix 0.9 Beta 1!".
     static QString welcomeText();
 
-    // Opens a blockset handed in from outside (the command line).
+    // Opens the blockset at `path` (the command line, a drop), or asks for one when it is empty.
     void openBlocksetFile(const QString &path);
 
     // Dropped-file dispatcher: the first archive is opened and every other file ignored.
@@ -106,6 +106,7 @@ private:
     void forgetRenderedPages();
     void tabChanged(int index);
     void focusTab(int index);
+    void focusOpenedBlockset();
 
     void showOops();
     void showOptions();

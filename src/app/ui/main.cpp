@@ -50,6 +50,7 @@ int main(int argc, char *argv[])
     }
 
     frmMain window;
+    QApplication::setWindowIcon(window.windowIcon()); // the dialogs carry it too
     window.show();
 
     const QString screenshot = qEnvironmentVariable("CUBRIX_SCREENSHOT");

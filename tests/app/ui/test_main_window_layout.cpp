@@ -8,7 +8,14 @@
 #include "formats/ui/SettingsTab.h"
 #include "symbols/SymbolScheme.h"
 
+#include "app/ui/frmAbout.h"
+#include "app/ui/frmNew.h"
+
 #include <QApplication>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSysInfo>
+#include <QTimer>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QMenu>
@@ -41,6 +48,7 @@ private slots:
     void tabsAndLists();
     void statusPanels();
     void loadState();
+    void aboutBox();
     void screenshots();
 
 private:
@@ -261,6 +269,48 @@ void TestMainWindowLayout::loadState()
     QVERIFY(fixture->prompts.messages.isEmpty());
 }
 
+void TestMainWindowLayout::aboutBox()
+{
+    fixture->window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(fixture->window.get()));
+    QStringList aboutTexts;
+    QString systemInfo;
+    bool systemInfoShown = false;
+    QTimer::singleShot(0, this, [&] {
+        QWidget *about = QApplication::activeModalWidget();
+        if (!about)
+            return;
+        for (QLabel *label : about->findChildren<QLabel *>())
+            aboutTexts << label->text();
+        auto *sysInfo = about->findChild<QPushButton *>("cmdSysInfo");
+        if (sysInfo) {
+            QTimer::singleShot(0, this, [&] {
+                QWidget *info = QApplication::activeModalWidget();
+                if (!info)
+                    return;
+                if (auto *text = info->findChild<QPlainTextEdit *>("txtSystemInfo")) {
+                    systemInfoShown = true;
+                    systemInfo = text->toPlainText();
+                }
+                info->close();
+            });
+            sysInfo->click();
+        }
+        about->close();
+    });
+    fixture->action("mnuAbout")->trigger();
+
+    QVERIFY(aboutTexts.contains("Cubrix"));
+    QVERIFY(aboutTexts.contains("Version 0.9 Beta 1"));
+    QVERIFY2(systemInfoShown, "System Info... shows the system's information");
+    QVERIFY(systemInfo.contains(QSysInfo::prettyProductName()));
+    QVERIFY(systemInfo.contains(QSysInfo::currentCpuArchitecture()));
+    QVERIFY(systemInfo.contains(qVersion()));
+    // The about box changes nothing and the window is as before.
+    QCOMPARE(fixture->window->windowTitle(), QString("Cubrix"));
+    QVERIFY(fixture->prompts.messages.isEmpty());
+}
+
 void TestMainWindowLayout::screenshots()
 {
     const QString folder = qEnvironmentVariable("CUBRIX_SCREENSHOTS");
@@ -297,6 +347,16 @@ void TestMainWindowLayout::screenshots()
     fixture->action("btnPreviewItem")->trigger();
     QCoreApplication::processEvents();
     QVERIFY(window.grab().save(folder + "/main_window_textures.png"));
+
+    frmNew newDialog(true, true);
+    newDialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&newDialog));
+    QVERIFY(newDialog.grab().save(folder + "/frmNew.png"));
+    newDialog.findChild<QPushButton *>("OKButton")->click();
+    frmAbout about(&window);
+    about.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&about));
+    QVERIFY(about.grab().save(folder + "/frmAbout.png"));
 }
 
 QTEST_MAIN(TestMainWindowLayout)
