@@ -387,10 +387,15 @@ bool BlocksetDocument::saveBlockset()
     QString result;
     if (m_blocksetChanged) {
         showProcess(u"Saving blockset..."_s);
-        const QString stylePath =
-            m_folder.workingFolder() + u'/' + nativeBaseName(m_blocksetFileName) + u".style"_s;
-        if (!writeWholeFile(stylePath, writeStyle(m_style, m_blocks)))
+        const QString styleName = nativeBaseName(m_blocksetFileName) + u".style"_s;
+        if (!writeWholeFile(m_folder.workingFolder() + u'/' + styleName, writeStyle(m_style, m_blocks)))
             return fail(u"Unable to write style file!"_s);
+        // Where file names tell case apart, a style file unpacked as "Castle.STYLE"
+        // is still the blockset's own: drop it so only the one just written is packed.
+        for (const QFileInfo &info : listFiles(m_folder.workingFolder(), {u"*.style"_s})) {
+            if (info.fileName() != styleName && info.fileName().compare(styleName, Qt::CaseInsensitive) == 0)
+                QFile::remove(info.absoluteFilePath());
+        }
         const bool packed = !m_blocksetPath.isEmpty() && m_archive.newArchive(m_blocksetPath)
                             && m_archive.addFiles(m_folder.workingFolder(), true) && m_archive.writeArchive();
         m_archive.newArchive(QString());

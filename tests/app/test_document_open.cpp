@@ -56,6 +56,8 @@ private slots:
     void resultText();
     void differingStyle_data();
     void differingStyle();
+    void noStyleFile_data();
+    void noStyleFile();
     void styleNamedAfterArchiveWins_data();
     void styleNamedAfterArchiveWins();
     void fileNameWithoutExtension();
@@ -367,6 +369,55 @@ void TestDocumentOpen::differingStyle()
             QCOMPARE(row.symbol, QString());
         QVERIFY(!env.document.isChanged());
     }
+}
+
+void TestDocumentOpen::noStyleFile_data()
+{
+    QTest::addColumn<bool>("syncBlockset");
+    QTest::addColumn<bool>("strictPrefix");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("name synchronised") << true << true << kBothModes;
+    QTest::newRow("name not synchronised") << false << true << kBothModes;
+    QTest::newRow("strict prefix setting off") << true << false << QString();
+}
+
+// No style file at all is no failure: the blockset opens with default style
+// data after one warning.
+void TestDocumentOpen::noStyleFile()
+{
+    QFETCH(bool, syncBlockset);
+    QFETCH(bool, strictPrefix);
+    QFETCH(QString, text);
+
+    DocumentEnv env;
+    env.setOption("syncBlockset", syncBlockset);
+    env.setOption("strictPrefix", strictPrefix);
+    FileMap files = castleFiles();
+    files.remove(QStringLiteral("Castle.style"));
+    env.prompts.newAnswers = {NewBlocksetChoice()};
+    env.document.newBlockset(); // switches the blockset's symbol modes on
+    QVERIFY(env.document.symbols().strictPrefixMode);
+
+    env.open(env.addSet(QStringLiteral("Castle.bset"), files));
+
+    QCOMPARE(env.prompts.messages.size(), 1);
+    QCOMPARE(env.prompts.messages[0].text, kNoStyle);
+    QCOMPARE(env.prompts.messages[0].title, kOpenTitle);
+    QCOMPARE(env.prompts.messages[0].buttons, PromptButtons::Ok);
+    QCOMPARE(env.prompts.messages[0].icon, PromptIcon::Exclamation);
+    QVERIFY(env.document.blocksetOpen());
+    QVERIFY(!env.document.isChanged());
+    QCOMPARE(env.document.blockCount(), 3);
+    QCOMPARE(env.document.blocks()[2].name, QStringLiteral("Wall"));
+    StyleValues expected;
+    if (syncBlockset)
+        expected.name = QStringLiteral("Castle");
+    QCOMPARE(env.document.style(), expected);
+    QVERIFY(!env.document.symbols().strictPrefixMode);
+    QVERIFY(!env.document.symbols().syncDoubleMode);
+    QCOMPARE(env.document.processText(), text);
+    QVERIFY(!env.view.processTexts.contains(QStringLiteral("Parsing Blockset...")));
 }
 
 void TestDocumentOpen::styleNamedAfterArchiveWins_data()

@@ -36,6 +36,7 @@ private slots:
     void roundTrip();
     void unseenFilesSurvive();
     void relativePathKeepsUpdateFileBeside();
+    void styleExtensionInCapitals();
 };
 
 void TestDocumentSave::saveResult_data()
@@ -436,6 +437,32 @@ void TestDocumentSave::relativePathKeepsUpdateFileBeside()
     QVERIFY(saved);
     QCOMPARE(readFile(env.setPath(QStringLiteral("Castle.txt"))),
              updateFileText(QStringLiteral("1.2"), QStringLiteral("after"), QFileInfo(env.setPath(QStringLiteral("Castle.bset"))).size()));
+}
+
+// A style file stored as "Castle.STYLE" is the blockset's own; saving must not
+// leave the old one beside the new "Castle.style", where the next open could
+// take the stale one.
+void TestDocumentSave::styleExtensionInCapitals()
+{
+    DocumentEnv env;
+    FileMap files = castleFiles(QStringLiteral("Castle.STYLE"));
+    const QString castle = env.addSet(QStringLiteral("Castle.bset"), files);
+    env.open(castle);
+    QVERIFY(env.prompts.messages.isEmpty());
+    QCOMPARE(env.document.style().name, QStringLiteral("Castle"));
+
+    env.document.editStyleValue(StyleField::Name, QStringLiteral("Fortress"));
+    QVERIFY(env.document.saveBlockset());
+
+    QStringList styles;
+    for (const QString &name : readBset(castle).keys()) {
+        if (name.endsWith(QStringLiteral(".style"), Qt::CaseInsensitive))
+            styles.append(name);
+    }
+    QCOMPARE(styles, QStringList({QStringLiteral("Castle.style")}));
+    env.document.closeBlockset();
+    env.open(castle);
+    QCOMPARE(env.document.style().name, QStringLiteral("Fortress"));
 }
 
 QTEST_GUILESS_MAIN(TestDocumentSave)
