@@ -591,6 +591,8 @@ void frmMain::unload()
     if (m_unloaded)
         return;
     m_unloaded = true;
+    // A texture typed into a box that still has the focus counts as an edit.
+    m_settingsTab->commitTextureEdit();
     m_document->askSaveOnUnload();
     m_folder->removeWorkingFolders();
 }

@@ -8,6 +8,7 @@
 
 #include "app/WorkingFolder.h"
 
+#include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
@@ -42,6 +43,8 @@ private slots:
     void asksOnlyForChangedBlockset();
     void yesSavesBeforeClosing();
     void exitMenuUnloads();
+    void pendingTextureEditCounts_data();
+    void pendingTextureEditCounts();
     void droppedArchiveIsOpened();
     void dropAcceptsKnownTypesOnly_data();
     void dropAcceptsKnownTypesOnly();
@@ -201,6 +204,41 @@ void TestUnload::exitMenuUnloads()
     QCOMPARE(fixture->prompts.messageTexts(),
              QStringList{"The blockset has been changed. Do you want to save it first?"});
     QVERIFY(!QFileInfo::exists(fixture->window->workingFolder().workingFolder()));
+}
+
+void TestUnload::pendingTextureEditCounts_data()
+{
+    // A texture box reports its edit when it loses the focus; a toolbar button takes
+    // no focus, and closing the window moves none: the edit must count all the same.
+    QTest::addColumn<QString>("how");
+    QTest::newRow("close button of the window") << "window";
+    QTest::newRow("toolbar Close") << "btnClose";
+}
+
+void TestUnload::pendingTextureEditCounts()
+{
+    QFETCH(QString, how);
+    fixture->window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(fixture->window.get()));
+    BlocksetSpec spec;
+    spec.blocks = 1;
+    spec.textures = 1;
+    QVERIFY(fixture->openBlockset(spec));
+    fixture->window->findChild<QTabWidget *>("SSTab1")->setCurrentIndex(3);
+    auto *box = fixture->window->findChild<QComboBox *>("lstPlaceholderTexture");
+    QVERIFY(box);
+    box->setFocus();
+    QTest::keyClicks(box, "texture0.jpg");
+    QVERIFY(box->hasFocus());
+
+    fixture->prompts.answers << PromptAnswer::No;
+    if (how == "window")
+        QVERIFY(fixture->window->close());
+    else
+        fixture->action(how)->trigger();
+    QCOMPARE(fixture->prompts.messages.size(), 1);
+    QCOMPARE(fixture->prompts.messages.first().text,
+             QString("The blockset has been changed. Do you want to save it first?"));
 }
 
 void TestUnload::droppedArchiveIsOpened()
