@@ -37,6 +37,9 @@ public:
     // Cuts the buffer just before the first occurrence of `needle`, if any.
     void cutAt(QByteArrayView needle);
     bool isEmpty() const;
+    // Where the buffer now starts, and a way back to such a place (never forward).
+    qsizetype position() const { return m_front; }
+    void rewind(qsizetype position) { if (position >= 0 && position < m_front) m_front = position; }
 
 private:
     QByteArray m_buffer;

@@ -19,12 +19,16 @@ void readBlock(Parser &parser, BlockRow &row)
     QByteArrayView value;
 
     bool blockSeen = false;
-    while (parser.getNextTagView(tag)) {
+    for (qsizetype tagStart = parser.position(); parser.getNextTagView(tag); tagStart = parser.position()) {
         if (!getNextWordView(tag, word))
             continue; // a comment
         if (!nameEquals(word, "block"_L1)) {
-            if (blockSeen)
+            if (blockSeen) {
+                // The tag that ends the scan stays in what is searched for the
+                // tree, so a tree right after the block tag is found.
+                parser.rewind(tagStart);
                 break;
+            }
             continue;
         }
         blockSeen = true;

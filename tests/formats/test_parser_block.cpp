@@ -69,10 +69,11 @@ private slots:
             << QByteArray("<block name=\"W\">\r\n<parts>\r\n<BSP_TREE \r\n\troot = \"0\">") << "W" << "structural" << "empty";
         QTest::newRow("line break joins the tag name and the attribute")
             << QByteArray("<block name=\"W\">\r\n<parts>\r\n<BSP_TREE\r\n\troot=\"5\">") << "W" << "structural" << "no";
-        // The tag that ends the scan for the block tag is taken off the buffer,
-        // so a tree standing right after the block tag is not searched again.
         QTest::newRow("tree right after the block tag")
-            << QByteArray("<block name=\"W\"><BSP_TREE root=\"5\">") << "W" << "structural" << "no";
+            << QByteArray("<block name=\"W\" type=\"Structural\">\r\n<BSP_TREE root=\"5\">") << "W" << "structural"
+            << "yes";
+        QTest::newRow("lower-case tree right after the block tag")
+            << QByteArray("<block name=\"W\"><bsp_tree root=\"5\">") << "W" << "structural" << "no";
         QTest::newRow("name kept as written") << QByteArray("<block name=\" Big  Wall \">") << " Big  Wall "
                                               << "structural" << "no";
         QTest::newRow("Windows-1252 name") << QByteArray("<block name=\"T\xfcr \x80\">") << "T\u00fcr \u20ac"
