@@ -85,6 +85,13 @@ void TestDocumentSave::saveResult()
     QVERIFY(env.document.saveBlockset());
 
     QVERIFY2(env.prompts.messages.isEmpty(), qPrintable(env.prompts.messageTexts().join(u'\n')));
+    QStringList shown;
+    if (archiveWritten)
+        shown << QStringLiteral("Saving blockset...");
+    if (updateWritten)
+        shown << QStringLiteral("Saving update file...");
+    shown << status;
+    QCOMPARE(env.view.processTexts, shown);
     QCOMPARE(env.document.processText(), status);
     QVERIFY(env.document.processMessageShown());
     QVERIFY(!env.document.blocksetChanged());
