@@ -1,22 +1,23 @@
 #include "app/Archive.h"
 
+#include "app/ArchiveSink.h"
+
 #include <QByteArrayView>
 #include <QFile>
 #include <QFileInfo>
-#include <QRandomGenerator>
 
 #include <zip.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -26,7 +27,7 @@ namespace {
 // Entry names deeper than this are not blockset content; they are skipped on
 // extraction and refused on packing, which keeps every folder walk bounded.
 constexpr int kMaxDepth = 64;
-// Unpacking and packing move data in chunks of this size.
+// Entries are unpacked in chunks of this size.
 constexpr size_t kChunk = 256 * 1024;
 // More end-of-directory signatures than this in an archive's tail make libzip try
 // each candidate directory in turn; no real archive has them, so it is refused.
@@ -93,10 +94,10 @@ bool splitEntryName(const QByteArray &name, std::vector<QByteArray> &parts, bool
     return !parts.empty();
 }
 
-bool writeAll(int fd, const char *data, size_t length, off_t offset, int &err)
+bool writeAll(int fd, const char *data, size_t length, int &err)
 {
     while (length > 0) {
-        const ssize_t n = pwrite(fd, data, length, offset);
+        const ssize_t n = ::write(fd, data, length);
         if (n < 0) {
             if (errno == EINTR)
                 continue;
@@ -105,7 +106,6 @@ bool writeAll(int fd, const char *data, size_t length, off_t offset, int &err)
         }
         data += n;
         length -= size_t(n);
-        offset += n;
     }
     return true;
 }
@@ -167,296 +167,20 @@ private:
     QByteArray m_key;
 };
 
-// The file that a save writes, delivered to libzip as its output.
-//
-// libzip's own file output writes a temporary file beside the target, renames it
-// without flushing it to disk and leaves it behind when the process dies. Instead
-// libzip writes into this sink: an unnamed O_TMPFILE file in the target's folder,
-// which vanishes by itself if the process dies or the save fails. On commit the
-// data is fsync'ed, the file is linked under a hidden temporary name, renamed over
-// the target (the old archive stays whole until this instant) and the folder is
-// fsync'ed so that the rename survives a power loss.
-//
-// Where O_TMPFILE is not available the sink creates a uniquely named hidden file
-// instead (".<target>.cubrix-XXXXXXXX"), removed on every failure. Every such file
-// is flock'ed while its save runs, so the next save to the same folder can tell
-// the leftovers of a killed process (no lock) from a save in progress and removes
-// them.
-class ArchiveSink {
-public:
-    ArchiveSink(int dirFd, QByteArray name) : m_dirFd(dirFd), m_name(std::move(name))
-    {
-        zip_error_init(&m_error);
-        // Test hook: "stall" pauses the save after its first chunk, "named" takes
-        // the path of systems without O_TMPFILE.
-        const QByteArray hook = qgetenv("CUBRIX_TEST_ARCHIVE_WRITE");
-        m_stallForTest = hook.contains("stall");
-        m_forceNamed = hook.contains("named");
-    }
-    ~ArchiveSink()
-    {
-        rollback();
-        zip_error_fini(&m_error);
-    }
-    ArchiveSink(const ArchiveSink &) = delete;
-    ArchiveSink &operator=(const ArchiveSink &) = delete;
-
-    static QByteArray tempPrefix(const QByteArray &name) { return '.' + name + ".cubrix-"; }
-
-    // Removes hidden temporary files of earlier saves to `name` whose process is gone.
-    static void removeStaleTemps(int dirFd, const QByteArray &name)
-    {
-        const int listFd = dup(dirFd);
-        DIR *dir = listFd >= 0 ? fdopendir(listFd) : nullptr;
-        if (!dir) {
-            if (listFd >= 0)
-                close(listFd);
-            return;
-        }
-        rewinddir(dir); // the duplicate shares the folder's read position
-        const QByteArray prefix = tempPrefix(name);
-        std::vector<QByteArray> stale;
-        while (dirent *entry = readdir(dir)) {
-            const QByteArrayView fileName(entry->d_name);
-            if (fileName.size() != prefix.size() + 8 || !fileName.startsWith(prefix))
-                continue;
-            const QByteArrayView suffix = fileName.sliced(prefix.size());
-            if (std::all_of(suffix.begin(), suffix.end(),
-                            [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }))
-                stale.push_back(fileName.toByteArray());
-        }
-        closedir(dir);
-        for (const QByteArray &file : stale) {
-            const int fd = openat(dirFd, file.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-            if (fd < 0)
-                continue;
-            struct stat st {};
-            if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_uid == geteuid()
-                && flock(fd, LOCK_EX | LOCK_NB) == 0)
-                unlinkat(dirFd, file.constData(), 0);
-            close(fd);
-        }
-    }
-
-    bool begin()
-    {
-        rollback();
-        struct stat old {};
-        const bool keepMode = fstatat(m_dirFd, m_name.constData(), &old, AT_SYMLINK_NOFOLLOW) == 0
-                              && S_ISREG(old.st_mode);
-#ifdef O_TMPFILE
-        if (!m_forceNamed)
-            m_fd = openat(m_dirFd, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
-#endif
-        if (m_fd < 0) {
-            for (int attempt = 0; attempt < 16 && m_fd < 0; ++attempt) {
-                m_tempName = newTempName();
-                m_fd = openat(m_dirFd, m_tempName.constData(),
-                              O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-                if (m_fd < 0 && errno != EEXIST)
-                    break;
-            }
-            if (m_fd < 0)
-                return fail(ZIP_ER_TMPOPEN, errno);
-            m_named = true;
-        }
-        flock(m_fd, LOCK_EX | LOCK_NB);
-        if (keepMode)
-            fchmod(m_fd, old.st_mode & 0777);
-        m_buffer.resize(kChunk);
-        m_bufferStart = 0;
-        m_bufferLength = 0;
-        m_size = 0;
-        m_flushed = false;
-        return true;
-    }
-
-    bool write(const void *data, size_t length)
-    {
-        if (m_fd < 0)
-            return fail(ZIP_ER_INTERNAL, 0);
-        if (m_bufferLength + length > m_buffer.size() && !flush())
-            return false;
-        if (length >= m_buffer.size()) {
-            int err = 0;
-            if (!writeAll(m_fd, static_cast<const char *>(data), length, off_t(m_bufferStart), err))
-                return fail(ZIP_ER_WRITE, err);
-            m_bufferStart += length;
-            m_size = std::max(m_size, m_bufferStart);
-            return true;
-        }
-        std::memcpy(m_buffer.data() + m_bufferLength, data, length);
-        m_bufferLength += length;
-        m_size = std::max(m_size, m_bufferStart + m_bufferLength);
-        return true;
-    }
-
-    zip_uint64_t tell() const { return m_bufferStart + m_bufferLength; }
-    zip_uint64_t size() const { return m_size; }
-
-    bool seek(zip_uint64_t offset)
-    {
-        if (!flush())
-            return false;
-        m_bufferStart = offset;
-        return true;
-    }
-
-    bool commit()
-    {
-        if (m_fd < 0)
-            return fail(ZIP_ER_INTERNAL, 0);
-        if (!flush())
-            return false;
-        if (fsync(m_fd) != 0)
-            return failAndRollback(ZIP_ER_WRITE, errno);
-        if (!m_named && !linkUnnamed())
-            return false;
-        if (renameat(m_dirFd, m_tempName.constData(), m_dirFd, m_name.constData()) != 0)
-            return failAndRollback(ZIP_ER_RENAME, errno);
-        m_named = false; // the file now is the target
-        close(m_fd);
-        m_fd = -1;
-        if (fsync(m_dirFd) != 0 && errno != EINVAL)
-            return fail(ZIP_ER_WRITE, errno);
-        return true;
-    }
-
-    void rollback()
-    {
-        if (m_fd < 0)
-            return;
-        if (m_named)
-            unlinkat(m_dirFd, m_tempName.constData(), 0);
-        close(m_fd);
-        m_fd = -1;
-        m_named = false;
-    }
-
-    zip_error_t *error() { return &m_error; }
-
-private:
-    QByteArray newTempName() const
-    {
-        return tempPrefix(m_name)
-               + QByteArray::number(QRandomGenerator::global()->generate(), 16).rightJustified(8, '0');
-    }
-
-    // Gives the unnamed file a hidden name beside the target, ready for the rename.
-    bool linkUnnamed()
-    {
-        for (int attempt = 0; attempt < 16; ++attempt) {
-            m_tempName = newTempName();
-            int result = linkat(m_fd, "", m_dirFd, m_tempName.constData(), AT_EMPTY_PATH);
-            if (result != 0 && errno != EEXIST) {
-                // Linking a descriptor directly needs a privilege; the /proc link does not.
-                const QByteArray procPath = "/proc/self/fd/" + QByteArray::number(m_fd);
-                result = linkat(AT_FDCWD, procPath.constData(), m_dirFd, m_tempName.constData(),
-                                AT_SYMLINK_FOLLOW);
-            }
-            if (result == 0) {
-                m_named = true;
-                return true;
-            }
-            if (errno != EEXIST)
-                break;
-        }
-        return failAndRollback(ZIP_ER_TMPOPEN, errno);
-    }
-
-    bool flush()
-    {
-        if (m_bufferLength == 0)
-            return true;
-        int err = 0;
-        if (!writeAll(m_fd, m_buffer.data(), m_bufferLength, off_t(m_bufferStart), err))
-            return fail(ZIP_ER_WRITE, err);
-        m_bufferStart += m_bufferLength;
-        m_bufferLength = 0;
-        if (m_stallForTest && !m_flushed) {
-            // A save that stops here, after its first chunk reached the disk, lets
-            // a test kill the process in the middle of a save.
-            std::fputs("archive write stalled\n", stderr);
-            std::fflush(stderr);
-            sleep(60);
-        }
-        m_flushed = true;
-        return true;
-    }
-
-    bool fail(int zipCode, int err)
-    {
-        zip_error_set(&m_error, zipCode, err);
-        return false;
-    }
-
-    bool failAndRollback(int zipCode, int err)
-    {
-        fail(zipCode, err);
-        rollback();
-        return false;
-    }
-
-    int m_dirFd;
-    QByteArray m_name;
-    QByteArray m_tempName;
-    int m_fd = -1;
-    bool m_named = false;
-    bool m_stallForTest = false;
-    bool m_forceNamed = false;
-    bool m_flushed = false;
-    std::vector<char> m_buffer;
-    zip_uint64_t m_bufferStart = 0;
-    size_t m_bufferLength = 0;
-    zip_uint64_t m_size = 0;
-    zip_error_t m_error;
-};
-
-// libzip's interface to the sink. The output starts as "no file": libzip then
-// builds a new archive and never reads the old one.
-zip_int64_t sinkCallback(void *state, void *data, zip_uint64_t length, zip_source_cmd_t command)
+// Every deflated entry allocates and frees some 400 KiB of zlib state. glibc hands
+// that memory back to the system after each entry and faults it in again for the
+// next one, which costs a third of the packing time of a folder of small files;
+// letting the heap keep a few MiB avoids it. Done once, on the first save.
+void keepDeflateMemory()
 {
-    auto *sink = static_cast<ArchiveSink *>(state);
-    switch (command) {
-    case ZIP_SOURCE_SUPPORTS:
-        return zip_source_make_command_bitmap(
-            ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR,
-            ZIP_SOURCE_FREE, ZIP_SOURCE_SEEK, ZIP_SOURCE_TELL, ZIP_SOURCE_SUPPORTS, ZIP_SOURCE_BEGIN_WRITE,
-            ZIP_SOURCE_COMMIT_WRITE, ZIP_SOURCE_ROLLBACK_WRITE, ZIP_SOURCE_WRITE, ZIP_SOURCE_SEEK_WRITE,
-            ZIP_SOURCE_TELL_WRITE, ZIP_SOURCE_REMOVE, -1);
-    case ZIP_SOURCE_STAT:
-        zip_error_set(sink->error(), ZIP_ER_READ, ENOENT);
-        return -1;
-    case ZIP_SOURCE_OPEN:
-    case ZIP_SOURCE_CLOSE:
-    case ZIP_SOURCE_READ:
-    case ZIP_SOURCE_TELL:
-        return 0;
-    case ZIP_SOURCE_SEEK:
-        return zip_source_seek_compute_offset(0, 0, data, length, sink->error()) < 0 ? -1 : 0;
-    case ZIP_SOURCE_ERROR:
-        return zip_error_to_data(sink->error(), data, length);
-    case ZIP_SOURCE_FREE:
-    case ZIP_SOURCE_ROLLBACK_WRITE:
-        sink->rollback();
-        return 0;
-    case ZIP_SOURCE_BEGIN_WRITE:
-        return sink->begin() ? 0 : -1;
-    case ZIP_SOURCE_WRITE:
-        return sink->write(data, length) ? zip_int64_t(length) : -1;
-    case ZIP_SOURCE_TELL_WRITE:
-        return zip_int64_t(sink->tell());
-    case ZIP_SOURCE_SEEK_WRITE: {
-        const zip_int64_t offset =
-            zip_source_seek_compute_offset(sink->tell(), sink->size(), data, length, sink->error());
-        return offset >= 0 && sink->seek(zip_uint64_t(offset)) ? 0 : -1;
-    }
-    case ZIP_SOURCE_COMMIT_WRITE:
-        return sink->commit() ? 0 : -1;
-    default:
-        zip_error_set(sink->error(), ZIP_ER_OPNOTSUPP, 0);
-        return -1;
-    }
+#if defined(__GLIBC__)
+    static const bool tuned = [] {
+        mallopt(M_MMAP_THRESHOLD, 1 << 20);
+        mallopt(M_TRIM_THRESHOLD, 8 << 20);
+        return true;
+    }();
+    Q_UNUSED(tuned);
+#endif
 }
 
 struct PackedFile {
@@ -468,7 +192,6 @@ struct PackedFile {
 
 struct Archive::Impl {
     zip_t *reader = nullptr;
-    QString readerPath;
     bool writing = false;
     QString target;
     std::vector<PackedFile> files;
@@ -480,7 +203,6 @@ struct Archive::Impl {
         if (reader)
             zip_discard(reader);
         reader = nullptr;
-        readerPath.clear();
     }
 
     bool fail(const QString &text)
@@ -490,6 +212,7 @@ struct Archive::Impl {
     }
 
     bool writeEmptyArchive(ArchiveSink &sink);
+    bool writeEntries(ArchiveSink &sink);
 };
 
 Archive::Archive() : d(std::make_unique<Impl>()) {}
@@ -539,7 +262,6 @@ bool Archive::openArchive(const QString &path)
         close(fd);
         return d->fail(u"\"%1\" is not a readable ZIP archive: %2"_s.arg(path, zipErrorText(zipCode)));
     }
-    d->readerPath = path;
     return true;
 }
 
@@ -601,7 +323,6 @@ bool Archive::extractAll(const QString &folder)
             if (!entry) {
                 ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, QString::fromUtf8(zip_strerror(d->reader))));
             } else {
-                off_t offset = 0;
                 for (;;) {
                     const zip_int64_t n = zip_fread(entry, buffer.data(), buffer.size());
                     if (n < 0) {
@@ -611,11 +332,10 @@ bool Archive::extractAll(const QString &folder)
                     if (n == 0)
                         break;
                     int err = 0;
-                    if (!writeAll(fd, buffer.data(), size_t(n), offset, err)) {
+                    if (!writeAll(fd, buffer.data(), size_t(n), err)) {
                         ok = d->fail(u"cannot write \"%1\": %2"_s.arg(shown, errnoText(err)));
                         break;
                     }
-                    offset += n;
                 }
                 // libzip reports a CRC mismatch at the latest here.
                 if (zip_fclose(entry) != 0 && ok)
@@ -796,6 +516,41 @@ bool Archive::Impl::writeEmptyArchive(ArchiveSink &sink)
     return true;
 }
 
+// libzip builds the archive from the collected files and writes it through the sink.
+bool Archive::Impl::writeEntries(ArchiveSink &sink)
+{
+    zip_error_t zipError;
+    zip_error_init(&zipError);
+    zip_source_t *output = sink.createSource(&zipError);
+    zip_t *za = output ? zip_open_from_source(output, ZIP_CREATE | ZIP_TRUNCATE, &zipError) : nullptr;
+    bool ok = true;
+    if (!za) {
+        if (output)
+            zip_source_free(output);
+        ok = fail(u"cannot start \"%1\": %2"_s.arg(target, QString::fromUtf8(zip_error_strerror(&zipError))));
+    }
+    for (size_t i = 0; ok && i < emptyFolders.size(); ++i) {
+        if (zip_dir_add(za, emptyFolders[i].constData(), ZIP_FL_ENC_GUESS) < 0)
+            ok = fail(QString::fromUtf8(zip_strerror(za)));
+    }
+    for (size_t i = 0; ok && i < files.size(); ++i) {
+        // Deflate at libzip's default level (zlib's 6); each file is read when written.
+        zip_source_t *input = zip_source_file_create(files[i].path.constData(), 0, 0, &zipError);
+        if (!input) {
+            ok = fail(u"cannot read \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_error_strerror(&zipError))));
+        } else if (zip_file_add(za, files[i].entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) < 0) {
+            zip_source_free(input);
+            ok = fail(u"cannot add \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_strerror(za))));
+        }
+    }
+    if (ok && zip_close(za) != 0)
+        ok = fail(u"cannot write \"%1\": %2"_s.arg(target, QString::fromUtf8(zip_strerror(za))));
+    if (za && !ok)
+        zip_discard(za); // frees the sink's source, which drops the unfinished file
+    zip_error_fini(&zipError);
+    return ok;
+}
+
 bool Archive::writeArchive()
 {
     d->error.clear();
@@ -816,44 +571,12 @@ bool Archive::writeArchive()
     if (dirFd < 0)
         return d->fail(u"cannot open folder \"%1\": %2"_s.arg(fromFsName(dirPath), errnoText(errno)));
     ArchiveSink::removeStaleTemps(dirFd, name);
+    keepDeflateMemory();
 
-    bool ok = true;
+    bool ok = false;
     {
-        ArchiveSink sink(dirFd, name);
-        if (d->files.empty() && d->emptyFolders.empty()) {
-            ok = d->writeEmptyArchive(sink);
-        } else {
-            zip_error_t error;
-            zip_error_init(&error);
-            zip_source_t *output = zip_source_function_create(sinkCallback, &sink, &error);
-            zip_t *za = output ? zip_open_from_source(output, ZIP_CREATE | ZIP_TRUNCATE, &error) : nullptr;
-            if (!za) {
-                if (output)
-                    zip_source_free(output);
-                ok = d->fail(u"cannot start \"%1\": %2"_s.arg(target, QString::fromUtf8(zip_error_strerror(&error))));
-            }
-            for (size_t i = 0; ok && i < d->emptyFolders.size(); ++i) {
-                if (zip_dir_add(za, d->emptyFolders[i].constData(), ZIP_FL_ENC_GUESS) < 0)
-                    ok = d->fail(QString::fromUtf8(zip_strerror(za)));
-            }
-            for (size_t i = 0; ok && i < d->files.size(); ++i) {
-                const PackedFile &file = d->files[i];
-                zip_source_t *input = zip_source_file_create(file.path.constData(), 0, 0, &error);
-                if (!input) {
-                    ok = d->fail(u"cannot read \"%1\": %2"_s.arg(fromFsName(file.path), QString::fromUtf8(zip_error_strerror(&error))));
-                    break;
-                }
-                if (zip_file_add(za, file.entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) < 0) {
-                    zip_source_free(input);
-                    ok = d->fail(u"cannot add \"%1\": %2"_s.arg(fromFsName(file.path), QString::fromUtf8(zip_strerror(za))));
-                }
-            }
-            if (ok && zip_close(za) != 0)
-                ok = d->fail(u"cannot write \"%1\": %2"_s.arg(target, QString::fromUtf8(zip_strerror(za))));
-            if (za && !ok)
-                zip_discard(za); // frees the sink's source, which drops the unfinished file
-            zip_error_fini(&error);
-        }
+        ArchiveSink sink(dirFd, name); // gone before its folder is closed
+        ok = d->files.empty() && d->emptyFolders.empty() ? d->writeEmptyArchive(sink) : d->writeEntries(sink);
     }
     close(dirFd);
     return ok;

@@ -184,6 +184,7 @@ private slots:
     void killedSaveKeepsOldArchive();
     void namedTemporaryFileReplacesArchive_data();
     void namedTemporaryFileReplacesArchive();
+    void linkedTargetReplacesTheFileItPointsTo();
     void staleTempFilesOfDeadSavesAreRemoved();
 };
 
@@ -671,6 +672,22 @@ void TestArchive::namedTemporaryFileReplacesArchive()
     } else {
         QCOMPARE(readFile(target), before);
     }
+}
+
+void TestArchive::linkedTargetReplacesTheFileItPointsTo()
+{
+    QTemporaryDir tmp;
+    makeTree(tmp.filePath("old"), {{"old.style", "old"}});
+    makeTree(tmp.filePath("new"), {{"new.style", "new"}});
+    QVERIFY(QDir().mkpath(tmp.filePath("real")));
+    QVERIFY(pack(tmp.filePath("old"), tmp.filePath("real/Castle.bset")));
+    QVERIFY(QFile::link(tmp.filePath("real/Castle.bset"), tmp.filePath("Castle.bset")));
+
+    QVERIFY(pack(tmp.filePath("new"), tmp.filePath("Castle.bset")));
+    QVERIFY(QFileInfo(tmp.filePath("Castle.bset")).isSymLink());
+    QCOMPARE(folderEntries(tmp.filePath("real")), QStringList({"Castle.bset"}));
+    QVERIFY(unpack(tmp.filePath("Castle.bset"), tmp.filePath("dest")));
+    QCOMPARE(treeOf(tmp.filePath("dest")), Tree({{"new.style", "new"}}));
 }
 
 void TestArchive::staleTempFilesOfDeadSavesAreRemoved()
