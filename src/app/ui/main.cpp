@@ -3,6 +3,7 @@
 #include "app/ui/frmMain.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QPixmap>
 #include <QStringList>
 #include <QTimer>
@@ -56,7 +57,11 @@ int main(int argc, char *argv[])
     const QString screenshot = qEnvironmentVariable("CUBRIX_SCREENSHOT");
     // `cubrix FILE` opens that file once the window is shown; any other command line
     // just shows the editor.
-    const QString file = arguments.size() == 1 && commandLine != u"/c"_s ? arguments.first() : QString();
+    // A relative name is taken from the folder the program was started in, so the
+    // update file is found beside the archive and saving goes back to it.
+    const QString file = arguments.size() == 1 && commandLine != u"/c"_s
+                             ? QFileInfo(arguments.first()).absoluteFilePath()
+                             : QString();
     QTimer::singleShot(0, &window, [&app, &window, file, screenshot] {
         if (!file.isEmpty())
             window.openBlocksetFile(file);
