@@ -306,17 +306,18 @@ bool Archive::extractAll(const QString &folder)
             const QByteArray &leaf = parts.back();
             const QString shown = QString::fromUtf8(name);
             // O_NOFOLLOW: a link found in the folder is refused, never written through;
-            // O_NONBLOCK: a pipe in its place cannot make the open hang.
-            const int fd = openat(dirFd, leaf.constData(),
-                                  O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
+            // O_NONBLOCK: a pipe in its place cannot make the open hang. A file that
+            // is there already is emptied only once it proved to be a plain file
+            // with no second name (a hard link) elsewhere.
+            const int fd = openat(dirFd, leaf.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
             if (fd < 0) {
                 ok = d->fail(u"cannot write \"%1\": %2"_s.arg(shown, errnoText(errno)));
                 break;
             }
             struct stat st {};
-            if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+            if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 || ftruncate(fd, 0) != 0) {
                 close(fd);
-                ok = d->fail(u"cannot write \"%1\": not a file"_s.arg(shown));
+                ok = d->fail(u"cannot write \"%1\": not a plain file"_s.arg(shown));
                 break;
             }
             zip_file_t *entry = zip_fopen_index(d->reader, index, 0);

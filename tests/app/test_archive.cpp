@@ -215,6 +215,11 @@ void TestArchive::roundTripKeepsEveryFile()
     QDir().mkpath(dest);
     QVERIFY2(archive.extractAll(dest), qPrintable(archive.lastError()));
     QCOMPARE(treeOf(dest), blocksetTree());
+
+    // Unpacking again over changed files restores them whole.
+    writeFile(dest + "/Castle.style", QByteArray(100000, 'x'));
+    QVERIFY(archive.extractAll(dest));
+    QCOMPARE(treeOf(dest), blocksetTree());
 }
 
 void TestArchive::roundTripWithSystemZip_data()
@@ -359,6 +364,7 @@ void TestArchive::linksInTargetAreRefused_data()
 
     QTest::newRow("linked folder in the target") << QByteArray("blocks/a.block") << "blocks" << false;
     QTest::newRow("linked file in the target") << QByteArray("a.style") << "a.style" << false;
+    QTest::newRow("hard link in the target") << QByteArray("a.style") << "@HARD@" << false;
     QTest::newRow("link entry in the archive") << QByteArray("@LINK@") << "" << true;
 }
 
@@ -374,6 +380,10 @@ void TestArchive::linksInTargetAreRefused()
     const QString archivePath = tmp.filePath("x.bset");
     if (entry == "@LINK@") {
         writeRawArchive(archivePath, {{"link", QFile::encodeName(tmp.filePath("outside/kept.txt")), true}});
+    } else if (linkName == "@HARD@") {
+        QCOMPARE(::link(QFile::encodeName(tmp.filePath("outside/kept.txt")).constData(),
+                        QFile::encodeName(dest + "/a.style").constData()), 0);
+        writeRawArchive(archivePath, {{entry, "payload"}});
     } else {
         const QString linkTarget = linkName == "blocks" ? tmp.filePath("outside") : tmp.filePath("outside/kept.txt");
         QVERIFY(QFile::link(linkTarget, dest + u'/' + linkName));
