@@ -23,7 +23,7 @@
 
 #include <memory>
 
-struct BlocksetSpec {
+struct BlocksetRecipe {
     QString name = QStringLiteral("Sample");
     int blocks = 0;
     int textures = 0;
@@ -54,15 +54,15 @@ public:
     QString registryPath() const { return QDir(dir.path()).filePath(QStringLiteral("registry.reg")); }
 
     // Builds <dir>/<name>.bset with the given numbers of items.
-    QString makeBlockset(const BlocksetSpec &spec)
+    QString makeBlockset(const BlocksetRecipe &recipe)
     {
-        const QString stage = QDir(dir.path()).filePath(QStringLiteral("stage-") + spec.name);
+        const QString stage = QDir(dir.path()).filePath(QStringLiteral("stage-") + recipe.name);
         QDir(stage).removeRecursively();
         for (const char *sub : {"blocks", "textures", "sounds"})
             QDir().mkpath(stage + QLatin1Char('/') + QLatin1String(sub));
 
         QList<BlockRow> rows;
-        for (int i = 0; i < spec.blocks; ++i) {
+        for (int i = 0; i < recipe.blocks; ++i) {
             BlockRow row;
             row.file = QStringLiteral("block%1.block").arg(i, 3, 10, QLatin1Char('0'));
             row.name = QStringLiteral("Block %1").arg(i);
@@ -75,21 +75,21 @@ public:
                           .toLatin1());
             rows.append(row);
         }
-        for (int i = 0; i < spec.textures; ++i) {
+        for (int i = 0; i < recipe.textures; ++i) {
             QImage image(16 + i, 8, QImage::Format_RGB32);
             image.fill(Qt::darkCyan);
             image.save(stage + QStringLiteral("/textures/texture%1.jpg").arg(i), "JPG");
         }
-        for (int i = 0; i < spec.sounds; ++i)
+        for (int i = 0; i < recipe.sounds; ++i)
             writeFile(stage + QStringLiteral("/sounds/sound%1.wav").arg(i), QByteArray(44 + i, '\0'));
-        if (spec.withStyle) {
+        if (recipe.withStyle) {
             StyleValues style;
-            style.name = spec.name;
-            style.version = spec.version;
-            writeFile(stage + QLatin1Char('/') + spec.name + QStringLiteral(".style"), writeStyle(style, rows));
+            style.name = recipe.name;
+            style.version = recipe.version;
+            writeFile(stage + QLatin1Char('/') + recipe.name + QStringLiteral(".style"), writeStyle(style, rows));
         }
 
-        const QString path = QDir(dir.path()).filePath(spec.name + QStringLiteral(".bset"));
+        const QString path = QDir(dir.path()).filePath(recipe.name + QStringLiteral(".bset"));
         Archive archive;
         const bool packed = archive.newArchive(path) && archive.addFiles(stage, true) && archive.writeArchive();
         if (!packed)
@@ -99,9 +99,9 @@ public:
     }
 
     // Opens a blockset as the command line does and checks that it opened.
-    bool openBlockset(const BlocksetSpec &spec)
+    bool openBlockset(const BlocksetRecipe &recipe)
     {
-        window->openBlocksetFile(makeBlockset(spec));
+        window->openBlocksetFile(makeBlockset(recipe));
         return window->document().blocksetOpen();
     }
 

@@ -99,12 +99,12 @@ void TestInterfaceStateGui::fullBlocksetPerTab()
     QFETCH(bool, removePreview);
     QFETCH(bool, replaceEdit);
 
-    BlocksetSpec spec;
-    spec.name = "Full";
-    spec.blocks = 89;
-    spec.textures = 2;
-    spec.sounds = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.name = "Full";
+    recipe.blocks = 89;
+    recipe.textures = 2;
+    recipe.sounds = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     QCOMPARE(fixture->window->windowTitle(), QString("Cubrix - Full.bset"));
     QCOMPARE(fixture->panel("stbBlocks"), QString("89 Blocks"));
     QCOMPARE(fixture->panel("stbTextures"), QString("2 Textures"));
@@ -134,9 +134,9 @@ void TestInterfaceStateGui::fullBlocksetPerTab()
 
 void TestInterfaceStateGui::emptyBlocksetOpensOnSettings()
 {
-    BlocksetSpec spec;
-    spec.name = "Bare";
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.name = "Bare";
+    QVERIFY(fixture->openBlockset(recipe));
     QCOMPARE(tabs()->currentIndex(), 3);
     QCOMPARE(fixture->panel("stbBlocks"), QString("No Blocks"));
     QCOMPARE(fixture->panel("stbTextures"), QString("No Textures"));
@@ -149,7 +149,7 @@ void TestInterfaceStateGui::emptyBlocksetOpensOnSettings()
     QVERIFY(!fixture->enabled("mnuRemapSymbols"));
 
     // Textures only: it opens on the Textures tab, where Add is usable.
-    BlocksetSpec textures;
+    BlocksetRecipe textures;
     textures.name = "Pictures";
     textures.textures = 1;
     QVERIFY(fixture->openBlockset(textures));
@@ -165,9 +165,9 @@ void TestInterfaceStateGui::alwaysEnabledCommands()
     const QStringList always = {"btnManager", "mnuManager", "mnuOptions", "mnuAbout", "mnuExit"};
     for (const QString &name : always)
         QVERIFY2(fixture->enabled(name), qPrintable(name));
-    BlocksetSpec spec;
-    spec.blocks = 3;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.blocks = 3;
+    QVERIFY(fixture->openBlockset(recipe));
     tabs()->setCurrentIndex(4);
     for (const QString &name : always)
         QVERIFY2(fixture->enabled(name), qPrintable(name));
@@ -189,10 +189,10 @@ void TestInterfaceStateGui::captionMarksChanges()
     QFETCH(bool, blocksetChanged);
     QFETCH(bool, updateChanged);
 
-    BlocksetSpec spec;
-    spec.name = "Marked";
-    spec.blocks = 2;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.name = "Marked";
+    recipe.blocks = 2;
+    QVERIFY(fixture->openBlockset(recipe));
     QCOMPARE(fixture->window->windowTitle(), QString("Cubrix - Marked.bset"));
     QVERIFY(!fixture->enabled("btnSave"));
 
@@ -223,10 +223,10 @@ void TestInterfaceStateGui::resultTextClearedAtNextRefresh()
     // The open's result text stays visible after the command ...
     fixture->window->settings().setBoolSetting("strictPrefix", true);
     fixture->window->settings().setBoolSetting("syncDouble", false);
-    BlocksetSpec spec;
-    spec.blocks = 2;
-    spec.textures = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.blocks = 2;
+    recipe.textures = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     const QString result = fixture->panel("stbProcess");
     QCOMPARE(result, fixture->window->document().symbolModeText());
     QVERIFY2(!result.isEmpty(), "an open with strict prefix reports its mode");
@@ -244,9 +244,9 @@ void TestInterfaceStateGui::resultTextClearedAtNextRefresh()
 
 void TestInterfaceStateGui::optionsTurnUpdateGroupOff()
 {
-    BlocksetSpec spec;
-    spec.blocks = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.blocks = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     auto *group = fixture->window->findChild<QGroupBox *>("grpUpdate");
     auto *comment = fixture->window->findChild<QPlainTextEdit *>("fldUpdate");
     QVERIFY(group && comment);
@@ -295,11 +295,11 @@ void TestInterfaceStateGui::tabSwitchMovesFocus()
 {
     QFETCH(int, tab);
     QFETCH(QString, focus);
-    BlocksetSpec spec;
-    spec.blocks = 1;
-    spec.textures = 1;
-    spec.sounds = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.blocks = 1;
+    recipe.textures = 1;
+    recipe.sounds = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     fixture->window->show();
     QVERIFY(QTest::qWaitForWindowExposed(fixture->window.get()));
     if (tab == 0)
@@ -333,11 +333,11 @@ void TestInterfaceStateGui::oopsCommands()
     QFETCH(int, tab);
     QFETCH(QString, command);
     QFETCH(bool, oops);
-    BlocksetSpec spec;
-    spec.blocks = 2;
-    spec.textures = 1;
-    spec.sounds = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.blocks = 2;
+    recipe.textures = 1;
+    recipe.sounds = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     tabs()->setCurrentIndex(tab);
     fixture->prompts.messages.clear();
     // Menu entries run even where the toolbar button would be disabled.
@@ -361,9 +361,9 @@ void TestInterfaceStateGui::oopsCommands()
 
 void TestInterfaceStateGui::previewTexture()
 {
-    BlocksetSpec spec;
-    spec.textures = 3; // 16x8, 17x8, 18x8 pixels
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.textures = 3; // 16x8, 17x8, 18x8 pixels
+    QVERIFY(fixture->openBlockset(recipe));
     QCOMPARE(tabs()->currentIndex(), 1);
     auto *list = fixture->window->findChild<QTreeWidget *>("TextureList");
     auto *preview = fixture->window->findChild<QLabel *>("TexturePreview");

@@ -324,13 +324,13 @@ void TestMainWindowLayout::screenshots()
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QVERIFY(window.grab().save(folder + "/main_window_empty.png"));
 
-    BlocksetSpec spec;
-    spec.name = "Castle";
-    spec.blocks = 12;
-    spec.textures = 3;
-    spec.sounds = 2;
-    spec.version = "1.2";
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.name = "Castle";
+    recipe.blocks = 12;
+    recipe.textures = 3;
+    recipe.sounds = 2;
+    recipe.version = "1.2";
+    QVERIFY(fixture->openBlockset(recipe));
     QCoreApplication::processEvents();
     const QPixmap shot = window.grab();
     QVERIFY(!shot.isNull());

@@ -76,11 +76,11 @@ void TestUnload::workingFoldersLiveWithTheWindow()
     QVERIFY(folders.at(0).contains("Cubrix"));
 
     // With a blockset unpacked into it, closing still removes everything.
-    BlocksetSpec spec;
-    spec.blocks = 3;
-    spec.textures = 1;
-    spec.sounds = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.blocks = 3;
+    recipe.textures = 1;
+    recipe.sounds = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     QVERIFY(!QDir(folder.blocksFolder()).isEmpty());
 
     QVERIFY(fixture->window->close());
@@ -109,10 +109,10 @@ void TestUnload::asksOnlyForChangedBlockset()
     QFETCH(bool, asks);
 
     if (setup != Setup::NoBlockset) {
-        BlocksetSpec spec;
-        spec.name = "Tower";
-        spec.blocks = 2;
-        QVERIFY(fixture->openBlockset(spec));
+        BlocksetRecipe recipe;
+        recipe.name = "Tower";
+        recipe.blocks = 2;
+        QVERIFY(fixture->openBlockset(recipe));
     }
     switch (setup) {
     case Setup::StyleEdited:
@@ -167,10 +167,10 @@ void TestUnload::asksOnlyForChangedBlockset()
 
 void TestUnload::yesSavesBeforeClosing()
 {
-    BlocksetSpec spec;
-    spec.name = "Keep";
-    spec.blocks = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.name = "Keep";
+    recipe.blocks = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     const QString archive = fixture->window->document().blocksetPath();
     const QDateTime before = QFileInfo(archive).lastModified();
     const qint64 sizeBefore = QFileInfo(archive).size();
@@ -194,9 +194,9 @@ void TestUnload::yesSavesBeforeClosing()
 void TestUnload::exitMenuUnloads()
 {
     fixture->window->show();
-    BlocksetSpec spec;
-    spec.blocks = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.blocks = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     typeInto("fldUpdate", "x");
     fixture->prompts.answers << PromptAnswer::No;
     fixture->action("mnuExit")->trigger();
@@ -220,10 +220,10 @@ void TestUnload::pendingTextureEditCounts()
     QFETCH(QString, how);
     fixture->window->show();
     QVERIFY(QTest::qWaitForWindowExposed(fixture->window.get()));
-    BlocksetSpec spec;
-    spec.blocks = 1;
-    spec.textures = 1;
-    QVERIFY(fixture->openBlockset(spec));
+    BlocksetRecipe recipe;
+    recipe.blocks = 1;
+    recipe.textures = 1;
+    QVERIFY(fixture->openBlockset(recipe));
     fixture->window->findChild<QTabWidget *>("SSTab1")->setCurrentIndex(3);
     auto *box = fixture->window->findChild<QComboBox *>("lstPlaceholderTexture");
     QVERIFY(box);
@@ -243,10 +243,10 @@ void TestUnload::pendingTextureEditCounts()
 
 void TestUnload::droppedArchiveIsOpened()
 {
-    BlocksetSpec first;
+    BlocksetRecipe first;
     first.name = "First";
     first.blocks = 4;
-    BlocksetSpec second;
+    BlocksetRecipe second;
     second.name = "Second";
     second.blocks = 2;
     const QString firstPath = fixture->makeBlockset(first);
