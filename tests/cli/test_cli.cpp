@@ -760,7 +760,7 @@ void TestCli::saveFailures()
 // The sample that ships in examples/ opens cleanly and is in step with its sources.
 void TestCli::sampleBlockset()
 {
-    const QString examples = QStringLiteral(CUBRIX_TEST_DATA) + u"/../../examples"_s;
+    const QString examples = QStringLiteral(CUBRIX_EXAMPLES);
     const QString bset = QDir(examples).absoluteFilePath(u"Castle.bset"_s);
     QVERIFY2(QFileInfo(bset).isFile(), qPrintable(bset));
     QTemporaryDir dir;
