@@ -10,14 +10,22 @@
 #include "app/ui/frmMain.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser_Style.h"
+#include "formats/ui/usrColor.h"
+#include "formats/ui/usrPercentage.h"
+#include "formats/ui/usrPosition.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMap>
+#include <QPlainTextEdit>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -30,6 +38,8 @@ struct BlocksetRecipe {
     int sounds = 0;
     bool withStyle = true;
     QString version = QStringLiteral("1.0");
+    // Further style values the archive's style file carries (sky colour, orb text, ...).
+    QMap<StyleField, QString> values;
 };
 
 class MainWindowFixture {
@@ -86,6 +96,8 @@ public:
             StyleValues style;
             style.name = recipe.name;
             style.version = recipe.version;
+            for (auto it = recipe.values.cbegin(); it != recipe.values.cend(); ++it)
+                styleValue(style, it.key()) = it.value();
             writeFile(stage + QLatin1Char('/') + recipe.name + QStringLiteral(".style"), writeStyle(style, rows));
         }
 
@@ -105,6 +117,62 @@ public:
         return window->document().blocksetOpen();
     }
 
+    QTabWidget *tabs() const { return window->findChild<QTabWidget *>(QStringLiteral("SSTab1")); }
+
+    // A control by object name; "rgbSky/txtR" names a part of a value control.
+    QWidget *control(const QString &path) const
+    {
+        QWidget *found = window.get();
+        for (const QString &name : path.split(QLatin1Char('/'))) {
+            found = found ? found->findChild<QWidget *>(name) : nullptr;
+        }
+        return found;
+    }
+
+    // The value a control shows, in the style file's form for the value controls.
+    QString shownText(const QString &path) const
+    {
+        QWidget *widget = control(path);
+        if (auto *line = qobject_cast<QLineEdit *>(widget))
+            return line->text();
+        if (auto *box = qobject_cast<QComboBox *>(widget))
+            return box->currentText();
+        if (auto *color = qobject_cast<usrColor *>(widget))
+            return color->rgb();
+        if (auto *percentage = qobject_cast<usrPercentage *>(widget))
+            return percentage->percentage();
+        if (auto *position = qobject_cast<usrPosition *>(widget))
+            return position->position();
+        if (auto *comment = qobject_cast<QPlainTextEdit *>(widget))
+            return comment->toPlainText();
+        return QStringLiteral("<no text control %1>").arg(path);
+    }
+
+    // Shows `tab` and types `keys` into the control at `path` as the user would.
+    QWidget *typeInto(int tab, const QString &path, const QString &keys)
+    {
+        tabs()->setCurrentIndex(tab);
+        QWidget *field = control(path);
+        if (!field) {
+            qWarning("no control named %s", qPrintable(path));
+            return nullptr;
+        }
+        field->setFocus();
+        // "\b" stands for the Backspace key.
+        QString run;
+        for (const QChar key : keys) {
+            if (key != QLatin1Char('\b')) {
+                run += key;
+                continue;
+            }
+            QTest::keyClicks(field, run);
+            run.clear();
+            QTest::keyClick(field, Qt::Key_Backspace);
+        }
+        QTest::keyClicks(field, run);
+        return field;
+    }
+
     QAction *action(const QString &name) const { return window->findChild<QAction *>(name); }
     bool enabled(const QString &name) const
     {
@@ -122,6 +190,12 @@ public:
         QFile file(path);
         if (file.open(QIODevice::WriteOnly))
             file.write(bytes);
+    }
+
+    static QByteArray readFile(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     QTemporaryDir dir;
