@@ -1,9 +1,10 @@
 // Main_Sub: the program's entry. It decides which window the user sees first.
 
+#include "app/ui/MainSub.h"
 #include "app/ui/frmMain.h"
 
 #include <QApplication>
-#include <QFileInfo>
+#include <QDir>
 #include <QPixmap>
 #include <QStringList>
 #include <QTimer>
@@ -41,27 +42,18 @@ int main(int argc, char *argv[])
                                         + QString::number(CUBRIX_VERSION_MINOR) + u' '
                                         + QStringLiteral(CUBRIX_RELEASE_COMMENT));
 
-    const QStringList arguments = app.arguments().mid(1);
-    const QString commandLine = arguments.join(u' ');
-    if (commandLine == u"/c"_s) {
-        // "/c" shows the cache manager alone when Rover's plug-in folder is known for
-        // Internet Explorer or Netscape Navigator. The cache manager and the lookup of
-        // Rover's registrations come with the Rover cache work; until then "/c" starts
-        // the editor, as it does on a machine where Rover is not registered.
-    }
+    // The cache manager window and the lookup of Rover's plug-in registrations come
+    // with the Rover cache work; until then no plug-in folder is known, so "/c"
+    // starts the editor, as it does on a machine where Rover is not registered.
+    const StartChoice start = chooseStart(app.arguments().mid(1), QDir::currentPath(), [] { return false; });
 
     frmMain window;
     QApplication::setWindowIcon(window.windowIcon()); // the dialogs carry it too
     window.show();
 
     const QString screenshot = qEnvironmentVariable("CUBRIX_SCREENSHOT");
-    // `cubrix FILE` opens that file once the window is shown; any other command line
-    // just shows the editor.
-    // A relative name is taken from the folder the program was started in, so the
-    // update file is found beside the archive and saving goes back to it.
-    const QString file = arguments.size() == 1 && commandLine != u"/c"_s
-                             ? QFileInfo(arguments.first()).absoluteFilePath()
-                             : QString();
+    // A blockset named on the command line is opened once the window is shown.
+    const QString file = start.file;
     QTimer::singleShot(0, &window, [&app, &window, file, screenshot] {
         if (!file.isEmpty())
             window.openBlocksetFile(file);
