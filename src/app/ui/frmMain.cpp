@@ -106,6 +106,9 @@ QTreeWidget *makeList(const QString &name, const QStringList &columns, const QLi
     list->setSelectionBehavior(QAbstractItemView::SelectRows);
     for (int i = 0; i < widths.size(); ++i)
         list->setColumnWidth(i, widths.at(i));
+    // Columns keep their widths when the window grows, as in a report-style list:
+    // a stretched last column would push the sizes far away from their names.
+    list->header()->setStretchLastSection(false);
     // The size column is the last one: its numbers line up on the right.
     list->headerItem()->setTextAlignment(int(columns.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
     return list;

@@ -9,6 +9,8 @@
 
 #include <QAbstractButton>
 #include <QGroupBox>
+#include <QHeaderView>
+#include <QStyle>
 #include <QTreeWidget>
 
 class TestSampleBlocksetGui : public QObject {
@@ -34,6 +36,8 @@ private slots:
     void opensUnchanged();
     void showsStyleValues_data();
     void showsStyleValues();
+    void listColumnsShowTheirCells_data();
+    void listColumnsShowTheirCells();
     void tabsFitTheWindow_data();
     void tabsFitTheWindow();
 
@@ -111,6 +115,44 @@ void TestSampleBlocksetGui::showsStyleValues()
     QCOMPARE(fixture->shownText(control), shown);
     // Showing the values is no edit.
     QVERIFY(!fixture->window->document().isChanged());
+}
+
+void TestSampleBlocksetGui::listColumnsShowTheirCells_data()
+{
+    QTest::addColumn<int>("tab");
+    QTest::addColumn<QString>("list");
+    QTest::newRow("blocks") << 0 << "BlockList";
+    QTest::newRow("textures") << 1 << "TextureList";
+    QTest::newRow("sounds") << 2 << "SoundList";
+}
+
+void TestSampleBlocksetGui::listColumnsShowTheirCells()
+{
+    QFETCH(int, tab);
+    QFETCH(QString, list);
+    openSample();
+    fixture->tabs()->setCurrentIndex(tab);
+    QCoreApplication::processEvents();
+    auto *view = fixture->window->findChild<QTreeWidget *>(list);
+    QVERIFY(view);
+    QVERIFY(view->topLevelItemCount() > 0);
+    QHeaderView *header = view->header();
+    const QFontMetrics metrics = view->fontMetrics();
+    // Room a cell needs besides its text: the item margins on both sides.
+    const int margins = 2 * (view->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, view) + 1);
+    QStringList cut;
+    for (int column = 0; column < view->columnCount(); ++column) {
+        int widest = metrics.horizontalAdvance(view->headerItem()->text(column));
+        for (int row = 0; row < view->topLevelItemCount(); ++row)
+            widest = std::max(widest, metrics.horizontalAdvance(view->topLevelItem(row)->text(column)));
+        const int width = header->sectionSize(column);
+        if (widest + margins > width)
+            cut << QString("column %1 is %2 pixels, its cells need %3").arg(column).arg(width).arg(widest + margins);
+        // The sizes stay beside their rows instead of running off to the window's edge.
+        if (column == view->columnCount() - 1 && width > 2 * (widest + margins) && width > 100)
+            cut << QString("size column is %1 pixels for cells of %2").arg(width).arg(widest);
+    }
+    QVERIFY2(cut.isEmpty(), qPrintable(cut.join("\n")));
 }
 
 void TestSampleBlocksetGui::tabsFitTheWindow_data()
