@@ -158,18 +158,25 @@ public:
             return nullptr;
         }
         field->setFocus();
-        // "\b" stands for the Backspace key.
+        // "\b" stands for the Backspace key and "\n" for Return; a character
+        // outside Latin-1 ("€") comes as a key press carrying just that text.
         QString run;
-        for (const QChar key : keys) {
-            if (key != QLatin1Char('\b')) {
-                run += key;
-                continue;
-            }
+        const auto flush = [&] {
             QTest::keyClicks(field, run);
             run.clear();
-            QTest::keyClick(field, Qt::Key_Backspace);
+        };
+        for (const QChar key : keys) {
+            if (key == QLatin1Char('\b') || key == QLatin1Char('\n')) {
+                flush();
+                QTest::keyClick(field, key == QLatin1Char('\b') ? Qt::Key_Backspace : Qt::Key_Return);
+            } else if (key.unicode() > 0xff) {
+                flush();
+                QTest::sendKeyEvent(QTest::Click, field, Qt::Key_unknown, QString(key), Qt::NoModifier);
+            } else {
+                run += key;
+            }
         }
-        QTest::keyClicks(field, run);
+        flush();
         return field;
     }
 

@@ -68,6 +68,8 @@ private slots:
     void openFromCommand_data();
     void openFromCommand();
     void openCancelledKeepsBlockset();
+    void differingStyleFile_data();
+    void differingStyleFile();
     void editSaveReopen_data();
     void editSaveReopen();
     void newBlockset_data();
@@ -289,6 +291,44 @@ void TestDocumentCommandsGui::openCancelledKeepsBlockset()
     QVERIFY(fixture->enabled("btnSave"));
 }
 
+void TestDocumentCommandsGui::differingStyleFile_data()
+{
+    QTest::addColumn<PromptAnswer>("answer");
+    QTest::newRow("renamed") << PromptAnswer::Yes;
+    QTest::newRow("declined") << PromptAnswer::No;
+}
+
+void TestDocumentCommandsGui::differingStyleFile()
+{
+    // Blue.bset holding Red.style: renaming it makes the opened blockset changed
+    // at once, and the window must show that without any edit.
+    QFETCH(PromptAnswer, answer);
+    BlocksetRecipe recipe;
+    recipe.name = "Red";
+    recipe.blocks = 1;
+    recipe.values = {{StyleField::OrbText, "Red sun"}};
+    const QString blue = fixture->dir.filePath("Blue.bset");
+    QVERIFY(QFile::rename(fixture->makeBlockset(recipe), blue));
+
+    fixture->prompts.answers << answer;
+    fixture->prompts.fileAnswers << blue;
+    fixture->action("btnOpen")->trigger();
+
+    const bool renamed = answer == PromptAnswer::Yes;
+    QCOMPARE(fixture->prompts.messages.first().text,
+             QString("Found differing style file \"Red.style\". Do you want this file to be renamed and parsed?"));
+    QCOMPARE(fixture->prompts.messages.size(), renamed ? 1 : 2);
+    QVERIFY(window().document().blocksetOpen());
+    QCOMPARE(window().windowTitle(), QString(renamed ? "Cubrix - Blue.bset*" : "Cubrix - Blue.bset"));
+    QCOMPARE(fixture->enabled("btnSave"), renamed);
+    QCOMPARE(fixture->enabled("mnuSave"), renamed);
+    QCOMPARE(fixture->shownText("fldOrbText"), QString(renamed ? "Red sun" : ""));
+    // Declined: default values, and syncBlockset names the blockset after its file.
+    QCOMPARE(fixture->shownText("fldBlocksetName"), QString(renamed ? "Red" : "Blue"));
+    if (!renamed)
+        QCOMPARE(fixture->prompts.messages.last().title, QString("Open Blockset"));
+}
+
 // ---------------------------------------------------------------------------
 // Edit, save and open again
 
@@ -448,7 +488,9 @@ void TestDocumentCommandsGui::newAfterChangedBlockset()
     recipe.name = "Old";
     recipe.blocks = 2;
     recipe.textures = 1;
+    recipe.values = {{StyleField::SkyColor, "(1,2,3)"}, {StyleField::SkyTexture, "texture0.jpg"}};
     QVERIFY(fixture->openBlockset(recipe));
+    QCOMPARE(fixture->shownText("rgbSky"), QString("(1,2,3)"));
     const QByteArray before = MainWindowFixture::readFile(window().document().blocksetPath());
     fixture->typeInto(kVersionTab, "fldAuthor", "Me");
 
@@ -466,6 +508,9 @@ void TestDocumentCommandsGui::newAfterChangedBlockset()
     QCOMPARE(rows("BlockList"), 0);
     QCOMPARE(rows("TextureList"), 0);
     QCOMPARE(fixture->shownText("fldAuthor"), QString());
+    QCOMPARE(fixture->shownText("rgbSky"), QString());
+    QCOMPARE(fixture->shownText("lstSkyTexture"), QString());
+    QCOMPARE(window().findChild<QComboBox *>("lstSkyTexture")->count(), 0);
     QCOMPARE(fixture->shownText("fldBlocksetName"), QString("Fresh"));
     // No was the answer: the old archive is as it was.
     QCOMPARE(MainWindowFixture::readFile(fixture->dir.filePath("Old.bset")), before);

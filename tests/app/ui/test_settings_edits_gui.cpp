@@ -46,6 +46,7 @@ private slots:
     void editMarksBlockset();
     void versionGoesToStatusBar();
     void updateCommentMarksOnlyUpdateFile();
+    void updateCommentSaveWritesOnlyUpdateFile_data();
     void updateCommentSaveWritesOnlyUpdateFile();
     void textureBoxCountsChangeOnLeaving_data();
     void textureBoxCountsChangeOnLeaving();
@@ -220,8 +221,19 @@ void TestSettingsEditsGui::updateCommentMarksOnlyUpdateFile()
     QCOMPARE(fixture->panel("stbVersion"), QString("1.0"));
 }
 
+void TestSettingsEditsGui::updateCommentSaveWritesOnlyUpdateFile_data()
+{
+    QTest::addColumn<QString>("keys");
+    QTest::addColumn<QByteArray>("written"); // the comment's bytes in the file
+    QTest::newRow("one line") << "Two towers" << QByteArray("Two towers");
+    QTest::newRow("two lines") << "one\ntwo" << QByteArray("one\r\ntwo");
+    QTest::newRow("euro sign") << QString::fromUtf8("5 \xe2\x82\xac") << QByteArray("5 \x80");
+}
+
 void TestSettingsEditsGui::updateCommentSaveWritesOnlyUpdateFile()
 {
+    QFETCH(QString, keys);
+    QFETCH(QByteArray, written);
     openStyledBlockset();
     const QString archive = fixture->window->document().blocksetPath();
     const QByteArray before = MainWindowFixture::readFile(archive);
@@ -229,14 +241,14 @@ void TestSettingsEditsGui::updateCommentSaveWritesOnlyUpdateFile()
     const QString updateFile = QFileInfo(archive).absolutePath() + "/Styled.txt";
     QVERIFY(!QFileInfo::exists(updateFile));
 
-    fixture->typeInto(kVersionTab, "fldUpdate", "Two towers");
+    fixture->typeInto(kVersionTab, "fldUpdate", keys);
     fixture->action("btnSave")->trigger();
 
     QCOMPARE(fixture->panel("stbProcess"), QString("Update file saved."));
     QCOMPARE(MainWindowFixture::readFile(archive), before);
     const QByteArray update = MainWindowFixture::readFile(updateFile);
     const QByteArray expected = "<version id=\"1.0\" size=\"" + QByteArray::number(before.size())
-                                + "\">\r\nTwo towers\r\n</version>\r\n";
+                                + "\">\r\n" + written + "\r\n</version>\r\n";
     QCOMPARE(update, expected);
     QCOMPARE(fixture->window->windowTitle(), QString("Cubrix - Styled.bset"));
     QVERIFY(!fixture->enabled("btnSave"));
@@ -245,7 +257,7 @@ void TestSettingsEditsGui::updateCommentSaveWritesOnlyUpdateFile()
     // The result text goes at the next refresh; the comment stays in its box.
     fixture->tabs()->setCurrentIndex(kSettingsTab);
     QCOMPARE(fixture->panel("stbProcess"), QString());
-    QCOMPARE(fixture->shownText("fldUpdate"), QString("Two towers"));
+    QCOMPARE(fixture->shownText("fldUpdate"), keys);
 }
 
 void TestSettingsEditsGui::textureBoxCountsChangeOnLeaving_data()
