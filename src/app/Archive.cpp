@@ -1,6 +1,7 @@
 #include "app/Archive.h"
 
 #include "app/ArchiveSink.h"
+#include "app/PlatformFile.h"
 
 #include <QByteArrayView>
 #include <QFile>
@@ -9,16 +10,24 @@
 #include <zip.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <dirent.h>
-#include <fcntl.h>
-#if defined(__GLIBC__)
+#include <vector>
+
+#if defined(Q_OS_LINUX) && defined(__GLIBC__)
 #include <malloc.h>
 #endif
-#include <sys/stat.h>
-#include <unistd.h>
-#include <vector>
+#ifndef Q_OS_UNIX
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#include <io.h>
+#include <windows.h>
+
+#include <cstring>
+#include <string>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -32,15 +41,91 @@ constexpr size_t kChunk = 256 * 1024;
 // More end-of-directory signatures than this in an archive's tail make libzip try
 // each candidate directory in turn; no real archive has them, so it is refused.
 constexpr int kMaxEndRecords = 16;
+// The file type bits of a Unix mode, as ZIP tools store them in an entry's
+// external attributes, and the type of a symbolic link.
+constexpr zip_uint32_t kUnixTypeMask = 0170000;
+constexpr zip_uint32_t kUnixLink = 0120000;
 
 QString errnoText(int err)
 {
-    return QString::fromLocal8Bit(std::strerror(err));
+    return PlatformFile::errorText(err);
 }
 
 QString fromFsName(const QByteArray &name)
 {
-    return QFile::decodeName(name);
+    return PlatformFile::decodeName(name);
+}
+
+#ifndef Q_OS_UNIX
+// Windows would read more into some names than they say: "a:b" names a data
+// stream of "a", trailing dots and spaces are dropped ("x." is "x"), device names
+// (CON, NUL, COM1, ...) reach devices, and some characters are not allowed at all.
+bool isWindowsName(QByteArrayView part)
+{
+    const char last = part.back();
+    if (last == '.' || last == ' ')
+        return false;
+    for (const char c : part) {
+        if (static_cast<unsigned char>(c) < 0x20 || std::strchr("<>:\"|?*", c))
+            return false;
+    }
+    const QByteArrayView stem = part.left(part.indexOf('.') < 0 ? part.size() : part.indexOf('.'));
+    const QByteArray upper = stem.toByteArray().trimmed().toUpper();
+    static const char *const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
+    for (const char *device : devices) {
+        if (upper == device)
+            return false;
+    }
+    if (!upper.startsWith("COM") && !upper.startsWith("LPT"))
+        return true;
+    const QByteArray number = upper.mid(3); // a digit, or superscript 1, 2 or 3 in UTF-8
+    return !((number.size() == 1 && number.at(0) >= '0' && number.at(0) <= '9') || number == "\xC2\xB9"
+             || number == "\xC2\xB2" || number == "\xC2\xB3");
+}
+#endif
+
+// Hands the open archive file to libzip. On success the archive owns `fd`; on
+// failure the caller still does.
+zip_t *openZip(int fd, int &zipCode)
+{
+#ifdef Q_OS_UNIX
+    return zip_fdopen(fd, ZIP_RDONLY | ZIP_CHECKCONS, &zipCode);
+#else
+    // libzip may use another C runtime than this program, so it gets a Windows
+    // handle of its own rather than the descriptor.
+    HANDLE own = nullptr;
+    if (!DuplicateHandle(GetCurrentProcess(), reinterpret_cast<HANDLE>(_get_osfhandle(fd)), GetCurrentProcess(), &own,
+                         0, FALSE, DUPLICATE_SAME_ACCESS)) {
+        zipCode = ZIP_ER_OPEN;
+        return nullptr;
+    }
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t *source = zip_source_win32handle_create(own, 0, -1, &error);
+    zip_t *za = source ? zip_open_from_source(source, ZIP_RDONLY | ZIP_CHECKCONS, &error) : nullptr;
+    if (!za) {
+        if (source)
+            zip_source_free(source); // closes the handle
+        else
+            CloseHandle(own);
+        zipCode = zip_error_code_zip(&error);
+    } else {
+        PlatformFile::closeFile(fd);
+    }
+    zip_error_fini(&error);
+    return za;
+#endif
+}
+
+// A libzip source reading the file at `path` when the archive is written.
+zip_source_t *fileSource(const QByteArray &path, zip_error_t *error)
+{
+#ifdef Q_OS_UNIX
+    return zip_source_file_create(path.constData(), 0, 0, error);
+#else
+    const std::wstring name = PlatformFile::decodeName(path).toStdWString();
+    return zip_source_win32w_create(name.c_str(), 0, -1, error);
+#endif
 }
 
 QString zipErrorText(int zipCode)
@@ -87,6 +172,10 @@ bool splitEntryName(const QByteArray &name, std::vector<QByteArray> &parts, bool
             continue;
         if (part == "..")
             return false;
+#ifndef Q_OS_UNIX
+        if (!isWindowsName(part))
+            return false;
+#endif
         parts.push_back(part.toByteArray());
         if (int(parts.size()) > kMaxDepth)
             return false;
@@ -94,76 +183,50 @@ bool splitEntryName(const QByteArray &name, std::vector<QByteArray> &parts, bool
     return !parts.empty();
 }
 
-bool writeAll(int fd, const char *data, size_t length, int &err)
-{
-    while (length > 0) {
-        const ssize_t n = ::write(fd, data, length);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            err = errno;
-            return false;
-        }
-        data += n;
-        length -= size_t(n);
-    }
-    return true;
-}
-
 // Opens (creating where missing) the folder made of the first `count` components
 // below the extraction root, one component at a time and never through a link.
 // Remembers the last folder: the entries of one folder usually follow each other.
 class FolderWalker {
 public:
-    explicit FolderWalker(int rootFd) : m_root(rootFd) {}
-    ~FolderWalker() { closeCurrent(); }
+    explicit FolderWalker(const PlatformFile::Folder &root) : m_root(root) {}
+    ~FolderWalker() { PlatformFile::closeFolder(m_current); }
     FolderWalker(const FolderWalker &) = delete;
     FolderWalker &operator=(const FolderWalker &) = delete;
 
-    int open(const std::vector<QByteArray> &parts, size_t count, QString &error)
+    const PlatformFile::Folder *open(const std::vector<QByteArray> &parts, size_t count, QString &error)
     {
         QByteArray key;
         for (size_t i = 0; i < count; ++i) {
             key += parts[i];
             key += '/';
         }
-        if (m_fd >= 0 && key == m_key)
-            return m_fd;
-        closeCurrent();
-        int current = m_root;
+        if (m_current.isOpen() && key == m_key)
+            return &m_current;
+        PlatformFile::closeFolder(m_current);
+        m_key.clear();
+        PlatformFile::Folder current = m_root;
         for (size_t i = 0; i < count; ++i) {
-            int next = openat(current, parts[i].constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-            if (next < 0 && errno == ENOENT) {
-                if (mkdirat(current, parts[i].constData(), 0777) == 0 || errno == EEXIST)
-                    next = openat(current, parts[i].constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-            }
-            const int err = errno;
-            if (current != m_root)
-                close(current);
-            if (next < 0) {
+            PlatformFile::Folder next;
+            int err = 0;
+            const bool opened = PlatformFile::openFolderAt(current, parts[i], true, next, err);
+            if (i > 0)
+                PlatformFile::closeFolder(current);
+            if (!opened) {
                 error = u"cannot make folder \"%1\": %2"_s.arg(fromFsName(key), errnoText(err));
-                return -1;
+                return nullptr;
             }
             current = next;
         }
-        if (current == m_root)
-            return m_root;
-        m_fd = current;
+        if (count == 0)
+            return &m_root;
+        m_current = current;
         m_key = key;
-        return m_fd;
+        return &m_current;
     }
 
 private:
-    void closeCurrent()
-    {
-        if (m_fd >= 0)
-            close(m_fd);
-        m_fd = -1;
-        m_key.clear();
-    }
-
-    int m_root;
-    int m_fd = -1;
+    const PlatformFile::Folder &m_root;
+    PlatformFile::Folder m_current;
     QByteArray m_key;
 };
 
@@ -173,7 +236,7 @@ private:
 // letting the heap keep a few MiB avoids it. Done once, on the first save.
 void keepDeflateMemory()
 {
-#if defined(__GLIBC__)
+#if defined(Q_OS_LINUX) && defined(__GLIBC__)
     static const bool tuned = [] {
         mallopt(M_MMAP_THRESHOLD, 1 << 20);
         mallopt(M_TRIM_THRESHOLD, 8 << 20);
@@ -194,6 +257,7 @@ struct Archive::Impl {
     zip_t *reader = nullptr;
     bool writing = false;
     QString target;
+    QString readerPath; // the file `reader` reads
     std::vector<PackedFile> files;
     std::vector<QByteArray> emptyFolders; // "name/" entries
     QString error;
@@ -229,39 +293,38 @@ bool Archive::openArchive(const QString &path)
     // The file is opened here (not by libzip) so that a folder, a pipe or an empty
     // file is refused before libzip sees it, and so that the tail check and libzip
     // read the same file.
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0)
-        return d->fail(u"cannot open \"%1\": %2"_s.arg(path, errnoText(errno)));
-    struct stat st {};
-    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        close(fd);
-        return d->fail(u"\"%1\" is not a file"_s.arg(path));
+    qint64 size = 0;
+    int err = 0;
+    const int fd = PlatformFile::openToRead(PlatformFile::encodeName(path), size, err);
+    if (fd < 0) {
+        return err != 0 ? d->fail(u"cannot open \"%1\": %2"_s.arg(path, errnoText(err)))
+                        : d->fail(u"\"%1\" is not a file"_s.arg(path));
     }
-    if (st.st_size == 0) {
-        close(fd);
+    if (size == 0) {
+        PlatformFile::closeFile(fd);
         return d->fail(u"\"%1\" is empty"_s.arg(path));
     }
-    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
 
     // The end-of-directory record lies in the last 64 KiB + 22 bytes.
-    const qint64 tailSize = std::min<qint64>(st.st_size, 65535 + 22);
+    const qint64 tailSize = std::min<qint64>(size, 65535 + 22);
     QByteArray tail(tailSize, '\0');
-    if (pread(fd, tail.data(), size_t(tailSize), off_t(st.st_size - tailSize)) != ssize_t(tailSize)) {
-        close(fd);
+    if (!PlatformFile::readAt(fd, tail.data(), tailSize, size - tailSize)) {
+        PlatformFile::closeFile(fd);
         return d->fail(u"cannot read \"%1\""_s.arg(path));
     }
     const qsizetype endRecords = tail.count(QByteArrayView("PK\x05\x06", 4));
     if (endRecords == 0 || endRecords > kMaxEndRecords) {
-        close(fd);
+        PlatformFile::closeFile(fd);
         return d->fail(u"\"%1\" is not a ZIP archive"_s.arg(path));
     }
 
     int zipCode = 0;
-    d->reader = zip_fdopen(fd, ZIP_RDONLY | ZIP_CHECKCONS, &zipCode);
+    d->reader = openZip(fd, zipCode);
     if (!d->reader) {
-        close(fd);
+        PlatformFile::closeFile(fd);
         return d->fail(u"\"%1\" is not a readable ZIP archive: %2"_s.arg(path, zipErrorText(zipCode)));
     }
+    d->readerPath = path;
     return true;
 }
 
@@ -270,13 +333,14 @@ bool Archive::extractAll(const QString &folder)
     d->error.clear();
     if (!d->reader)
         return d->fail(u"no archive is open"_s);
-    const int rootFd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (rootFd < 0)
-        return d->fail(u"cannot open folder \"%1\": %2"_s.arg(folder, errnoText(errno)));
+    PlatformFile::Folder root;
+    int rootError = 0;
+    if (!PlatformFile::openFolder(PlatformFile::encodeName(folder), false, root, rootError))
+        return d->fail(u"cannot open folder \"%1\": %2"_s.arg(folder, errnoText(rootError)));
 
     bool ok = true;
     {
-        FolderWalker walker(rootFd);
+        FolderWalker walker(root);
         std::vector<char> buffer(kChunk);
         std::vector<QByteArray> parts;
         const zip_int64_t count = zip_get_num_entries(d->reader, 0);
@@ -289,35 +353,30 @@ bool Archive::extractAll(const QString &folder)
             zip_uint8_t system = 0;
             zip_uint32_t attributes = 0;
             if (zip_file_get_external_attributes(d->reader, index, 0, &system, &attributes) == 0
-                && system == ZIP_OPSYS_UNIX && ((attributes >> 16) & S_IFMT) == S_IFLNK)
+                && system == ZIP_OPSYS_UNIX && ((attributes >> 16) & kUnixTypeMask) == kUnixLink)
                 continue; // links are never created
 
             QString error;
             if (isFolder) {
-                if (walker.open(parts, parts.size(), error) < 0)
+                if (!walker.open(parts, parts.size(), error))
                     ok = d->fail(error);
                 continue;
             }
-            const int dirFd = walker.open(parts, parts.size() - 1, error);
-            if (dirFd < 0) {
+            const PlatformFile::Folder *dir = walker.open(parts, parts.size() - 1, error);
+            if (!dir) {
                 ok = d->fail(error);
                 break;
             }
             const QByteArray &leaf = parts.back();
             const QString shown = QString::fromUtf8(name);
-            // O_NOFOLLOW: a link found in the folder is refused, never written through;
-            // O_NONBLOCK: a pipe in its place cannot make the open hang. A file that
-            // is there already is emptied only once it proved to be a plain file
-            // with no second name (a hard link) elsewhere.
-            const int fd = openat(dirFd, leaf.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
+            // A link found in the folder is refused, never written through; a file
+            // that is there already is emptied only once it proved to be a plain
+            // file with no second name (a hard link) elsewhere.
+            int err = 0;
+            const int fd = PlatformFile::createFile(*dir, leaf, err);
             if (fd < 0) {
-                ok = d->fail(u"cannot write \"%1\": %2"_s.arg(shown, errnoText(errno)));
-                break;
-            }
-            struct stat st {};
-            if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 || ftruncate(fd, 0) != 0) {
-                close(fd);
-                ok = d->fail(u"cannot write \"%1\": not a plain file"_s.arg(shown));
+                ok = d->fail(err != 0 ? u"cannot write \"%1\": %2"_s.arg(shown, errnoText(err))
+                                      : u"cannot write \"%1\": not a plain file"_s.arg(shown));
                 break;
             }
             zip_file_t *entry = zip_fopen_index(d->reader, index, 0);
@@ -332,8 +391,7 @@ bool Archive::extractAll(const QString &folder)
                     }
                     if (n == 0)
                         break;
-                    int err = 0;
-                    if (!writeAll(fd, buffer.data(), size_t(n), err)) {
+                    if (!PlatformFile::writeAll(fd, buffer.data(), size_t(n), err)) {
                         ok = d->fail(u"cannot write \"%1\": %2"_s.arg(shown, errnoText(err)));
                         break;
                     }
@@ -344,18 +402,16 @@ bool Archive::extractAll(const QString &folder)
             }
             if (ok) {
                 zip_stat_t info;
-                if (zip_stat_index(d->reader, index, 0, &info) == 0 && (info.valid & ZIP_STAT_MTIME)) {
-                    const timespec times[2] = {{info.mtime, 0}, {info.mtime, 0}};
-                    futimens(fd, times);
-                }
+                if (zip_stat_index(d->reader, index, 0, &info) == 0 && (info.valid & ZIP_STAT_MTIME))
+                    PlatformFile::setModified(fd, info.mtime);
             }
-            if (close(fd) != 0 && ok)
-                ok = d->fail(u"cannot write \"%1\": %2"_s.arg(shown, errnoText(errno)));
+            if (!PlatformFile::closeFile(fd, err) && ok)
+                ok = d->fail(u"cannot write \"%1\": %2"_s.arg(shown, errnoText(err)));
             if (!ok)
-                unlinkat(dirFd, leaf.constData(), 0); // a half-read entry is no entry
+                PlatformFile::removeFile(*dir, leaf); // a half-read entry is no entry
         }
     }
-    close(rootFd);
+    PlatformFile::closeFolder(root);
     return ok;
 }
 
@@ -433,12 +489,13 @@ bool Archive::addFiles(const QString &folder, bool recursive)
     d->error.clear();
     if (!d->writing)
         return d->fail(u"no archive was started"_s);
-    QByteArray root = QFile::encodeName(folder);
+    QByteArray root = PlatformFile::encodeName(folder);
     while (root.size() > 1 && root.endsWith('/'))
         root.chop(1);
-    const int rootFd = ::open(root.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (rootFd < 0)
-        return d->fail(u"cannot read folder \"%1\": %2"_s.arg(folder, errnoText(errno)));
+    PlatformFile::Folder rootFolder;
+    int rootError = 0;
+    if (!PlatformFile::openFolder(root, true, rootFolder, rootError))
+        return d->fail(u"cannot read folder \"%1\": %2"_s.arg(folder, errnoText(rootError)));
 
     // Depth-first, names sorted: the archive lists the top-level files first, then
     // each sub-folder with its contents, the same on every run.
@@ -447,51 +504,35 @@ bool Archive::addFiles(const QString &folder, bool recursive)
         int depth;
     };
     std::vector<Pending> pending{{QByteArray(), 0}};
+    std::vector<PlatformFile::Entry> entries;
     bool ok = true;
     while (ok && !pending.empty()) {
         const Pending current = pending.back();
         pending.pop_back();
-        const int fd = current.relative.isEmpty()
-                           ? dup(rootFd)
-                           : openat(rootFd, current.relative.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-        DIR *dir = fd >= 0 ? fdopendir(fd) : nullptr;
-        if (!dir) {
-            const int err = errno;
-            if (fd >= 0)
-                close(fd);
+        int err = 0;
+        bool listed = false;
+        if (current.relative.isEmpty()) {
+            listed = PlatformFile::listFolder(rootFolder, entries, err);
+        } else {
+            PlatformFile::Folder sub;
+            listed = PlatformFile::openFolderAt(rootFolder, current.relative, false, sub, err)
+                     && PlatformFile::listFolder(sub, entries, err);
+            PlatformFile::closeFolder(sub);
+        }
+        if (!listed) {
             ok = d->fail(u"cannot read folder \"%1\": %2"_s.arg(fromFsName(root + '/' + current.relative), errnoText(err)));
             break;
         }
-        rewinddir(dir);
         std::vector<QByteArray> files;
         std::vector<QByteArray> folders;
-        bool empty = true;
-        errno = 0;
-        while (dirent *entry = readdir(dir)) {
-            const QByteArray name(entry->d_name);
-            if (name == "." || name == "..")
-                continue;
-            empty = false;
-            unsigned char type = entry->d_type;
-            if (type == DT_UNKNOWN) {
-                struct stat st {};
-                if (fstatat(dirfd(dir), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0)
-                    type = S_ISREG(st.st_mode) ? DT_REG : S_ISDIR(st.st_mode) ? DT_DIR : DT_UNKNOWN;
-            }
-            // Links, pipes and devices are no blockset content and are not packed.
-            if (type == DT_REG)
-                files.push_back(name);
-            else if (type == DT_DIR && recursive)
-                folders.push_back(name);
-            errno = 0;
+        // Links, pipes and devices are no blockset content and are not packed.
+        for (const PlatformFile::Entry &entry : entries) {
+            if (entry.kind == PlatformFile::Kind::File)
+                files.push_back(entry.name);
+            else if (entry.kind == PlatformFile::Kind::Folder && recursive)
+                folders.push_back(entry.name);
         }
-        const int readError = errno;
-        closedir(dir);
-        if (readError != 0) {
-            ok = d->fail(u"cannot read folder \"%1\": %2"_s.arg(fromFsName(root + '/' + current.relative), errnoText(readError)));
-            break;
-        }
-        if (empty && !current.relative.isEmpty())
+        if (entries.empty() && !current.relative.isEmpty())
             d->emptyFolders.push_back(current.relative);
         std::sort(files.begin(), files.end());
         std::sort(folders.begin(), folders.end());
@@ -504,7 +545,7 @@ bool Archive::addFiles(const QString &folder, bool recursive)
         for (auto it = folders.rbegin(); it != folders.rend(); ++it)
             pending.push_back({current.relative + *it + '/', current.depth + 1});
     }
-    close(rootFd);
+    PlatformFile::closeFolder(rootFolder);
     return ok;
 }
 
@@ -536,7 +577,7 @@ bool Archive::Impl::writeEntries(ArchiveSink &sink)
     }
     for (size_t i = 0; ok && i < files.size(); ++i) {
         // Deflate at libzip's default level (zlib's 6); each file is read when written.
-        zip_source_t *input = zip_source_file_create(files[i].path.constData(), 0, 0, &zipError);
+        zip_source_t *input = fileSource(files[i].path, &zipError);
         if (!input) {
             ok = fail(u"cannot read \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_error_strerror(&zipError))));
         } else if (zip_file_add(za, files[i].entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) < 0) {
@@ -561,25 +602,32 @@ bool Archive::writeArchive()
     // A link as the target: the file it points to is replaced, not the link.
     QString target = d->target;
     const QFileInfo targetInfo(target);
-    if (targetInfo.isSymLink() && !targetInfo.canonicalFilePath().isEmpty())
+    if (targetInfo.isSymbolicLink() && !targetInfo.canonicalFilePath().isEmpty())
         target = targetInfo.canonicalFilePath();
     const QFileInfo resolved(target);
-    const QByteArray dirPath = QFile::encodeName(resolved.absolutePath());
-    const QByteArray name = QFile::encodeName(resolved.fileName());
+    const QByteArray dirPath = PlatformFile::encodeName(resolved.absolutePath());
+    const QByteArray name = PlatformFile::encodeName(resolved.fileName());
     if (name.isEmpty())
         return d->fail(u"\"%1\" is not a file name"_s.arg(target));
-    const int dirFd = ::open(dirPath.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (dirFd < 0)
-        return d->fail(u"cannot open folder \"%1\": %2"_s.arg(fromFsName(dirPath), errnoText(errno)));
-    ArchiveSink::removeStaleTemps(dirFd, name);
+    PlatformFile::Folder dir;
+    int err = 0;
+    if (!PlatformFile::openFolder(dirPath, true, dir, err))
+        return d->fail(u"cannot open folder \"%1\": %2"_s.arg(fromFsName(dirPath), errnoText(err)));
+    ArchiveSink::removeStaleTemps(dir, name);
     keepDeflateMemory();
+#ifndef Q_OS_UNIX
+    // Windows replaces no file that is open: the archive read from the target is
+    // closed first.
+    if (d->reader && QFileInfo(d->readerPath) == resolved)
+        d->closeReader();
+#endif
 
     bool ok = false;
     {
-        ArchiveSink sink(dirFd, name); // gone before its folder is closed
+        ArchiveSink sink(dir, name); // gone before its folder is closed
         ok = d->files.empty() && d->emptyFolders.empty() ? d->writeEmptyArchive(sink) : d->writeEntries(sink);
     }
-    close(dirFd);
+    PlatformFile::closeFolder(dir);
     return ok;
 }
 

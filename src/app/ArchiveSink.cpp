@@ -5,14 +5,30 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <dirent.h>
+#include <thread>
+#include <utility>
+
+#ifdef Q_OS_UNIX
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
+#else
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include <string>
+#endif
 
 namespace {
 
@@ -31,26 +47,40 @@ bool isTempSuffix(QByteArrayView suffix)
            });
 }
 
-bool writeAt(int fd, const char *data, size_t length, off_t offset, int &err)
+#ifdef Q_OS_UNIX
+
+// Removes the leftover `file` of an earlier save unless a running save holds its lock.
+void removeIfStale(const PlatformFile::Folder &dir, const QByteArray &file)
 {
-    while (length > 0) {
-        const ssize_t n = pwrite(fd, data, length, offset);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            err = errno;
-            return false;
-        }
-        data += n;
-        length -= size_t(n);
-        offset += n;
-    }
-    return true;
+    const int fd = openat(dir.fd, file.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    struct stat st {};
+    if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_uid == geteuid() && flock(fd, LOCK_EX | LOCK_NB) == 0)
+        unlinkat(dir.fd, file.constData(), 0);
+    close(fd);
 }
+
+#else
+
+std::wstring widePath(const PlatformFile::Folder &dir, const QByteArray &name)
+{
+    return PlatformFile::decodeName(dir.path + '/' + name).toStdWString();
+}
+
+// A running save keeps its file open without leave to delete it, so only the
+// leftovers of ended saves can be removed.
+void removeIfStale(const PlatformFile::Folder &dir, const QByteArray &file)
+{
+    if (PlatformFile::kindAt(dir, file) == PlatformFile::Kind::File)
+        PlatformFile::removeFile(dir, file);
+}
+
+#endif
 
 } // namespace
 
-ArchiveSink::ArchiveSink(int dirFd, QByteArray name) : m_dirFd(dirFd), m_name(std::move(name))
+ArchiveSink::ArchiveSink(const PlatformFile::Folder &dir, QByteArray name) : m_dir(dir), m_name(std::move(name))
 {
     zip_error_init(&m_error);
     // Test hook: "stall" pauses the save after its first chunk, "named" takes the
@@ -66,33 +96,16 @@ ArchiveSink::~ArchiveSink()
     zip_error_fini(&m_error);
 }
 
-void ArchiveSink::removeStaleTemps(int dirFd, const QByteArray &name)
+void ArchiveSink::removeStaleTemps(const PlatformFile::Folder &dir, const QByteArray &name)
 {
-    const int listFd = dup(dirFd);
-    DIR *dir = listFd >= 0 ? fdopendir(listFd) : nullptr;
-    if (!dir) {
-        if (listFd >= 0)
-            close(listFd);
-        return;
-    }
-    rewinddir(dir); // the duplicate shares the folder's read position
+    std::vector<PlatformFile::Entry> entries;
+    int err = 0;
+    PlatformFile::listFolder(dir, entries, err); // what could be listed is still cleared
     const QByteArray prefix = tempPrefix(name);
-    std::vector<QByteArray> candidates;
-    while (dirent *entry = readdir(dir)) {
-        const QByteArrayView fileName(entry->d_name);
+    for (const PlatformFile::Entry &entry : entries) {
+        const QByteArrayView fileName(entry.name);
         if (fileName.startsWith(prefix) && isTempSuffix(fileName.sliced(prefix.size())))
-            candidates.push_back(fileName.toByteArray());
-    }
-    closedir(dir);
-    for (const QByteArray &file : candidates) {
-        const int fd = openat(dirFd, file.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-        if (fd < 0)
-            continue;
-        struct stat st {};
-        if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_uid == geteuid()
-            && flock(fd, LOCK_EX | LOCK_NB) == 0)
-            unlinkat(dirFd, file.constData(), 0);
-        close(fd);
+            removeIfStale(dir, entry.name);
     }
 }
 
@@ -104,26 +117,8 @@ zip_source_t *ArchiveSink::createSource(zip_error_t *error)
 bool ArchiveSink::begin()
 {
     rollback();
-    struct stat old {};
-    const bool keepMode = fstatat(m_dirFd, m_name.constData(), &old, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(old.st_mode);
-#ifdef O_TMPFILE
-    if (!m_forceNamed)
-        m_fd = openat(m_dirFd, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
-#endif
-    if (m_fd < 0) {
-        for (int attempt = 0; attempt < 16 && m_fd < 0; ++attempt) {
-            m_tempName = newTempName();
-            m_fd = openat(m_dirFd, m_tempName.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-            if (m_fd < 0 && errno != EEXIST)
-                break;
-        }
-        if (m_fd < 0)
-            return fail(ZIP_ER_TMPOPEN, errno);
-        m_named = true;
-    }
-    flock(m_fd, LOCK_EX | LOCK_NB);
-    if (keepMode)
-        fchmod(m_fd, old.st_mode & 0777); // the new archive keeps the old one's rights
+    if (!openOutput())
+        return false;
     m_buffer.resize(kBufferSize);
     m_bufferStart = 0;
     m_bufferLength = 0;
@@ -140,7 +135,7 @@ bool ArchiveSink::write(const void *data, size_t length)
         return false;
     if (length >= m_buffer.size()) {
         int err = 0;
-        if (!writeAt(m_fd, static_cast<const char *>(data), length, off_t(m_bufferStart), err))
+        if (!PlatformFile::writeAt(m_fd, static_cast<const char *>(data), length, qint64(m_bufferStart), err))
             return fail(ZIP_ER_WRITE, err);
         m_bufferStart += length;
         m_size = std::max(m_size, m_bufferStart);
@@ -166,16 +161,53 @@ bool ArchiveSink::commit()
         return fail(ZIP_ER_INTERNAL, 0);
     if (!flush())
         return false;
+    return publish();
+}
+
+#ifdef Q_OS_UNIX
+
+// Opens the output: unnamed where the system allows, else under a new hidden
+// name. Locked while the save runs.
+bool ArchiveSink::openOutput()
+{
+    struct stat old {};
+    const bool keepMode = fstatat(m_dir.fd, m_name.constData(), &old, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(old.st_mode);
+#if defined(Q_OS_LINUX) && defined(O_TMPFILE)
+    if (!m_forceNamed)
+        m_fd = openat(m_dir.fd, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+#endif
+    if (m_fd < 0) {
+        for (int attempt = 0; attempt < 16 && m_fd < 0; ++attempt) {
+            m_tempName = newTempName();
+            m_fd = openat(m_dir.fd, m_tempName.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+            if (m_fd < 0 && errno != EEXIST)
+                break;
+        }
+        if (m_fd < 0)
+            return fail(ZIP_ER_TMPOPEN, errno);
+        m_named = true;
+    }
+    flock(m_fd, LOCK_EX | LOCK_NB);
+    if (keepMode)
+        fchmod(m_fd, old.st_mode & 0777); // the new archive keeps the old one's rights
+    return true;
+}
+
+// Makes the written file the target: on disk first, then renamed over it.
+bool ArchiveSink::publish()
+{
     if (fsync(m_fd) != 0)
         return failAndRollback(ZIP_ER_WRITE, errno);
+#if defined(Q_OS_LINUX) && defined(O_TMPFILE)
     if (!m_named && !linkUnnamed())
         return false;
-    if (renameat(m_dirFd, m_tempName.constData(), m_dirFd, m_name.constData()) != 0)
+#endif
+    if (renameat(m_dir.fd, m_tempName.constData(), m_dir.fd, m_name.constData()) != 0)
         return failAndRollback(ZIP_ER_RENAME, errno);
     m_named = false; // the file now is the target
     close(m_fd);
     m_fd = -1;
-    if (fsync(m_dirFd) != 0 && errno != EINVAL)
+    if (fsync(m_dir.fd) != 0 && errno != EINVAL)
         return fail(ZIP_ER_WRITE, errno);
     return true;
 }
@@ -185,27 +217,92 @@ void ArchiveSink::rollback()
     if (m_fd < 0)
         return;
     if (m_named)
-        unlinkat(m_dirFd, m_tempName.constData(), 0);
+        unlinkat(m_dir.fd, m_tempName.constData(), 0);
     close(m_fd);
     m_fd = -1;
     m_named = false;
 }
+
+#else
+
+bool ArchiveSink::openOutput()
+{
+    // The new archive keeps the old one's hidden, system and archive marks.
+    const DWORD old = GetFileAttributesW(widePath(m_dir, m_name).c_str());
+    constexpr DWORD kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+    m_attributes = old != INVALID_FILE_ATTRIBUTES && !(old & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT))
+                       ? old & kept
+                       : 0;
+    if (m_attributes == 0)
+        m_attributes = FILE_ATTRIBUTE_NORMAL;
+    HANDLE file = INVALID_HANDLE_VALUE;
+    DWORD error = 0;
+    for (int attempt = 0; attempt < 16 && file == INVALID_HANDLE_VALUE; ++attempt) {
+        m_tempName = newTempName();
+        file = CreateFileW(widePath(m_dir, m_tempName).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                           FILE_ATTRIBUTE_HIDDEN, nullptr);
+        error = GetLastError();
+        if (file == INVALID_HANDLE_VALUE && error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS)
+            break;
+    }
+    if (file == INVALID_HANDLE_VALUE)
+        return fail(ZIP_ER_TMPOPEN, PlatformFile::errnoFromSystem(error));
+    m_named = true;
+    m_fd = _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_WRONLY | _O_BINARY);
+    if (m_fd < 0) {
+        CloseHandle(file);
+        return failAndRollback(ZIP_ER_TMPOPEN, EMFILE);
+    }
+    return true;
+}
+
+// Makes the written file the target: on disk first, then moved over it. Windows
+// moves no file that is open, so it is closed before the move.
+bool ArchiveSink::publish()
+{
+    if (_commit(m_fd) != 0)
+        return failAndRollback(ZIP_ER_WRITE, errno);
+    int err = 0;
+    const bool closed = PlatformFile::closeFile(m_fd, err);
+    m_fd = -1;
+    if (!closed)
+        return failAndRollback(ZIP_ER_WRITE, err);
+    const std::wstring temp = widePath(m_dir, m_tempName);
+    SetFileAttributesW(temp.c_str(), m_attributes);
+    if (!MoveFileExW(temp.c_str(), widePath(m_dir, m_name).c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return failAndRollback(ZIP_ER_RENAME, PlatformFile::lastSystemError());
+    m_named = false; // the file now is the target
+    return true;
+}
+
+void ArchiveSink::rollback()
+{
+    if (m_fd >= 0)
+        PlatformFile::closeFile(m_fd);
+    m_fd = -1;
+    if (m_named)
+        PlatformFile::removeFile(m_dir, m_tempName);
+    m_named = false;
+}
+
+#endif
 
 QByteArray ArchiveSink::newTempName() const
 {
     return tempPrefix(m_name) + QByteArray::number(QRandomGenerator::global()->generate(), 16).rightJustified(8, '0');
 }
 
+#if defined(Q_OS_LINUX) && defined(O_TMPFILE)
 // Gives the unnamed file a hidden name beside the target, ready for the rename.
 bool ArchiveSink::linkUnnamed()
 {
     for (int attempt = 0; attempt < 16; ++attempt) {
         m_tempName = newTempName();
-        int result = linkat(m_fd, "", m_dirFd, m_tempName.constData(), AT_EMPTY_PATH);
+        int result = linkat(m_fd, "", m_dir.fd, m_tempName.constData(), AT_EMPTY_PATH);
         if (result != 0 && errno != EEXIST) {
             // Linking a descriptor directly may need a privilege; the /proc link does not.
             const QByteArray procPath = "/proc/self/fd/" + QByteArray::number(m_fd);
-            result = linkat(AT_FDCWD, procPath.constData(), m_dirFd, m_tempName.constData(), AT_SYMLINK_FOLLOW);
+            result = linkat(AT_FDCWD, procPath.constData(), m_dir.fd, m_tempName.constData(), AT_SYMLINK_FOLLOW);
         }
         if (result == 0) {
             m_named = true;
@@ -216,13 +313,14 @@ bool ArchiveSink::linkUnnamed()
     }
     return failAndRollback(ZIP_ER_TMPOPEN, errno);
 }
+#endif
 
 bool ArchiveSink::flush()
 {
     if (m_bufferLength == 0)
         return true;
     int err = 0;
-    if (!writeAt(m_fd, m_buffer.data(), m_bufferLength, off_t(m_bufferStart), err))
+    if (!PlatformFile::writeAt(m_fd, m_buffer.data(), m_bufferLength, qint64(m_bufferStart), err))
         return fail(ZIP_ER_WRITE, err);
     m_bufferStart += m_bufferLength;
     m_bufferLength = 0;
@@ -231,7 +329,7 @@ bool ArchiveSink::flush()
         // test kill the process in the middle of a save.
         std::fputs("archive write stalled\n", stderr);
         std::fflush(stderr);
-        sleep(60);
+        std::this_thread::sleep_for(std::chrono::seconds(60));
     }
     m_flushed = true;
     return true;

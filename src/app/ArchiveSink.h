@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/PlatformFile.h"
+
 #include <QByteArray>
 
 #include <zip.h>
@@ -21,16 +23,22 @@
 // is flock'ed while its save runs, so the next save to the same folder can tell
 // the leftovers of a killed process (no lock) from a save in progress and removes
 // them (removeStaleTemps).
+//
+// On Windows the sink writes a uniquely named hidden file beside the target, held
+// open without leave to delete it while the save runs (which marks it as in use
+// for removeStaleTemps), flushes it with _commit (FlushFileBuffers), closes it and
+// moves it over the target with MoveFileExW(MOVEFILE_REPLACE_EXISTING |
+// MOVEFILE_WRITE_THROUGH). The file is removed on every failure.
 class ArchiveSink {
 public:
-    // `dirFd` is the target's folder (kept open by the caller), `name` the file in it.
-    ArchiveSink(int dirFd, QByteArray name);
+    // `dir` is the target's folder (kept open by the caller), `name` the file in it.
+    ArchiveSink(const PlatformFile::Folder &dir, QByteArray name);
     ~ArchiveSink(); // drops an unfinished file
     ArchiveSink(const ArchiveSink &) = delete;
     ArchiveSink &operator=(const ArchiveSink &) = delete;
 
     // Removes hidden temporary files of earlier saves to `name` whose process is gone.
-    static void removeStaleTemps(int dirFd, const QByteArray &name);
+    static void removeStaleTemps(const PlatformFile::Folder &dir, const QByteArray &name);
 
     // A libzip source that writes through this sink; it must be freed (by
     // zip_close, zip_discard or zip_source_free) before the sink is destroyed.
@@ -50,12 +58,14 @@ public:
 private:
     static zip_int64_t callback(void *state, void *data, zip_uint64_t length, zip_source_cmd_t command);
     QByteArray newTempName() const;
+    bool openOutput();
+    bool publish();
     bool linkUnnamed();
     bool flush();
     bool fail(int zipCode, int err);
     bool failAndRollback(int zipCode, int err);
 
-    int m_dirFd;
+    PlatformFile::Folder m_dir;
     QByteArray m_name;
     QByteArray m_tempName;
     int m_fd = -1;
@@ -68,4 +78,7 @@ private:
     size_t m_bufferLength = 0;
     zip_uint64_t m_size = 0;
     zip_error_t m_error;
+#ifndef Q_OS_UNIX
+    unsigned long m_attributes = 0; // the old archive's, given to the new one
+#endif
 };

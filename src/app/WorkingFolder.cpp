@@ -1,15 +1,17 @@
 #include "app/WorkingFolder.h"
 
 #include <QByteArray>
-#include <QFile>
+#include <QDir>
 
-#include <dirent.h>
+#include <cerrno>
+#include <vector>
+
+#ifdef Q_OS_UNIX
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -28,61 +30,45 @@ QString joined(const QString &root, const QString &name)
 
 QByteArray fsName(const QString &path)
 {
-    return QFile::encodeName(path);
+    return PlatformFile::encodeName(path);
 }
 
-bool isItemFolderName(const char *name)
+bool isItemFolderName(const QByteArray &name)
 {
     for (const char *item : kItemFolders) {
-        if (qstrcmp(name, item) == 0)
+        if (name == item)
             return true;
     }
     return false;
 }
 
-bool isFolderEntry(int dirFd, const dirent *entry)
+// Deletes everything in `folder` (files, links, sub-folders with their contents),
+// never following a link; at the top of the working folder the three item folders
+// stay. Every failure is ignored.
+void removeContents(const PlatformFile::Folder &folder, int depth, bool keepItemFolders)
 {
-    if (entry->d_type != DT_UNKNOWN)
-        return entry->d_type == DT_DIR;
-    struct stat st {};
-    return fstatat(dirFd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
-}
-
-// Deletes everything in the folder `dirFd` (files, links, sub-folders with their
-// contents), never following a link; at the top of the working folder the three
-// item folders stay. Every failure is ignored.
-void removeContents(int dirFd, int depth, bool keepItemFolders)
-{
-    const int listFd = dup(dirFd);
-    DIR *dir = listFd >= 0 ? fdopendir(listFd) : nullptr;
-    if (!dir) {
-        if (listFd >= 0)
-            close(listFd);
-        return;
-    }
-    rewinddir(dir); // the duplicate shares the folder's read position
+    std::vector<PlatformFile::Entry> entries;
+    int err = 0;
+    PlatformFile::listFolder(folder, entries, err); // what could be listed is still removed
     std::vector<QByteArray> files;
     std::vector<QByteArray> folders;
-    while (dirent *entry = readdir(dir)) {
-        if (qstrcmp(entry->d_name, ".") == 0 || qstrcmp(entry->d_name, "..") == 0)
+    for (const PlatformFile::Entry &entry : entries) {
+        const bool isFolder = entry.kind == PlatformFile::Kind::Folder;
+        if (isFolder && keepItemFolders && isItemFolderName(entry.name))
             continue;
-        const bool folder = isFolderEntry(dirFd, entry);
-        if (folder && keepItemFolders && isItemFolderName(entry->d_name))
-            continue;
-        (folder ? folders : files).emplace_back(entry->d_name);
+        (isFolder ? folders : files).push_back(entry.name);
     }
-    closedir(dir);
     for (const QByteArray &name : files)
-        unlinkat(dirFd, name.constData(), 0);
+        PlatformFile::removeFile(folder, name);
     for (const QByteArray &name : folders) {
         if (depth + 1 < kMaxDepth) {
-            const int subFd = openat(dirFd, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-            if (subFd >= 0) {
-                removeContents(subFd, depth + 1, false);
-                close(subFd);
+            PlatformFile::Folder sub;
+            if (PlatformFile::openFolderAt(folder, name, false, sub, err)) {
+                removeContents(sub, depth + 1, false);
+                PlatformFile::closeFolder(sub);
             }
         }
-        unlinkat(dirFd, name.constData(), AT_REMOVEDIR);
+        PlatformFile::removeFolder(folder, name);
     }
 }
 
@@ -93,17 +79,20 @@ QString WorkingFolder::tempRoot()
     for (const char *name : {"Temp", "TMPDIR"}) {
         const QString value = qEnvironmentVariable(name);
         if (!value.isEmpty())
-            return value;
+            return QDir::fromNativeSeparators(value);
     }
+#ifdef Q_OS_UNIX
     return u"/tmp"_s;
+#else
+    return QDir::tempPath();
+#endif
 }
 
 WorkingFolder::WorkingFolder(const QString &root) : m_root(root), m_folder(joined(root, u"Cubrix"_s)) {}
 
 WorkingFolder::~WorkingFolder()
 {
-    if (m_lockFd >= 0)
-        close(m_lockFd);
+    dropLock(false);
 }
 
 QString WorkingFolder::workingFolder() const
@@ -126,13 +115,11 @@ QString WorkingFolder::soundsFolder() const
     return m_folder + u"/sounds"_s;
 }
 
-// Takes `folder` for this editor: locks "<folder>.lock" beside it and makes sure
-// the folder is a real folder of this user with owner-only rights, creating it if
-// needed. False (and nothing held) when another editor holds the lock or the
-// folder is a link or someone else's.
-bool WorkingFolder::claim(const QString &folder)
+#ifdef Q_OS_UNIX
+
+// Locks `lockPath`, a plain file of this user that is not a link.
+bool WorkingFolder::takeLock(const QString &lockPath)
 {
-    const QString lockPath = folder + u".lock"_s;
     const QByteArray lockName = fsName(lockPath);
     const int lockFd = ::open(lockName.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
     if (lockFd < 0)
@@ -147,72 +134,106 @@ bool WorkingFolder::claim(const QString &folder)
         close(lockFd);
         return false;
     }
-
-    const QByteArray folderName = fsName(folder);
-    struct stat st {};
-    if (lstat(folderName.constData(), &st) != 0) {
-        mkdir(folderName.constData(), 0700);
-        if (lstat(folderName.constData(), &st) != 0)
-            st.st_mode = 0;
-    }
-    const int folderFd = S_ISDIR(st.st_mode) && st.st_uid == geteuid()
-                             ? ::open(folderName.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)
-                             : -1;
-    struct stat opened {};
-    if (folderFd < 0 || fstat(folderFd, &opened) != 0 || opened.st_uid != geteuid()) {
-        if (folderFd >= 0)
-            close(folderFd);
-        unlink(lockName.constData());
-        close(lockFd);
-        return false;
-    }
-    if ((opened.st_mode & 07777) != 0700)
-        fchmod(folderFd, 0700);
-    m_folder = folder;
     m_lockPath = lockPath;
     m_lockFd = lockFd;
-    makeItemFolders(folderFd);
-    close(folderFd);
     return true;
 }
 
-// The working folder, opened without following a link; -1 unless this editor
-// holds it.
-int WorkingFolder::openFolder() const
+// Releases the lock; with `removeFile` the lock file goes too. A lock file left
+// behind is taken by the next editor.
+void WorkingFolder::dropLock(bool removeFile)
 {
     if (m_lockFd < 0)
-        return -1;
-    const int fd = ::open(fsName(m_folder).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    struct stat st {};
-    if (fd >= 0 && (fstat(fd, &st) != 0 || st.st_uid != geteuid())) {
-        close(fd);
-        return -1;
+        return;
+    if (removeFile)
+        unlink(fsName(m_lockPath).constData());
+    close(m_lockFd);
+    m_lockFd = -1;
+}
+
+bool WorkingFolder::holdsLock() const
+{
+    return m_lockFd >= 0;
+}
+
+#else
+
+bool WorkingFolder::takeLock(const QString &lockPath)
+{
+    // A lock file whose process is gone is taken over. One that is merely old is
+    // safe too: a running editor keeps its lock file open, so Windows refuses to
+    // delete it.
+    auto lock = std::make_unique<QLockFile>(lockPath);
+    if (!lock->tryLock(0))
+        return false;
+    m_lockPath = lockPath;
+    m_lock = std::move(lock);
+    return true;
+}
+
+// QLockFile removes its file whenever it lets go.
+void WorkingFolder::dropLock(bool removeFile)
+{
+    Q_UNUSED(removeFile);
+    m_lock.reset();
+}
+
+bool WorkingFolder::holdsLock() const
+{
+    return m_lock != nullptr;
+}
+
+#endif
+
+// Takes `folder` for this editor: locks "<folder>.lock" beside it and makes sure
+// the folder is a real folder of this user with owner-only rights, creating it if
+// needed. False (and nothing held) when another editor holds the lock or the
+// folder is a link or someone else's.
+bool WorkingFolder::claim(const QString &folder)
+{
+    if (!takeLock(folder + u".lock"_s))
+        return false;
+    PlatformFile::Folder opened;
+    if (!PlatformFile::openOwnFolder(fsName(folder), true, opened)) {
+        dropLock(true);
+        return false;
     }
-    return fd;
+    m_folder = folder;
+    makeItemFolders(opened);
+    PlatformFile::closeFolder(opened);
+    return true;
+}
+
+// The working folder, opened without following a link; false unless this editor
+// holds it.
+bool WorkingFolder::openFolder(PlatformFile::Folder &folder) const
+{
+    return holdsLock() && PlatformFile::openOwnFolder(fsName(m_folder), false, folder);
 }
 
 // Makes blocks, textures and sounds; something else in their place (a file, a
 // link) is removed first.
-void WorkingFolder::makeItemFolders(int folderFd) const
+void WorkingFolder::makeItemFolders(const PlatformFile::Folder &folder) const
 {
     for (const char *name : kItemFolders) {
-        if (mkdirat(folderFd, name, 0700) == 0 || errno != EEXIST)
+        int err = 0;
+        if (PlatformFile::makeFolder(folder, name, true, err) || err != EEXIST)
             continue;
-        struct stat st {};
-        if (fstatat(folderFd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISDIR(st.st_mode)) {
-            unlinkat(folderFd, name, 0);
-            mkdirat(folderFd, name, 0700);
+        const PlatformFile::Kind kind = PlatformFile::kindAt(folder, name);
+        if (kind != PlatformFile::Kind::Missing && kind != PlatformFile::Kind::Folder) {
+            PlatformFile::removeFile(folder, name);
+            PlatformFile::makeFolder(folder, name, true, err);
         }
     }
 }
 
 void WorkingFolder::createWorkingFolders()
 {
-    if (m_lockFd >= 0) {
-        const int fd = openFolder();
-        if (fd >= 0) {
-            makeItemFolders(fd);
-            close(fd);
+    if (holdsLock()) {
+        PlatformFile::Folder folder;
+        if (openFolder(folder)) {
+            makeItemFolders(folder);
+            PlatformFile::closeFolder(folder);
         }
         return;
     }
@@ -222,41 +243,40 @@ void WorkingFolder::createWorkingFolders()
             return;
     }
     // Every usual name is taken: a fresh folder with a unique name.
-    QByteArray pattern = fsName(joined(m_root, u"Cubrix-XXXXXX"_s));
-    if (mkdtemp(pattern.data()))
-        claim(QFile::decodeName(pattern));
+    const QString unique = PlatformFile::makeUniqueFolder(joined(m_root, u"Cubrix-XXXXXX"_s));
+    if (!unique.isEmpty())
+        claim(unique);
 }
 
 void WorkingFolder::clearWorkingFolders()
 {
-    const int folderFd = openFolder();
-    if (folderFd < 0)
+    PlatformFile::Folder folder;
+    if (!openFolder(folder))
         return;
     for (const char *name : kItemFolders) {
-        const int itemFd = openat(folderFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-        if (itemFd >= 0) {
-            removeContents(itemFd, 1, false);
-            close(itemFd);
+        PlatformFile::Folder item;
+        int err = 0;
+        if (PlatformFile::openFolderAt(folder, name, false, item, err)) {
+            removeContents(item, 1, false);
+            PlatformFile::closeFolder(item);
         }
     }
-    removeContents(folderFd, 0, true);
-    makeItemFolders(folderFd);
-    close(folderFd);
+    removeContents(folder, 0, true);
+    makeItemFolders(folder);
+    PlatformFile::closeFolder(folder);
 }
 
 void WorkingFolder::removeWorkingFolders()
 {
-    if (m_lockFd < 0)
+    if (!holdsLock())
         return;
     clearWorkingFolders();
-    const int folderFd = openFolder();
-    if (folderFd >= 0) {
+    PlatformFile::Folder folder;
+    if (openFolder(folder)) {
         for (const char *name : kItemFolders)
-            unlinkat(folderFd, name, AT_REMOVEDIR);
-        close(folderFd);
+            PlatformFile::removeFolder(folder, name);
+        PlatformFile::closeFolder(folder);
     }
-    rmdir(fsName(m_folder).constData());
-    unlink(fsName(m_lockPath).constData());
-    close(m_lockFd);
-    m_lockFd = -1;
+    QDir().rmdir(m_folder);
+    dropLock(true);
 }

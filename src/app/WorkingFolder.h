@@ -1,15 +1,24 @@
 #pragma once
 
+#include "app/PlatformFile.h"
+
 #include <QString>
+
+#ifndef Q_OS_UNIX
+#include <QLockFile>
+
+#include <memory>
+#endif
 
 // The editor's private folder in which the open blockset lies unpacked, with its
 // blocks, textures and sounds sub-folders. Created owner-only; a folder owned by
 // someone else, or a link, is never used or cleared. A lock file beside it keeps a
 // second running editor from clearing the first one's files: that one gets a
-// folder of its own.
+// folder of its own. The lock is an flock'ed file on Unix and a QLockFile on
+// Windows (which also takes over the lock file of an editor that died).
 class WorkingFolder {
 public:
-    // $Temp if set, else $TMPDIR, else /tmp.
+    // $Temp if set, else $TMPDIR, else /tmp (on Windows the system's temporary folder).
     static QString tempRoot();
 
     explicit WorkingFolder(const QString &root = tempRoot());
@@ -33,11 +42,18 @@ public:
 
 private:
     bool claim(const QString &folder);
-    int openFolder() const;
-    void makeItemFolders(int folderFd) const;
+    bool takeLock(const QString &lockPath);
+    void dropLock(bool removeFile);
+    bool holdsLock() const;
+    bool openFolder(PlatformFile::Folder &folder) const;
+    void makeItemFolders(const PlatformFile::Folder &folder) const;
 
     QString m_root;
     QString m_folder;
     QString m_lockPath;
+#ifdef Q_OS_UNIX
     int m_lockFd = -1;
+#else
+    std::unique_ptr<QLockFile> m_lock;
+#endif
 };
