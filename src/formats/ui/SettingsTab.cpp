@@ -258,7 +258,10 @@ void SettingsTab::showValues(const StyleValues &style, const QStringList &textur
         if (control->percentage() == value)
             return;
         control->clear();
-        control->setPercentage(value);
+        // The document holds what the control shows, so a single digit comes back
+        // as "7%", which the control's own setter refuses as too short; the
+        // zero-padded form means the same and is taken.
+        control->setPercentage(value.size() == 2 ? u'0' + value : value);
     };
     showPercentage(prcSky, style.skyBrightness);
     showPercentage(prcOrb, style.orbBrightness);
