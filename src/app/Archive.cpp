@@ -69,8 +69,8 @@ bool isWindowsName(QByteArrayView part)
         if (static_cast<unsigned char>(c) < 0x20 || std::strchr("<>:\"|?*", c))
             return false;
     }
-    const QByteArrayView stem = part.left(part.indexOf('.') < 0 ? part.size() : part.indexOf('.'));
-    const QByteArray upper = stem.toByteArray().trimmed().toUpper();
+    const qsizetype dot = part.indexOf('.');
+    const QByteArray upper = part.first(dot < 0 ? part.size() : dot).toByteArray().trimmed().toUpper();
     static const char *const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
     for (const char *device : devices) {
         if (upper == device)
