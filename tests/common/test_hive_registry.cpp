@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
@@ -15,13 +16,13 @@
 namespace {
 
 const QString kKey = QStringLiteral("SOFTWARE\\Quillmoor\\Cubrix");
+const QString kPlugin = QStringLiteral("Software\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml");
+constexpr RegRoot HKLM = RegRoot::LocalMachine;
 
 QByteArray readBytes(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray();
-    return file.readAll();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 void writeBytes(const QString &path, const QByteArray &bytes)
@@ -37,11 +38,6 @@ const QByteArray kWineHive = R"REG(WINE REGISTRY Version 2
 
 #arch=win32
 
-[Software\\Classes\\.bset] 1600000000
-#time=1d6a4a1b2c3d4e5
-@="Blockset"
-"Content Type"="application/x-bset"
-
 [Software\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml] 1600000000
 #time=1d6a4a1b2c3d4e5
 "Location"="C:\\Program Files\\Rover\\npRover.dll"
@@ -50,7 +46,6 @@ const QByteArray kWineHive = R"REG(WINE REGISTRY Version 2
 "Expand"=str(2):"%SystemRoot%\\system32"
 "Multi"=hex(7):41,00,00,00,42,00,00,00,00,00
 ;; a comment Wine does not write, kept anyway
-"Count"=dword:0000002a
 
 [Software\\Quillmoor\\Cubrix] 1600000001
 #time=1d6a4a1b2c3d4e6
@@ -69,370 +64,236 @@ private:
     QString hivePath() const { return m_dir.filePath(QStringLiteral("registry.reg")); }
 
 private slots:
-    void init()
-    {
-        QFile::remove(hivePath());
-        QVERIFY(m_dir.isValid());
-    }
+    void init() { QFile::remove(hivePath()); }
 
-    void textRoundTrip_data()
+    void values_data()
     {
+        QTest::addColumn<QByteArray>("line"); // as found in a file; "" = written by us, then read back
         QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("plain") << "pathBlockset" << "/home/ann/worlds";
-        QTest::newRow("empty") << "pathBlocks" << "";
-        QTest::newRow("backslashes") << "pathTextures" << "C:\\Worlds\\Textures\\";
-        QTest::newRow("quotes") << "quoted" << "say \"hi\" \"";
-        QTest::newRow("line ends and tab") << "lines" << "a\r\nb\tc\n";
-        QTest::newRow("latin and euro") << "accent" << QString::fromUtf8("Caf\xc3\xa9 \xe2\x82\xac 5");
-        QTest::newRow("accent before hex digit") << "hexnext" << QString::fromUtf8("\xc3\xa9" "abc");
-        QTest::newRow("outside BMP") << "emoji" << QString::fromUtf8("\xf0\x9f\x99\x82 x");
-        QTest::newRow("control before digit") << "ctl" << QString(QChar(1)) + "7" + QChar(2);
-        QTest::newRow("brackets") << "[section]" << "[not a section]";
-        QTest::newRow("default value") << "" << "the default";
-        QTest::newRow("name with quote") << "a\"b\\c" << "v";
-    }
-    void textRoundTrip()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, text);
-        {
-            HiveRegistry reg(hivePath());
-            QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, kKey, "Application Data"));
-            QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, name, RegValue::fromText(text)));
-        }
-        HiveRegistry fresh(hivePath());
-        RegValue value;
-        QVERIFY(fresh.regQueryValue(RegRoot::LocalMachine, kKey, name, value));
-        QCOMPARE(value.type, 1u);
-        QCOMPARE(value.text, text);
-        // Wine escapes everything above 127, so the file is plain ASCII.
-        for (char c : readBytes(hivePath()))
-            QVERIFY(static_cast<unsigned char>(c) < 0x80);
-    }
-
-    void dwordRoundTrip_data()
-    {
-        QTest::addColumn<quint32>("dword");
-        QTest::newRow("off") << 0u;
-        QTest::newRow("on (-1)") << 0xFFFFFFFFu;
-        QTest::newRow("one") << 1u;
-        QTest::newRow("mixed") << 0x00ABCDEFu;
-    }
-    void dwordRoundTrip()
-    {
-        QFETCH(quint32, dword);
-        {
-            HiveRegistry reg(hivePath());
-            QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, kKey, QString()));
-            QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "flag", RegValue::fromDword(dword)));
-        }
-        QVERIFY(readBytes(hivePath()).contains("\"flag\"=dword:" + QByteArray::number(dword, 16).rightJustified(8, '0')));
-        HiveRegistry fresh(hivePath());
-        RegValue value;
-        QVERIFY(fresh.regQueryValue(RegRoot::LocalMachine, kKey, "flag", value));
-        QCOMPARE(value.type, 4u);
-        QCOMPARE(value.dword, dword);
-    }
-
-    void readsWineValues_data()
-    {
-        QTest::addColumn<QByteArray>("line");
         QTest::addColumn<uint>("type");
         QTest::addColumn<QString>("text");
         QTest::addColumn<quint32>("dword");
-        QTest::newRow("escaped backslash") << QByteArray(R"("v"="C:\\dir\\")") << 1u << "C:\\dir\\" << 0u;
-        QTest::newRow("escaped quote") << QByteArray(R"("v"="a\"b")") << 1u << "a\"b" << 0u;
-        QTest::newRow("hex escape") << QByteArray(R"("v"="caf\xe9")") << 1u << QString::fromUtf8("caf\xc3\xa9") << 0u;
-        QTest::newRow("4-digit hex escape") << QByteArray(R"("v"="\x00e9a")") << 1u << QString::fromUtf8("\xc3\xa9" "a") << 0u;
-        QTest::newRow("C escapes") << QByteArray(R"("v"="a\tb\nc\rd\0")") << 1u << QString("a\tb\nc\rd") + QChar(0) << 0u;
-        QTest::newRow("octal") << QByteArray(R"("v"="\101\102")") << 1u << "AB" << 0u;
-        QTest::newRow("str: form") << QByteArray(R"("v"=str:"text")") << 1u << "text" << 0u;
-        QTest::newRow("utf-8 text") << QByteArray("\"v\"=\"caf\xc3\xa9\"") << 1u << QString::fromUtf8("caf\xc3\xa9") << 0u;
-        QTest::newRow("cp1252 text") << QByteArray("\"v\"=\"caf\xe9 \x80\"") << 1u << QString::fromUtf8("caf\xc3\xa9 \xe2\x82\xac") << 0u;
-        QTest::newRow("dword") << QByteArray(R"("v"=dword:0000002a)") << 4u << "" << 42u;
-        QTest::newRow("short dword") << QByteArray(R"("v"=dword:1)") << 4u << "" << 1u;
-        QTest::newRow("REG_SZ as hex") << QByteArray(R"("v"=hex(1):68,00,69,00,00,00)") << 1u << "hi" << 0u;
-        QTest::newRow("REG_DWORD as hex") << QByteArray(R"("v"=hex(4):01,02,00,00)") << 4u << "" << 0x201u;
-        QTest::newRow("blanks around =") << QByteArray("\"v\" = \"x\"  ") << 1u << "x" << 0u;
-        QTest::newRow("name case") << QByteArray(R"("V"="upper")") << 1u << "upper" << 0u;
+        const QByteArray ours;
+        QTest::newRow("empty text") << ours << "pathBlocks" << 1u << "" << 0u;
+        QTest::newRow("escapes") << ours << "a\"b\\c" << 1u << QString("C:\\W\\say \"hi\"\r\n\t") + QChar(1) + "7" << 0u;
+        // An escape followed by a hex digit, and a character outside the BMP.
+        QTest::newRow("above 127") << ours << "accent" << 1u
+                                   << QString::fromUtf8("Caf\xc3\xa9" "abc \xe2\x82\xac \xf0\x9f\x99\x82") << 0u;
+        QTest::newRow("brackets") << ours << "[section]" << 1u << "[not a section]" << 0u;
+        QTest::newRow("default value") << ours << "" << 1u << "the default" << 0u;
+        QTest::newRow("on (-1)") << ours << "flag" << 4u << "" << 0xFFFFFFFFu;
+        QTest::newRow("dword") << ours << "flag" << 4u << "" << 0x00ABCDEFu;
+        QTest::newRow("Wine: escaped \\ and \"") << QByteArray(R"("v"="C:\\a\"b\\")") << "v" << 1u << "C:\\a\"b\\" << 0u;
+        QTest::newRow("Wine: hex escapes") << QByteArray(R"("v"="caf\xe9\x00e9a")") << "v" << 1u
+                                           << QString::fromUtf8("caf\xc3\xa9\xc3\xa9" "a") << 0u;
+        QTest::newRow("Wine: C and octal escapes") << QByteArray(R"("v"="a\tb\nc\rd\101\0")") << "v" << 1u
+                                                   << QString("a\tb\nc\rdA") + QChar(0) << 0u;
+        QTest::newRow("Wine: str: form") << QByteArray(R"("v"=str:"text")") << "v" << 1u << "text" << 0u;
+        QTest::newRow("Wine: short dword") << QByteArray(R"("v"=dword:1)") << "v" << 4u << "" << 1u;
+        QTest::newRow("Wine: REG_SZ as hex") << QByteArray(R"("v"=hex(1):68,00,69,00,00,00)") << "v" << 1u << "hi" << 0u;
+        QTest::newRow("Wine: REG_DWORD as hex") << QByteArray(R"("v"=hex(4):01,02,00,00)") << "v" << 4u << "" << 0x201u;
+        QTest::newRow("edited: utf-8 text") << QByteArray("\"v\"=\"caf\xc3\xa9\"") << "v" << 1u << QString::fromUtf8("caf\xc3\xa9") << 0u;
+        QTest::newRow("edited: cp1252 text") << QByteArray("\"v\"=\"caf\xe9 \x80\"") << "v" << 1u
+                                             << QString::fromUtf8("caf\xc3\xa9 \xe2\x82\xac") << 0u;
+        QTest::newRow("edited: blanks around =") << QByteArray("\"v\" = \"x\"  ") << "v" << 1u << "x" << 0u;
     }
-    void readsWineValues()
+    void values()
     {
         QFETCH(QByteArray, line);
+        QFETCH(QString, name);
         QFETCH(uint, type);
         QFETCH(QString, text);
         QFETCH(quint32, dword);
-        writeBytes(hivePath(), "WINE REGISTRY Version 2\n\n[Software\\\\Test] 1\n" + line + "\n");
-        HiveRegistry reg(hivePath(), true);
+        if (line.isEmpty()) {
+            HiveRegistry reg(hivePath());
+            QVERIFY(reg.regCreateKey(HKLM, kKey, "Application Data"));
+            QVERIFY(reg.regSetValue(HKLM, kKey, name, type == 1 ? RegValue::fromText(text) : RegValue::fromDword(dword)));
+            // Wine escapes everything above 127, so the file is plain ASCII.
+            for (char c : readBytes(hivePath()))
+                QVERIFY(static_cast<unsigned char>(c) < 0x80);
+        } else {
+            writeBytes(hivePath(), "WINE REGISTRY Version 2\n\n[Software\\\\Quillmoor\\\\Cubrix] 1\n" + line + "\n");
+        }
+        HiveRegistry fresh(hivePath(), true);
         RegValue value;
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, "software\\test", "v", value));
+        QVERIFY(fresh.regQueryValue(HKLM, kKey, name, value));
         QCOMPARE(value.type, quint32(type));
         QCOMPARE(value.text, text);
         QCOMPARE(value.dword, dword);
     }
 
-    void keysAndNamesIgnoreCase()
+    // Starting from no file (in a folder that does not exist yet) or an empty one.
+    void keys_data()
     {
-        HiveRegistry reg(hivePath());
-        QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, kKey, QString()));
-        QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, "software\\QUILLMOOR\\cubrix", QString()));
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "showWarnings", RegValue::fromDword(0)));
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, "Software\\quillmoor\\CUBRIX", "SHOWWARNINGS",
-                                RegValue::fromDword(1)));
+        QTest::addColumn<QString>("relative");
+        QTest::newRow("missing file and folder") << "deep/er/registry.reg";
+        QTest::newRow("empty file") << "registry.reg";
+    }
+    void keys()
+    {
+        QFETCH(QString, relative);
+        const QString path = m_dir.filePath(relative);
+        if (relative == "registry.reg")
+            writeBytes(path, QByteArray());
+        HiveRegistry reg(path);
+        QVERIFY(reg.regKeyExists(HKLM, QString())); // the root of an empty hive
+        QVERIFY(!reg.regKeyExists(HKLM, kKey));
+        QVERIFY(!reg.regSetValue(HKLM, kKey, "pathBlockset", RegValue::fromText("x")));
+        QVERIFY(!QFile::exists(path) || QFileInfo(path).size() == 0);
+        QVERIFY(reg.regCreateKey(HKLM, kKey, "Application Data"));
+        QVERIFY(!reg.regCreateKey(HKLM, "software\\QUILLMOOR\\cubrix", QString()));
+        // The parents exist as Wine creates them; creating one again is no new key.
+        QVERIFY(!reg.regCreateKey(HKLM, "SOFTWARE\\Quillmoor", QString()));
+        QVERIFY(!reg.regKeyExists(HKLM, "SOFTWARE\\Quillmoor\\Cubri"));
+        for (const QString &malformed : {"SOFTWARE\\\\Other", "\\Other", ""})
+            QVERIFY2(!reg.regCreateKey(HKLM, malformed, QString()), qPrintable(malformed));
         RegValue value;
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, "sOfTwArE\\Quillmoor\\Cubrix", "ShowWarnings", value));
+        QVERIFY(!reg.regQueryValue(HKLM, kKey, "showWarnings", value));
+        QVERIFY(reg.regSetValue(HKLM, kKey, "showWarnings", RegValue::fromDword(0)));
+        QVERIFY(reg.regSetValue(HKLM, "Software\\quillmoor\\CUBRIX", "SHOWWARNINGS", RegValue::fromDword(1)));
+        // A key that exists only as a parent takes values too.
+        QVERIFY(reg.regSetValue(HKLM, "SOFTWARE\\Quillmoor", "vendor", RegValue::fromText("Q")));
+
+        HiveRegistry fresh(path);
+        QVERIFY(fresh.regQueryValue(HKLM, "sOfTwArE\\Quillmoor\\Cubrix", "ShowWarnings", value));
         QCOMPARE(value.dword, 1u);
-        // One value, one key: changing the case did not add a second one.
-        const QByteArray file = readBytes(hivePath());
-        QCOMPARE(file.count("showwarnings") + file.count("showWarnings") + file.count("SHOWWARNINGS"), 1);
-        QCOMPARE(file.count("Cubrix]"), 1);
-    }
-
-    void createKey()
-    {
-        HiveRegistry reg(hivePath());
-        QVERIFY(!reg.regKeyExists(RegRoot::LocalMachine, kKey));
-        QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, kKey, "Application Data"));
-        QVERIFY(reg.regKeyExists(RegRoot::LocalMachine, kKey));
-        // The parents exist as Wine creates them; creating any of them again is no new key.
-        QVERIFY(reg.regKeyExists(RegRoot::LocalMachine, "SOFTWARE\\Quillmoor"));
-        QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, "SOFTWARE\\Quillmoor", QString()));
-        QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, kKey, "Application Data"));
-        QVERIFY(!reg.regKeyExists(RegRoot::LocalMachine, "SOFTWARE\\Quillmoor\\Cubri"));
-        // Malformed paths are refused, not created.
-        QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, "SOFTWARE\\\\Other", QString()));
-        QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, "\\Other", QString()));
-        QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, QString(), QString()));
-
-        HiveRegistry fresh(hivePath());
-        QCOMPARE(fresh.keyClass(kKey), QString("Application Data"));
-        QCOMPARE(fresh.keyClass("software\\quillmoor"), QString());
-        QVERIFY(fresh.regKeyExists(RegRoot::LocalMachine, "SOFTWARE\\Quillmoor"));
-
-        const QString file = QString::fromLatin1(readBytes(hivePath()));
-        QVERIFY(file.startsWith("WINE REGISTRY Version 2\n;; All keys relative to \\\\Machine\n\n#arch=win32\n"));
-        const QRegularExpression section(
-            "\n\n\\[SOFTWARE\\\\\\\\Quillmoor\\\\\\\\Cubrix\\] [0-9]+\n#time=[0-9a-f]+\n#class=\"Application Data\"\n$");
-        QVERIFY2(section.match(file).hasMatch(), qPrintable(file));
-    }
-
-    void valuesNeedAnExistingKey()
-    {
-        HiveRegistry reg(hivePath());
-        QVERIFY(!reg.regSetValue(RegRoot::LocalMachine, kKey, "pathBlockset", RegValue::fromText("x")));
-        QVERIFY(!QFile::exists(hivePath()));
-        RegValue value;
-        QVERIFY(!reg.regQueryValue(RegRoot::LocalMachine, kKey, "pathBlockset", value));
-        QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, kKey, QString()));
-        QVERIFY(!reg.regQueryValue(RegRoot::LocalMachine, kKey, "pathBlockset", value));
-        // A parent that exists only as a parent takes values too.
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, "SOFTWARE\\Quillmoor", "vendor", RegValue::fromText("Q")));
-        HiveRegistry fresh(hivePath());
-        QVERIFY(fresh.regQueryValue(RegRoot::LocalMachine, "SOFTWARE\\Quillmoor", "vendor", value));
+        QVERIFY(fresh.regQueryValue(HKLM, "SOFTWARE\\Quillmoor", "vendor", value));
         QCOMPARE(value.text, QString("Q"));
+        QCOMPARE(fresh.keyClass("software\\quillmoor\\cubrix"), QString("Application Data"));
+        QCOMPARE(fresh.keyClass("software\\quillmoor"), QString());
+        const QString file = QString::fromLatin1(readBytes(path));
+        QVERIFY(file.startsWith("WINE REGISTRY Version 2\n;; All keys relative to \\\\Machine\n\n#arch=win32\n"));
+        const QRegularExpression section("\n\n\\[SOFTWARE\\\\\\\\Quillmoor\\\\\\\\Cubrix\\] [0-9]+\n#time=[0-9a-f]+\n"
+                                         "#class=\"Application Data\"\n\"\\w+\"=dword:00000001\n\n\\[");
+        QVERIFY2(section.match(file).hasMatch(), qPrintable(file));
+        QCOMPARE(file.toLower().count("cubrix]"), 1); // one key and one value, whatever the case
     }
 
-    void otherTypesAnswerWithoutData_data()
+    // Read, then rewritten: a Wine hive (LF) and one saved by a Windows editor (CR LF).
+    void rewriteKeepsEverythingElse_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::newRow("hex") << "Binary";
-        QTest::newRow("expand string") << "Expand";
-        QTest::newRow("multi string") << "Multi";
+        QTest::addColumn<QByteArray>("eol");
+        QTest::newRow("LF") << QByteArray("\n");
+        QTest::newRow("CR LF") << QByteArray("\r\n");
     }
-    void otherTypesAnswerWithoutData()
-    {
-        QFETCH(QString, name);
-        writeBytes(hivePath(), kWineHive);
-        HiveRegistry reg(hivePath(), true);
-        RegValue value;
-        value.text = "untouched";
-        value.dword = 7;
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine,
-                                  "Software\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml", name, value));
-        QCOMPARE(value.type, 0u);
-        QCOMPARE(value.text, QString("untouched"));
-        QCOMPARE(value.dword, 7u);
-    }
-
     void rewriteKeepsEverythingElse()
     {
-        writeBytes(hivePath(), kWineHive);
+        QFETCH(QByteArray, eol);
+        writeBytes(hivePath(), QByteArray(kWineHive).replace("\n", eol));
         HiveRegistry reg(hivePath());
-        QCOMPARE(reg.keyClass(kKey), QString("Application Data"));
-        RegValue value;
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine,
-                                  "software\\microsoft\\internet explorer\\plugins\\extension\\.3DML", "location", value));
-        QCOMPARE(value.text, QString("C:\\Program Files\\Rover\\npRover.dll"));
-
-        // A changed value is rewritten in its place, a new one goes after the key's last value.
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "pathBlockset", RegValue::fromText("D:\\New")));
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "skipEdit", RegValue::fromDword(0)));
-        // Replacing a value of another type by text.
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine,
-                                "Software\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml", "Multi",
-                                RegValue::fromText("one")));
-        // Writing a type other than text or integer writes nothing.
+        // Other types read as success with nothing taken from them.
+        for (const char *name : {"Binary", "Expand", "Multi"}) {
+            RegValue value = RegValue::fromText("untouched");
+            QVERIFY2(reg.regQueryValue(HKLM, kPlugin, name, value), name);
+            QCOMPARE(value.type, 1u);
+            QCOMPARE(value.text, QString("untouched"));
+        }
+        // A changed value is rewritten in its place, a new one goes after the key's
+        // last value, a value of another type may become text, a type other than
+        // text or integer writes nothing, and a new key goes at the end.
+        QVERIFY(reg.regSetValue(HKLM, kKey, "pathBlockset", RegValue::fromText("D:\\New")));
+        QVERIFY(reg.regSetValue(HKLM, kKey, "skipEdit", RegValue::fromDword(0)));
+        QVERIFY(reg.regSetValue(HKLM, kPlugin, "Multi", RegValue::fromText("one")));
         RegValue raw;
         raw.type = 3;
         raw.raw = "xyz";
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "blob", raw));
+        QVERIFY(reg.regSetValue(HKLM, kKey, "blob", raw));
+        QVERIFY(reg.regCreateKey(HKLM, "Software\\Other", QString()));
 
         QByteArray expected = kWineHive;
         expected.replace(R"("pathBlockset"="C:\\Worlds")", R"("pathBlockset"="D:\\New")");
-        expected.replace("\"showWarnings\"=dword:ffffffff\n", "\"showWarnings\"=dword:ffffffff\n\"skipEdit\"=dword:00000000\n");
+        expected.replace("\"showWarnings\"=dword:ffffffff\n",
+                         "\"showWarnings\"=dword:ffffffff\n\"skipEdit\"=dword:00000000\n");
         expected.replace("\"Multi\"=hex(7):41,00,00,00,42,00,00,00,00,00", "\"Multi\"=\"one\"");
-        QCOMPARE(readBytes(hivePath()), expected);
-    }
-
-    void crlfFileStaysCrlf()
-    {
-        QByteArray crlf = kWineHive;
-        crlf.replace("\n", "\r\n");
-        writeBytes(hivePath(), crlf);
-        HiveRegistry reg(hivePath());
-        RegValue value;
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, kKey, "pathBlockset", value));
-        QCOMPARE(value.text, QString("C:\\Worlds"));
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "pathSounds", RegValue::fromText("S")));
-        QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, "Software\\Other", QString()));
+        expected.replace("\n", eol);
         const QByteArray file = readBytes(hivePath());
-        QVERIFY(file.startsWith(crlf.left(crlf.size() - 2)));
-        QCOMPARE(file.count("\n"), file.count("\r\n"));
+        QCOMPARE(file.left(expected.size()), expected);
+        QVERIFY(file.mid(expected.size()).contains("[Software\\\\Other] "));
+        QCOMPARE(file.count("\n"), file.count(eol));
     }
 
     void rereadsAfterExternalChange()
     {
         HiveRegistry reg(hivePath());
-        QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, kKey, QString()));
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "pathBlockset", RegValue::fromText("first")));
-
-        // Another program (or a second editor) writes the file.
-        {
-            HiveRegistry other(hivePath());
-            QVERIFY(other.regSetValue(RegRoot::LocalMachine, kKey, "pathBlockset", RegValue::fromText("second")));
-        }
+        QVERIFY(reg.regCreateKey(HKLM, kKey, QString()));
+        QVERIFY(reg.regSetValue(HKLM, kKey, "pathBlockset", RegValue::fromText("first")));
+        QVERIFY(HiveRegistry(hivePath()).regSetValue(HKLM, kKey, "pathBlockset", RegValue::fromText("second")));
         RegValue value;
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, kKey, "pathBlockset", value));
+        QVERIFY(reg.regQueryValue(HKLM, kKey, "pathBlockset", value));
         QCOMPARE(value.text, QString("second"));
-
-        // A rewrite in place that keeps the size (and the file) is seen too.
-        QByteArray bytes = readBytes(hivePath());
-        bytes.replace("\"second\"", "\"thirds\"");
-        writeBytes(hivePath(), bytes);
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, kKey, "pathBlockset", value));
+        // A rewrite in place that keeps the size is seen too.
+        writeBytes(hivePath(), readBytes(hivePath()).replace("\"second\"", "\"thirds\""));
+        QVERIFY(reg.regQueryValue(HKLM, kKey, "pathBlockset", value));
         QCOMPARE(value.text, QString("thirds"));
-
         // Our next write starts from what is on disk now, not from an old copy.
-        QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "pathBlocks", RegValue::fromText("b")));
-        HiveRegistry fresh(hivePath());
-        QVERIFY(fresh.regQueryValue(RegRoot::LocalMachine, kKey, "pathBlockset", value));
+        QVERIFY(reg.regSetValue(HKLM, kKey, "pathBlocks", RegValue::fromText("b")));
+        QVERIFY(HiveRegistry(hivePath()).regQueryValue(HKLM, kKey, "pathBlockset", value));
         QCOMPARE(value.text, QString("thirds"));
-
-        // The file removed from under us: an empty registry again.
         QVERIFY(QFile::remove(hivePath()));
-        QVERIFY(!reg.regKeyExists(RegRoot::LocalMachine, kKey));
+        QVERIFY(!reg.regKeyExists(HKLM, kKey));
     }
 
-    void corruptFileIsNeverOverwritten_data()
+    // Hives that are corrupt, cannot be written or not even read: every write
+    // fails, the file is left as it was, a failed change is not pretended, and
+    // once the file is repaired it is read again.
+    void unusableFile_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("not a hive") << QByteArray("hello world\n");
-        QTest::newRow("other version") << QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n");
-        QTest::newRow("regedit export") << QByteArray("REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\A]\n\"v\"=\"x\"\n");
-        QTest::newRow("value before any key") << QByteArray("WINE REGISTRY Version 2\n\"v\"=\"x\"\n");
-        QTest::newRow("unclosed key") << QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n");
-        QTest::newRow("empty key name") << QByteArray("WINE REGISTRY Version 2\n[A\\\\\\\\B] 1\n");
-        QTest::newRow("unclosed string") << QByteArray("WINE REGISTRY Version 2\n[A] 1\n\"v\"=\"x\n");
-        QTest::newRow("bad dword") << QByteArray("WINE REGISTRY Version 2\n[A] 1\n\"v\"=dword:xyz\n");
-        QTest::newRow("dword too long") << QByteArray("WINE REGISTRY Version 2\n[A] 1\n\"v\"=dword:123456789\n");
-        QTest::newRow("bad hex") << QByteArray("WINE REGISTRY Version 2\n[A] 1\n\"v\"=hex:0g,11\n");
-        QTest::newRow("continued past the end") << QByteArray("WINE REGISTRY Version 2\n[A] 1\n\"v\"=hex:01,\\\n");
-        QTest::newRow("unknown type") << QByteArray("WINE REGISTRY Version 2\n[A] 1\n\"v\"=qword:1\n");
-        QTest::newRow("stray text") << QByteArray("WINE REGISTRY Version 2\n[A] 1\nv=x\n");
-        QTest::newRow("binary junk") << QByteArray("WINE REGISTRY Version 2\n\x01\x02\xff\0\0\n", 31);
-        QTest::newRow("truncated") << kWineHive.left(kWineHive.indexOf("\"Expand\"") + 20);
+        QTest::addColumn<QString>("lock"); // "read-only" registry, "in place" (a folder there), or what loses rights
+        QTest::addColumn<int>("rights");
+        QTest::addColumn<bool>("readable");
+        const int all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+        const QByteArray head = "WINE REGISTRY Version 2\n[A] 1\n";
+        QTest::newRow("not a hive") << QByteArray("hello world\n") << "" << all << false;
+        QTest::newRow("other version") << QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n") << "" << all << false;
+        QTest::newRow("value before any key") << QByteArray("WINE REGISTRY Version 2\n\"v\"=\"x\"\n") << "" << all << false;
+        QTest::newRow("unclosed key") << QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n") << "" << all << false;
+        QTest::newRow("empty key name") << QByteArray("WINE REGISTRY Version 2\n[A\\\\\\\\B] 1\n") << "" << all << false;
+        QTest::newRow("unclosed string") << head + "\"v\"=\"x\n" << "" << all << false;
+        QTest::newRow("dword too long") << head + "\"v\"=dword:123456789\n" << "" << all << false;
+        QTest::newRow("bad hex") << head + "\"v\"=hex:0g,11\n" << "" << all << false;
+        QTest::newRow("continued past the end") << head + "\"v\"=hex:01,\\\n" << "" << all << false;
+        QTest::newRow("binary junk") << QByteArray("WINE REGISTRY Version 2\n\x01\x02\xff\0\0\n", 31) << "" << all << false;
+        QTest::newRow("truncated") << kWineHive.left(kWineHive.indexOf("\"Expand\"") + 20) << "" << all << false;
+        QTest::newRow("opened read-only (Wine's system.reg)") << kWineHive << "read-only" << all << true;
+        QTest::newRow("a folder in the hive's place") << QByteArray() << "in place" << all << false;
+        QTest::newRow("folder without write rights") << kWineHive << "folder" << int(QFile::ReadOwner | QFile::ExeOwner) << true;
+        QTest::newRow("file without rights") << kWineHive << "file" << 0 << false;
+        QTest::newRow("folder without rights") << kWineHive << "folder" << 0 << false;
     }
-    void corruptFileIsNeverOverwritten()
+    void unusableFile()
     {
         QFETCH(QByteArray, bytes);
-        writeBytes(hivePath(), bytes);
-        HiveRegistry reg(hivePath());
-        QVERIFY(!reg.regKeyExists(RegRoot::LocalMachine, "A"));
-        QVERIFY(!reg.regKeyExists(RegRoot::LocalMachine, QString()));
-        RegValue value;
-        QVERIFY(!reg.regQueryValue(RegRoot::LocalMachine, "A", "v", value));
-        QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, kKey, "Application Data"));
-        QVERIFY(!reg.regSetValue(RegRoot::LocalMachine, "A", "v", RegValue::fromText("new")));
-        QCOMPARE(reg.keyClass("A"), QString());
-        QCOMPARE(readBytes(hivePath()), bytes);
-
-        // Once the file is repaired it is read again.
-        writeBytes(hivePath(), "WINE REGISTRY Version 2\n\n[A] 1\n\"v\"=\"fixed\"\n");
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, "A", "v", value));
-        QCOMPARE(value.text, QString("fixed"));
-    }
-
-    void unreadableFile_data()
-    {
-        QTest::addColumn<bool>("folder");
-        QTest::newRow("file without rights") << false;
-        QTest::newRow("folder without rights") << true;
-    }
-    void unreadableFile()
-    {
-        QFETCH(bool, folder);
-        if (geteuid() == 0)
-            QSKIP("root reads files without read rights");
-        const QString dir = m_dir.filePath(QStringLiteral("locked"));
-        QVERIFY(QDir().mkpath(dir));
+        QFETCH(QString, lock);
+        QFETCH(int, rights);
+        QFETCH(bool, readable);
+        const QFile::Permissions all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+        if (rights != int(all) && geteuid() == 0)
+            QSKIP("root is not held back by missing rights");
+        const QString dir = m_dir.filePath("unusable");
         const QString path = dir + "/registry.reg";
-        writeBytes(path, kWineHive);
-        QFile::Permissions none;
-        QVERIFY(QFile::setPermissions(folder ? dir : path, none));
-        {
-            HiveRegistry reg(path);
-            QVERIFY(!reg.regKeyExists(RegRoot::LocalMachine, kKey));
-            QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, "Software\\New", QString()));
-            QVERIFY(!reg.regSetValue(RegRoot::LocalMachine, kKey, "pathBlockset", RegValue::fromText("x")));
+        const QString target = lock == "file" ? path : dir;
+        QVERIFY(QDir().mkpath(lock == "in place" ? path : dir));
+        if (lock != "in place")
+            writeBytes(path, bytes);
+        QVERIFY(QFile::setPermissions(target, QFile::Permissions(rights)));
+        HiveRegistry reg(path, lock == "read-only");
+        RegValue value;
+        QCOMPARE(reg.regKeyExists(HKLM, QString()), readable);
+        QVERIFY(!reg.regCreateKey(HKLM, "Software\\New", "Application Data"));
+        QVERIFY(!reg.regSetValue(HKLM, kKey, "pathBlockset", RegValue::fromText("x")));
+        QCOMPARE(reg.regQueryValue(HKLM, kKey, "pathBlockset", value), readable);
+        QCOMPARE(value.text, QString(readable ? "C:\\Worlds" : ""));
+        QVERIFY(QFile::setPermissions(target, all));
+        if (lock == "in place") {
+            QVERIFY(QFileInfo(path).isDir() && QDir(path).isEmpty());
+        } else {
+            QCOMPARE(readBytes(path), bytes);
+            writeBytes(path, "WINE REGISTRY Version 2\n\n[A] 1\n\"v\"=\"fixed\"\n");
+            QVERIFY(reg.regQueryValue(HKLM, "A", "v", value));
+            QCOMPARE(value.text, QString("fixed"));
         }
-        QVERIFY(QFile::setPermissions(folder ? dir : path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        QCOMPARE(readBytes(path), kWineHive);
-    }
-
-    void missingFileCreatedOnFirstWrite()
-    {
-        const QString path = m_dir.filePath(QStringLiteral("deep/er/registry.reg"));
-        HiveRegistry reg(path);
-        QVERIFY(!reg.regKeyExists(RegRoot::LocalMachine, kKey));
-        QVERIFY(reg.regKeyExists(RegRoot::LocalMachine, QString())); // the root of an empty hive
-        QVERIFY(!QFile::exists(path));
-        QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, kKey, "Application Data"));
-        QVERIFY(QFile::exists(path));
-        QVERIFY(readBytes(path).startsWith("WINE REGISTRY Version 2\n"));
-    }
-
-    void emptyFileIsAnEmptyRegistry()
-    {
-        writeBytes(hivePath(), QByteArray());
-        HiveRegistry reg(hivePath());
-        QVERIFY(!reg.regKeyExists(RegRoot::LocalMachine, kKey));
-        QVERIFY(reg.regCreateKey(RegRoot::LocalMachine, kKey, QString()));
-        QVERIFY(readBytes(hivePath()).startsWith("WINE REGISTRY Version 2\n"));
-    }
-
-    void readOnlyNeverWrites()
-    {
-        HiveRegistry missing(hivePath(), true);
-        QVERIFY(!missing.regCreateKey(RegRoot::LocalMachine, kKey, QString()));
-        QVERIFY(!QFile::exists(hivePath()));
-
-        writeBytes(hivePath(), kWineHive);
-        HiveRegistry reg(hivePath(), true);
-        QVERIFY(reg.regKeyExists(RegRoot::LocalMachine, kKey));
-        QVERIFY(!reg.regSetValue(RegRoot::LocalMachine, kKey, "pathBlockset", RegValue::fromText("x")));
-        QVERIFY(!reg.regCreateKey(RegRoot::LocalMachine, "Software\\New", QString()));
-        QCOMPARE(readBytes(hivePath()), kWineHive);
+        QVERIFY(QDir(dir).removeRecursively());
     }
 
     void rewriteIsAtomic()
@@ -440,31 +301,11 @@ private slots:
         writeBytes(hivePath(), kWineHive);
         QVERIFY(QFile::setPermissions(hivePath(), QFile::ReadOwner | QFile::WriteOwner));
         HiveRegistry reg(hivePath());
-        for (int i = 0; i < 5; ++i)
-            QVERIFY(reg.regSetValue(RegRoot::LocalMachine, kKey, "pathBlocks", RegValue::fromText(QString::number(i))));
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(reg.regSetValue(HKLM, kKey, "pathBlocks", RegValue::fromText(QString::number(i))));
         // Nothing left beside the hive, and its rights are kept.
-        QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System),
-                 QStringList{"registry.reg"});
-        QCOMPARE(QFile::permissions(hivePath()),
-                 QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
-    }
-
-    void writeFailureLeavesFileAlone()
-    {
-        if (geteuid() == 0)
-            QSKIP("root writes into folders without write rights");
-        const QString dir = m_dir.filePath(QStringLiteral("ro"));
-        QVERIFY(QDir().mkpath(dir));
-        const QString path = dir + "/registry.reg";
-        writeBytes(path, kWineHive);
-        QVERIFY(QFile::setPermissions(dir, QFile::ReadOwner | QFile::ExeOwner));
-        HiveRegistry reg(path);
-        QVERIFY(!reg.regSetValue(RegRoot::LocalMachine, kKey, "pathBlockset", RegValue::fromText("x")));
-        RegValue value;
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, kKey, "pathBlockset", value));
-        QCOMPARE(value.text, QString("C:\\Worlds")); // the failed change is not pretended
-        QVERIFY(QFile::setPermissions(dir, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        QCOMPARE(readBytes(path), kWineHive);
+        QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System), QStringList{"registry.reg"});
+        QCOMPARE(QFile::permissions(hivePath()), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
     }
 
     void largeInputIsReadInLinearTime()
@@ -473,23 +314,18 @@ private slots:
         // quadratic in any of them takes minutes here.
         QByteArray bytes = "WINE REGISTRY Version 2\n";
         for (int i = 0; i < 20000; ++i)
-            bytes += "\n[Software\\\\Many\\\\Key" + QByteArray::number(i) + "] 1\n\"v\"=dword:" + QByteArray::number(i, 16) + "\n";
-        QByteArray deep = "[A";
-        for (int i = 0; i < 50000; ++i)
-            deep += "\\\\k";
-        bytes += "\n" + deep + "] 1\n\"long\"=\"" + QByteArray(2000000, 'x').replace("xx", "\\\\") + "\"\n";
+            bytes += "\n[Software\\\\Many\\\\Key" + QByteArray::number(i) + "] 1\n\"v\"=dword:"
+                     + QByteArray::number(i, 16) + "\n";
+        bytes += "\n[A" + QByteArray("\\\\k").repeated(50000) + "] 1\n";
+        bytes += "\"long\"=\"" + QByteArray("\\\\").repeated(1000000) + "\"\n";
         writeBytes(hivePath(), bytes);
-
         QElapsedTimer timer;
         timer.start();
         HiveRegistry reg(hivePath(), true);
         RegValue value;
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, "software\\many\\key19999", "v", value));
+        QVERIFY(reg.regQueryValue(HKLM, "software\\many\\key19999", "v", value));
         QCOMPARE(value.dword, 19999u);
-        QString deepPath = "A";
-        for (int i = 0; i < 50000; ++i)
-            deepPath += "\\k";
-        QVERIFY(reg.regQueryValue(RegRoot::LocalMachine, deepPath, "long", value));
+        QVERIFY(reg.regQueryValue(HKLM, "A" + QString("\\k").repeated(50000), "long", value));
         QCOMPARE(value.text.size(), 1000000);
         QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
     }

@@ -1,10 +1,12 @@
 // GuiPrompts offscreen: message boxes and Qt's own (non-native) file dialogs,
 // driven while they run. Leaves out: the platform's native dialogs, which
 // offscreen tests cannot drive.
+#include "common/FileFilter.h"
 #include "common/ui/GuiPrompts.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -26,14 +28,12 @@ namespace {
 void onNextModal(std::function<void(QWidget *)> act)
 {
     auto *poll = new QTimer;
-    auto *waited = new int(0);
-    QObject::connect(poll, &QTimer::timeout, poll, [poll, waited, act] {
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, act, deadline = QDeadlineTimer(5000)] {
         QWidget *modal = QApplication::activeModalWidget();
-        if (!modal && (*waited += 10) < 5000)
+        if (!modal && !deadline.hasExpired())
             return;
         poll->stop();
         poll->deleteLater();
-        delete waited;
         if (!modal)
             return;
         QTimer::singleShot(5000, modal, [modal] {
@@ -45,10 +45,18 @@ void onNextModal(std::function<void(QWidget *)> act)
     poll->start(10);
 }
 
-void touch(const QString &path)
+// Chooses `name` in the next file dialog and presses its Open / Save button
+// (QFileDialog::accept, which checks the choice); `check` looks at the dialog first.
+void chooseInNextDialog(const QString &name, std::function<void(QFileDialog *)> check = {})
 {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
+    onNextModal([name, check](QWidget *w) {
+        auto *dialog = qobject_cast<QFileDialog *>(w);
+        QVERIFY(dialog);
+        if (check)
+            check(dialog);
+        dialog->findChild<QLineEdit *>("fileNameEdit")->setText(name);
+        static_cast<QDialog *>(dialog)->accept();
+    });
 }
 
 } // namespace
@@ -58,14 +66,16 @@ class TestGuiPrompts : public QObject {
 
 private:
     QTemporaryDir m_dir;
+    QString path(const QString &name) const { return QDir::toNativeSeparators(m_dir.filePath(name)); }
 
 private slots:
     void initTestCase()
     {
         QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-        QVERIFY(m_dir.isValid());
-        for (const char *name : {"wall.gif", "sky.jpg", "bell.wav", "castle.bset", "readme", "b.block", "a.block"})
-            touch(m_dir.filePath(name));
+        for (const char *name : {"castle.bset", "b.block", "a.block", "c.block"}) {
+            QFile file(m_dir.filePath(name));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
     }
 
     void message_data()
@@ -76,35 +86,21 @@ private slots:
         QTest::addColumn<QMessageBox::Icon>("shownIcon");
         QTest::addColumn<int>("press"); // a StandardButton to click, or -1 for Esc
         QTest::addColumn<PromptAnswer>("answer");
-        QTest::newRow("warning OK") << PromptButtons::Ok << PromptIcon::Exclamation
-                                    << QMessageBox::StandardButtons(QMessageBox::Ok) << QMessageBox::Warning
+        const QMessageBox::StandardButtons ok = QMessageBox::Ok, yesNo = QMessageBox::Yes | QMessageBox::No,
+                                           yesNoCancel = yesNo | QMessageBox::Cancel;
+        const int esc = -1;
+        QTest::newRow("warning OK") << PromptButtons::Ok << PromptIcon::Exclamation << ok << QMessageBox::Warning
                                     << int(QMessageBox::Ok) << PromptAnswer::Ok;
-        QTest::newRow("confirmation Yes") << PromptButtons::YesNo << PromptIcon::Question
-                                          << (QMessageBox::Yes | QMessageBox::No) << QMessageBox::Question
-                                          << int(QMessageBox::Yes) << PromptAnswer::Yes;
-        QTest::newRow("confirmation No") << PromptButtons::YesNo << PromptIcon::Question
-                                         << (QMessageBox::Yes | QMessageBox::No) << QMessageBox::Question
-                                         << int(QMessageBox::No) << PromptAnswer::No;
-        QTest::newRow("confirmation Esc is No") << PromptButtons::YesNo << PromptIcon::Question
-                                                << (QMessageBox::Yes | QMessageBox::No) << QMessageBox::Question
-                                                << -1 << PromptAnswer::No;
-        QTest::newRow("save question Cancel")
-            << PromptButtons::YesNoCancel << PromptIcon::Exclamation
-            << (QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel) << QMessageBox::Warning
-            << int(QMessageBox::Cancel) << PromptAnswer::Cancel;
-        QTest::newRow("save question Esc is Cancel")
-            << PromptButtons::YesNoCancel << PromptIcon::Question
-            << (QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel) << QMessageBox::Question << -1
-            << PromptAnswer::Cancel;
-        QTest::newRow("file error") << PromptButtons::Ok << PromptIcon::Critical
-                                    << QMessageBox::StandardButtons(QMessageBox::Ok) << QMessageBox::Critical << -1
-                                    << PromptAnswer::Ok;
-        QTest::newRow("information") << PromptButtons::Ok << PromptIcon::Information
-                                     << QMessageBox::StandardButtons(QMessageBox::Ok) << QMessageBox::Information
-                                     << int(QMessageBox::Ok) << PromptAnswer::Ok;
-        QTest::newRow("no icon") << PromptButtons::Ok << PromptIcon::None
-                                 << QMessageBox::StandardButtons(QMessageBox::Ok) << QMessageBox::NoIcon
-                                 << int(QMessageBox::Ok) << PromptAnswer::Ok;
+        QTest::newRow("error, Esc is OK") << PromptButtons::Ok << PromptIcon::Critical << ok << QMessageBox::Critical
+                                          << esc << PromptAnswer::Ok;
+        QTest::newRow("Yes") << PromptButtons::YesNo << PromptIcon::Question << yesNo << QMessageBox::Question
+                             << int(QMessageBox::Yes) << PromptAnswer::Yes;
+        QTest::newRow("Esc is No") << PromptButtons::YesNo << PromptIcon::Information << yesNo << QMessageBox::Information
+                                   << esc << PromptAnswer::No;
+        QTest::newRow("Cancel") << PromptButtons::YesNoCancel << PromptIcon::Exclamation << yesNoCancel
+                                << QMessageBox::Warning << int(QMessageBox::Cancel) << PromptAnswer::Cancel;
+        QTest::newRow("Esc is Cancel") << PromptButtons::YesNoCancel << PromptIcon::None << yesNoCancel
+                                       << QMessageBox::NoIcon << esc << PromptAnswer::Cancel;
     }
     void message()
     {
@@ -114,110 +110,88 @@ private slots:
         QFETCH(QMessageBox::Icon, shownIcon);
         QFETCH(int, press);
         QFETCH(PromptAnswer, answer);
-
         QWidget owner;
         owner.show();
-        GuiPrompts prompts;
-        prompts.setParentWidget(&owner);
+        GuiPrompts prompts(&owner);
         // A name from a file is shown as it is, not read as markup.
         const QString text = "Block \"<b>tower</b>\" already exists.";
-        QString seenText, seenTitle;
-        QMessageBox::StandardButtons seenButtons;
-        QMessageBox::Icon seenIcon = QMessageBox::NoIcon;
-        QWidget *seenParent = nullptr;
-        QMessageBox::StandardButton seenDefault = QMessageBox::NoButton;
+        QMessageBox *seen = nullptr;
         onNextModal([&](QWidget *w) {
-            auto *box = qobject_cast<QMessageBox *>(w);
-            if (!box)
-                return;
-            seenText = box->text();
-            seenTitle = box->windowTitle();
-            seenButtons = box->standardButtons();
-            seenIcon = box->icon();
-            seenParent = box->parentWidget();
-            seenDefault = box->standardButton(box->defaultButton());
-            QCOMPARE(box->textFormat(), Qt::PlainText);
+            seen = qobject_cast<QMessageBox *>(w);
+            QVERIFY(seen);
+            QCOMPARE(seen->text(), text);
+            QCOMPARE(seen->textFormat(), Qt::PlainText);
+            QCOMPARE(seen->windowTitle(), QString("Add Block"));
+            QCOMPARE(seen->standardButtons(), shown);
+            QCOMPARE(seen->icon(), shownIcon);
+            QCOMPARE(seen->parentWidget(), &owner);
+            QCOMPARE(seen->standardButton(seen->defaultButton()), buttons == PromptButtons::Ok ? QMessageBox::Ok : QMessageBox::Yes);
             if (press < 0)
-                QTest::keyClick(box, Qt::Key_Escape);
+                QTest::keyClick(seen, Qt::Key_Escape);
             else
-                QTest::mouseClick(box->button(QMessageBox::StandardButton(press)), Qt::LeftButton);
+                QTest::mouseClick(seen->button(QMessageBox::StandardButton(press)), Qt::LeftButton);
         });
         QCOMPARE(prompts.message(text, "Add Block", buttons, icon), answer);
-        QCOMPARE(seenText, text);
-        QCOMPARE(seenTitle, QString("Add Block"));
-        QCOMPARE(seenButtons, shown);
-        QCOMPARE(seenIcon, shownIcon);
-        QCOMPARE(seenParent, &owner);
-        QCOMPARE(seenDefault, buttons == PromptButtons::Ok ? QMessageBox::Ok : QMessageBox::Yes);
+        QVERIFY(seen);
     }
 
+    // The type box shows the labels as written, the first is selected, and each
+    // entry filters by its own patterns. No title, filter or folder: "Open File",
+    // all files, the current directory.
     void fileDialogSetUp_data()
     {
+        QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("filter");
-        QTest::addColumn<QStringList>("labels");        // as the type box shows them
-        QTest::addColumn<QStringList>("firstPatterns"); // what the dialog filters by at first
-        QTest::newRow("blocksets") << "Blocksets (*.bset),*.bset" << QStringList{"Blocksets (*.bset)"}
-                                   << QStringList{"*.bset"};
+        QTest::addColumn<QStringList>("labels");
         QTest::newRow("images")
-            << "All supported Images (*.gif;*.jpg),*.gif;*.jpg,GIF images (*.gif),*.gif,JPG images (*.jpg),*.jpg,"
-               "All files (*.*),*.*"
-            << QStringList{"All supported Images (*.gif;*.jpg)", "GIF images (*.gif)", "JPG images (*.jpg)",
-                           "All files (*.*)"}
-            << QStringList{"*.gif", "*.jpg"};
-        QTest::newRow("all files") << "All files (*.*),*.*" << QStringList{"All files (*.*)"} << QStringList{"*"};
-        QTest::newRow("no filter") << "" << QStringList{"All files (*.*)"} << QStringList{"*"};
+            << "Add Textures" << "All supported Images (*.gif;*.jpg),*.gif;*.jpg,GIF images (*.gif),*.gif,All files (*.*),*.*"
+            << QStringList{"All supported Images (*.gif;*.jpg)", "GIF images (*.gif)", "All files (*.*)"};
+        QTest::newRow("label without pattern group") << "Add Textures" << "Worlds,*.bset;*.zip" << QStringList{"Worlds"};
+        QTest::newRow("nothing given") << "" << "" << QStringList{"All files (*.*)"};
     }
     void fileDialogSetUp()
     {
+        QFETCH(QString, title);
         QFETCH(QString, filter);
         QFETCH(QStringList, labels);
-        QFETCH(QStringList, firstPatterns);
-        QFileDialog dialog;
-        GuiPrompts::prepareFileDialog(dialog, "Add Textures", filter, m_dir.path());
-        QCOMPARE(dialog.windowTitle(), QString("Add Textures"));
-        QCOMPARE(QDir(dialog.directory()).canonicalPath(), QDir(m_dir.path()).canonicalPath());
-        // The first entry is selected; the dialog names it by its label.
-        QCOMPARE(dialog.selectedNameFilter(), labels.first());
-
-        auto *types = dialog.findChild<QComboBox *>("fileTypeCombo");
-        QVERIFY(types);
-        QStringList shown;
-        for (int i = 0; i < types->count(); ++i)
-            shown << types->itemText(i);
-        QCOMPARE(shown, labels);
-        QCOMPARE(types->currentIndex(), 0);
-
-        auto *model = dialog.findChild<QFileSystemModel *>();
-        QVERIFY(model);
-        QCOMPARE(model->nameFilters(), firstPatterns);
-    }
-
-    void emptyFolderMeansCurrentDirectory()
-    {
         const QString old = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(m_dir.path()));
+        QVERIFY(QDir::setCurrent(title.isEmpty() ? m_dir.path() : QDir::rootPath()));
         QFileDialog dialog;
-        GuiPrompts::prepareFileDialog(dialog, QString(), "Blocksets (*.bset),*.bset", QString());
+        GuiPrompts::prepareFileDialog(dialog, title, filter, title.isEmpty() ? QString() : m_dir.path());
         QVERIFY(QDir::setCurrent(old));
+        QCOMPARE(dialog.windowTitle(), title.isEmpty() ? QString("Open File") : title);
         QCOMPARE(QDir(dialog.directory()).canonicalPath(), QDir(m_dir.path()).canonicalPath());
-        QCOMPARE(dialog.windowTitle(), QString("Open File"));
+        auto *types = dialog.findChild<QComboBox *>("fileTypeCombo");
+        QCOMPARE(types->currentIndex(), 0);
+        auto *model = dialog.findChild<QFileSystemModel *>();
+        const QList<FileFilterEntry> entries = FileFilter::parse(filter.isEmpty() ? "All files (*.*),*.*" : filter);
+        QCOMPARE(types->count(), labels.size());
+        for (int i = labels.size() - 1; i >= 0; --i) {
+            dialog.selectNameFilter(dialog.nameFilters()[i]);
+            QCOMPARE(types->itemText(i), labels[i]);
+            QCOMPARE(dialog.selectedNameFilter(), labels[i]);
+            // Each pattern reaches the dialog alone ("*.*" as "*", which is what it means).
+            QCOMPARE(model->nameFilters(), entries[i].patterns.join(' ').replace("*.*", "*").split(' '));
+        }
     }
 
-    void openFileReturnsTheChosenFile()
+    void chosenFilesAreFullPaths()
     {
         GuiPrompts prompts;
-        QFileDialog::FileMode mode = QFileDialog::AnyFile;
-        onNextModal([&](QWidget *w) {
-            auto *dialog = qobject_cast<QFileDialog *>(w);
-            QVERIFY(dialog);
-            mode = dialog->fileMode();
-            dialog->selectFile("castle.bset");
-            static_cast<QDialog *>(dialog)->accept(); // QFileDialog::accept, which checks the choice
-        });
-        const QString path = prompts.openFile("Open Blockset", "Blocksets (*.bset),*.bset", m_dir.path());
-        QCOMPARE(mode, QFileDialog::ExistingFile);
-        QCOMPARE(QFileInfo(path).canonicalFilePath(), QFileInfo(m_dir.filePath("castle.bset")).canonicalFilePath());
-        QVERIFY(QFileInfo(path).isAbsolute());
+        chooseInNextDialog("castle.bset", [](QFileDialog *d) { QCOMPARE(d->fileMode(), QFileDialog::ExistingFile); });
+        QCOMPARE(prompts.openFile("Open Blockset", "Blocksets (*.bset),*.bset", m_dir.path()), path("castle.bset"));
+        // Several files: in the order the dialog gives them.
+        chooseInNextDialog("\"b.block\" \"c.block\" \"a.block\"",
+                           [](QFileDialog *d) { QCOMPARE(d->fileMode(), QFileDialog::ExistingFiles); });
+        QCOMPARE(prompts.openFiles("Add Blocks", "Block files (*.block),*.block", m_dir.path()),
+                 QStringList({path("b.block"), path("c.block"), path("a.block")}));
+        chooseInNextDialog("a.block");
+        QCOMPARE(prompts.openFiles("Add Blocks", "Block files (*.block),*.block", m_dir.path()), QStringList{path("a.block")});
+        // Saving adds the default extension, given with or without its dot.
+        for (const QString &ext : {"bset", ".bset"}) {
+            chooseInNextDialog("tower", [](QFileDialog *d) { QCOMPARE(d->acceptMode(), QFileDialog::AcceptSave); });
+            QCOMPARE(prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", ext, m_dir.path()), path("tower.bset"));
+        }
     }
 
     void cancelledDialogsGiveNothing()
@@ -231,103 +205,21 @@ private slots:
         QCOMPARE(prompts.saveFile("Save As", "Blocksets (*.bset),*.bset", "bset", m_dir.path()), QString());
     }
 
-    void openFilesKeepsTheDialogsOrder()
-    {
-        GuiPrompts prompts;
-        QFileDialog::FileMode mode = QFileDialog::AnyFile;
-        onNextModal([&](QWidget *w) {
-            auto *dialog = qobject_cast<QFileDialog *>(w);
-            QVERIFY(dialog);
-            mode = dialog->fileMode();
-            auto *edit = dialog->findChild<QLineEdit *>("fileNameEdit");
-            QVERIFY(edit);
-            edit->setText("\"b.block\" \"a.block\"");
-            static_cast<QDialog *>(dialog)->accept(); // QFileDialog::accept, which checks the choice
-        });
-        const QStringList paths = prompts.openFiles("Add Blocks", "Block files (*.block),*.block", m_dir.path());
-        QCOMPARE(mode, QFileDialog::ExistingFiles);
-        QCOMPARE(paths.size(), 2);
-        QCOMPARE(QFileInfo(paths[0]).fileName(), QString("b.block"));
-        QCOMPARE(QFileInfo(paths[1]).fileName(), QString("a.block"));
-        QCOMPARE(QFileInfo(paths[0]).absolutePath(), QFileInfo(m_dir.filePath("a.block")).absolutePath());
-    }
-
-    void saveFileAddsTheDefaultExtension_data()
-    {
-        QTest::addColumn<QString>("defaultExt");
-        QTest::newRow("plain") << "bset";
-        QTest::newRow("with dot") << ".bset";
-    }
-    void saveFileAddsTheDefaultExtension()
-    {
-        QFETCH(QString, defaultExt);
-        GuiPrompts prompts;
-        onNextModal([](QWidget *w) {
-            auto *dialog = qobject_cast<QFileDialog *>(w);
-            QVERIFY(dialog);
-            QCOMPARE(dialog->acceptMode(), QFileDialog::AcceptSave);
-            dialog->selectFile("tower");
-            static_cast<QDialog *>(dialog)->accept(); // QFileDialog::accept, which checks the choice
-        });
-        const QString path = prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", defaultExt, m_dir.path());
-        QCOMPARE(QFileInfo(path).fileName(), QString("tower.bset"));
-    }
-
-    void saveFileAsksBeforeReplacing_data()
-    {
-        QTest::addColumn<bool>("replace");
-        QTest::newRow("replace") << true;
-        QTest::newRow("keep") << false;
-    }
     void saveFileAsksBeforeReplacing()
     {
-        QFETCH(bool, replace);
         GuiPrompts prompts;
         bool asked = false;
-        onNextModal([&](QWidget *w) {
-            auto *dialog = qobject_cast<QFileDialog *>(w);
-            QVERIFY(dialog);
-            // The overwrite question runs inside accept(): answer it first.
-            onNextModal([&, dialog](QWidget *question) {
+        // The overwrite question runs inside the dialog's accept(): answer it first.
+        chooseInNextDialog("castle.bset", [&](QFileDialog *) {
+            onNextModal([&](QWidget *question) {
                 auto *box = qobject_cast<QMessageBox *>(question);
                 asked = box != nullptr;
-                if (box)
-                    QTest::mouseClick(box->button(replace ? QMessageBox::Yes : QMessageBox::No), Qt::LeftButton);
-                if (!replace)
-                    QTimer::singleShot(0, dialog, &QDialog::reject);
+                QVERIFY(box);
+                QTest::mouseClick(box->button(QMessageBox::Yes), Qt::LeftButton);
             });
-            dialog->selectFile("castle.bset");
-            static_cast<QDialog *>(dialog)->accept(); // QFileDialog::accept, which checks the choice
         });
-        const QString path = prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", "bset", m_dir.path());
+        QCOMPARE(prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", "bset", m_dir.path()), path("castle.bset"));
         QVERIFY(asked);
-        QCOMPARE(path.isEmpty(), !replace);
-        if (replace)
-            QCOMPARE(QFileInfo(path).fileName(), QString("castle.bset"));
-    }
-
-    void newBlocksetUsesTheMainWindowsDialog()
-    {
-        GuiPrompts prompts;
-        // Without a dialog: the settings, sync double only with a strict prefix.
-        NewBlocksetChoice plain = prompts.newBlockset(true, true);
-        QVERIFY(plain.strictPrefix && plain.syncDouble);
-        plain = prompts.newBlockset(false, true);
-        QVERIFY(!plain.strictPrefix && !plain.syncDouble);
-
-        QList<QPair<bool, bool>> calls;
-        prompts.newBlocksetDialog = [&](bool strict, bool sync) {
-            calls.append({strict, sync});
-            NewBlocksetChoice choice;
-            choice.name = "Towers";
-            choice.version = "1.0";
-            choice.prefixIndex = 3;
-            return choice;
-        };
-        const NewBlocksetChoice choice = prompts.newBlockset(false, true);
-        QCOMPARE(calls, (QList<QPair<bool, bool>>{{false, true}}));
-        QCOMPARE(choice.name, QString("Towers"));
-        QCOMPARE(choice.prefixIndex, 3);
     }
 
     void ownerFallsBackToTheActiveWindow()
@@ -336,21 +228,14 @@ private slots:
         window.show();
         QApplication::setActiveWindow(&window);
         QVERIFY(QTest::qWaitForWindowActive(&window));
-        GuiPrompts prompts;
-        QCOMPARE(prompts.parentWidget(), nullptr);
-        QWidget *seenParent = nullptr;
+        auto *gone = new QWidget;
+        GuiPrompts prompts(gone);
+        delete gone; // a parent that went away is not used
         onNextModal([&](QWidget *w) {
-            seenParent = w->parentWidget();
+            QCOMPARE(w->parentWidget(), &window);
             QTest::keyClick(w, Qt::Key_Escape);
         });
-        prompts.message("x", "y", PromptButtons::Ok, PromptIcon::None);
-        QCOMPARE(seenParent, &window);
-
-        // A parent that goes away is not used after it is gone.
-        auto *gone = new QWidget;
-        prompts.setParentWidget(gone);
-        delete gone;
-        QCOMPARE(prompts.parentWidget(), nullptr);
+        QCOMPARE(prompts.message("x", "y", PromptButtons::Ok, PromptIcon::None), PromptAnswer::Ok);
     }
 };
 
