@@ -9,129 +9,57 @@
 class TestValueFormats : public QObject {
     Q_OBJECT
 
-private:
-    static void addRows(const QList<std::pair<const char *, const char *>> &rows)
+private slots:
+    void accept_data()
     {
+        QTest::addColumn<char>("kind");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("shown"); // null: refused
-        for (const auto &[text, shown] : rows)
-            QTest::newRow(text) << QString::fromLatin1(text) << (shown ? QString::fromLatin1(shown) : QString());
+        const auto add = [](char kind, const char *text, const char *shown) {
+            QTest::addRow("%c %s", kind, text) << kind << QString(text) << (shown ? QString(shown) : QString());
+        };
+        add('c', " (10,20,30) ", "(10,20,30)");
+        add('c', "(0,255,0)", "(0,255,0)");
+        add('c', "(010,+1,-0)", "(10,1,0)");
+        for (const char *refused : {"(10,20)", "(10,20,30,40)", "(10,20,256)", "(-1,20,30)", "10,20,30)", "(10,,30)",
+                                    "(1.5,2,3)", "(10, 20,30)", "(99999999999999999999,1,2)", "()", "\t(1,2,3)"})
+            add('c', refused, nullptr);
+        add('%', " 100% ", "100%");
+        add('%', "00%", "0%");
+        add('%', "05%", "5%");
+        for (const char *refused : {"0%", "101%", "-1%", "50", "50 %", "abc%", "1000000000000%"})
+            add('%', refused, nullptr);
+        add('p', " (045,-010) ", "(45,-10)");
+        add('p', "(0,-90)", "(0,-90)");
+        add('p', "(360,90)", "(360,90)");
+        for (const char *refused : {"(361,0)", "(-1,0)", "(0,91)", "(0,-91)", "(45)", "(45,10,0)", "(45,-)"})
+            add('p', refused, nullptr);
     }
 
-private slots:
-    void color_data()
+    // The shown text is the accepted one; it is also what the parsed numbers format to.
+    void accept()
     {
-        addRows({
-            {"(10,20,30)", "(10,20,30)"},
-            {" (10,20,30) ", "(10,20,30)"},
-            {"(0,0,0)", "(0,0,0)"},
-            {"(255,255,255)", "(255,255,255)"},
-            {"(010,20,30)", "(10,20,30)"},
-            {"(+1,-0,2)", "(1,0,2)"},
-            {"(10,20)", nullptr},
-            {"(10,20,30,40)", nullptr},
-            {"(10,20,300)", nullptr},
-            {"(10,20,256)", nullptr},
-            {"(-1,20,30)", nullptr},
-            {"10,20,30", nullptr},
-            {"(10,20,30", nullptr},
-            {"10,20,30)", nullptr},
-            {"(10,,30)", nullptr},
-            {"(a,b,c)", nullptr},
-            {"(1.5,2,3)", nullptr},
-            {"(10, 20,30)", nullptr},
-            {"(-,1,2)", nullptr},
-            {"(99999999999999999999,1,2)", nullptr},
-            {"()", nullptr},
-            {"(", nullptr},
-            {"", nullptr},
-            {"\t(1,2,3)", nullptr},
-        });
-    }
-
-    void color()
-    {
+        QFETCH(char, kind);
         QFETCH(QString, text);
         QFETCH(QString, shown);
-        const std::optional<QString> result = acceptColor(text);
-        QCOMPARE(result.has_value(), !shown.isNull());
-        if (result) {
-            QCOMPARE(*result, shown);
-            const auto parts = parseColor(text);
-            QVERIFY(parts);
-            QCOMPARE(formatColor((*parts)[0], (*parts)[1], (*parts)[2]), shown);
+        std::optional<QString> result, formatted;
+        if (kind == 'c') {
+            result = acceptColor(text);
+            if (const auto parts = parseColor(text))
+                formatted = formatColor((*parts)[0], (*parts)[1], (*parts)[2]);
+        } else if (kind == '%') {
+            result = acceptPercentage(text);
+            if (const auto percent = parsePercentage(text))
+                formatted = formatPercentage(*percent);
+        } else {
+            result = acceptPosition(text);
+            if (const auto parts = parsePosition(text))
+                formatted = formatPosition((*parts)[0], (*parts)[1]);
         }
-    }
-
-    void percentage_data()
-    {
-        addRows({
-            {"80%", "80%"},
-            {"100%", "100%"},
-            {"0%", nullptr},
-            {"00%", "0%"},
-            {"05%", "5%"},
-            {" 50% ", "50%"},
-            {"5%", nullptr},
-            {"101%", nullptr},
-            {"-1%", nullptr},
-            {"-0%", "0%"},
-            {"+5%", "5%"},
-            {"50", nullptr},
-            {"50 %", nullptr},
-            {"%%%", nullptr},
-            {"abc%", nullptr},
-            {"%", nullptr},
-            {"", nullptr},
-            {"1000000000000%", nullptr},
-        });
-    }
-
-    void percentage()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, shown);
-        const std::optional<QString> result = acceptPercentage(text);
         QCOMPARE(result.has_value(), !shown.isNull());
-        if (result) {
+        QCOMPARE(formatted, result);
+        if (result)
             QCOMPARE(*result, shown);
-            QCOMPARE(formatPercentage(*parsePercentage(text)), shown);
-        }
-    }
-
-    void position_data()
-    {
-        addRows({
-            {"(45,-10)", "(45,-10)"},
-            {" (45,30) ", "(45,30)"},
-            {"(0,-90)", "(0,-90)"},
-            {"(360,90)", "(360,90)"},
-            {"(045,-010)", "(45,-10)"},
-            {"(361,0)", nullptr},
-            {"(-1,0)", nullptr},
-            {"(0,91)", nullptr},
-            {"(0,-91)", nullptr},
-            {"(45)", nullptr},
-            {"(45,10,0)", nullptr},
-            {"45,10", nullptr},
-            {"(45,-)", nullptr},
-            {"(,)", nullptr},
-            {"", nullptr},
-        });
-    }
-
-    void position()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, shown);
-        const std::optional<QString> result = acceptPosition(text);
-        QCOMPARE(result.has_value(), !shown.isNull());
-        if (result) {
-            QCOMPARE(*result, shown);
-            const auto parts = parsePosition(text);
-            QVERIFY(parts);
-            QCOMPARE(formatPosition((*parts)[0], (*parts)[1]), shown);
-        }
     }
 };
 
