@@ -25,6 +25,7 @@
 #include <io.h>
 #include <windows.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 #endif
@@ -93,6 +94,8 @@ zip_t *openZip(int fd, int &zipCode)
 #else
     // libzip may use another C runtime than this program, so it gets a Windows
     // handle of its own rather than the descriptor.
+    // The duplicate shares the file position, which the tail check moved.
+    _lseeki64(fd, 0, SEEK_SET);
     HANDLE own = nullptr;
     if (!DuplicateHandle(GetCurrentProcess(), reinterpret_cast<HANDLE>(_get_osfhandle(fd)), GetCurrentProcess(), &own,
                          0, FALSE, DUPLICATE_SAME_ACCESS)) {
