@@ -188,7 +188,8 @@ int openToRead(const QByteArray &path, qint64 &size, int &err)
         err = 0;
         return -1;
     }
-    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+    if (st.st_size > 0) // an empty file is never read
+        fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
     size = st.st_size;
     return fd;
 }
