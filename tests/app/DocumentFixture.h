@@ -5,7 +5,6 @@
 // what the document shows, and fixture archives written with the project's
 // own Archive class.
 
-#include "app/Archive.h"
 #include "app/BlocksetDocument.h"
 #include "app/DocumentView.h"
 #include "app/InterfaceState.h"
@@ -15,23 +14,27 @@
 #include "common/RegistryWrapper.h"
 #include "support/ScriptedPrompts.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
-#include <QMap>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(PromptAnswer)
 
 // Relative path inside a blockset ("blocks/wall.block") → file bytes.
 using FileMap = QMap<QString, QByteArray>;
 
 // Text as a blockset file holds it: Windows-1252 with CR LF line ends.
-inline QByteArray dosText(const QString &text)
+inline QByteArray dosText(QString text)
 {
-    QString out = text;
-    out.replace(QStringLiteral("\n"), QStringLiteral("\r\n"));
-    return toCp1252(out);
+    return toCp1252(text.replace(QStringLiteral("\n"), QStringLiteral("\r\n")));
+}
+
+inline QByteArray styleFile(const QString &name, const QString &body = QString())
+{
+    return dosText(QStringLiteral("<style name=\"%1\">\n%2</style>\n").arg(name, body));
+}
+
+inline QByteArray updateFileText(const QString &version, const QString &comment, qint64 size)
+{
+    return dosText(QStringLiteral("<version id=\"%1\" size=\"%2\">\n%3\n</version>\n").arg(version).arg(size).arg(comment));
 }
 
 inline QByteArray blockFile(const QString &name, const QString &type = QString(), const QString &bspRoot = QString())
@@ -42,47 +45,38 @@ inline QByteArray blockFile(const QString &name, const QString &type = QString()
     text += QStringLiteral(">\n<vertices>\n<vertex ref=\"1\" coords=\"(0,0,0)\"/>\n</vertices>\n");
     if (!bspRoot.isEmpty())
         text += QStringLiteral("<BSP_TREE root=\"%1\">\n<node polygon=\"1\"/>\n</BSP_TREE>\n").arg(bspRoot);
-    text += QStringLiteral("</block>\n");
-    return dosText(text);
+    return dosText(text + QStringLiteral("</block>\n"));
 }
 
 inline bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return file.write(bytes) == bytes.size();
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
 inline QByteArray readFile(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray();
-    return file.readAll();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // Every file below `folder`, by "/"-separated relative path.
 inline FileMap filesBelow(const QString &folder)
 {
     FileMap files;
-    const QDir base(folder);
     QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
-        files.insert(base.relativeFilePath(path), readFile(path));
+        files.insert(QDir(folder).relativeFilePath(path), readFile(path));
     }
     return files;
 }
 
-// Packs `files` into the archive `archivePath` the way the editor packs a
-// working folder.
+// Packs `files` into `archivePath` the way the editor packs a working folder.
 inline bool writeBset(const QString &archivePath, const FileMap &files)
 {
     QTemporaryDir staging;
-    if (!staging.isValid())
-        return false;
     for (auto it = files.cbegin(); it != files.cend(); ++it) {
         if (!writeFile(staging.filePath(it.key()), it.value()))
             return false;
@@ -96,7 +90,7 @@ inline FileMap readBset(const QString &archivePath)
 {
     QTemporaryDir target;
     Archive archive;
-    if (!target.isValid() || !archive.openArchive(archivePath) || !archive.extractAll(target.path()))
+    if (!archive.openArchive(archivePath) || !archive.extractAll(target.path()))
         return FileMap();
     return filesBelow(target.path());
 }
@@ -108,14 +102,7 @@ public:
     void setBusy(bool busy) override { busyCalls.append(busy); }
     void viewReset() override { ++resets; }
     void checkInterface() override { ++checkInterfaceCalls; }
-
-    void clear()
-    {
-        processTexts.clear();
-        busyCalls.clear();
-        resets = 0;
-        checkInterfaceCalls = 0;
-    }
+    void clear() { *this = RecordingView(); }
 
     QStringList processTexts;
     QList<bool> busyCalls;
@@ -149,68 +136,59 @@ struct DocumentEnv {
     }
 
     QString setPath(const QString &fileName) const { return sets + QLatin1Char('/') + fileName; }
-
-    // Writes an archive into the blocksets folder and returns its path.
+    // Writes an archive into (a folder below) the blocksets folder and returns its path.
     QString addSet(const QString &fileName, const FileMap &files) const
     {
         const QString path = setPath(fileName);
+        makeFolder(QFileInfo(path).path());
         if (!writeBset(path, files))
             qWarning("could not write fixture archive %s", qPrintable(path));
         return path;
     }
-
     QString working(const QString &relative) const { return folder.workingFolder() + QLatin1Char('/') + relative; }
-
     // Opens `path` as a file handed in by a caller (no dialog).
     void open(const QString &path) { document.openBlockset(path); }
-
     void setOption(const char *name, bool on) { settings.setBoolSetting(QString::fromLatin1(name), on); }
-    bool option(const char *name) { return settings.getBoolSetting(QString::fromLatin1(name)); }
     QString pathSetting() { return settings.getStringSetting(QStringLiteral("pathBlockset")); }
 };
+
+// Checks message `index` of what the prompts recorded.
+inline void verifyMessage(const ScriptedPrompts &prompts, int index, const QString &text, const QString &title,
+                          PromptButtons buttons, PromptIcon icon)
+{
+    QVERIFY2(prompts.unexpected.isEmpty(), qPrintable(prompts.unexpected.join(QLatin1Char('\n'))));
+    QVERIFY2(prompts.messages.size() > index, qPrintable(prompts.messageTexts().join(QLatin1Char('\n'))));
+    const ScriptedPrompts::Message &m = prompts.messages[index];
+    QCOMPARE(m.text, text);
+    QCOMPARE(m.title, title);
+    QCOMPARE(m.buttons, buttons);
+    QCOMPARE(m.icon, icon);
+}
 
 // A small, complete blockset: three blocks, two textures, one sound, a style
 // file with every value, and nothing else.
 inline FileMap castleFiles(const QString &styleName = QStringLiteral("Castle.style"))
 {
-    FileMap files;
-    files.insert(styleName,
-                 dosText(QStringLiteral(
-                     "<style version=\"1.2\" name=\"Castle\" synopsis=\"Stone walls\" author=\"A. Builder\" "
-                     "copyright=\"free\">\n"
-                     "<generator app=\"Cubrix\" version=\"0.9 Beta 1\"/>\n\n"
-                     "<placeholder texture=\"brick.gif\"/>\n"
-                     "<sky texture=\"clouds.jpg\" color=\"(0,0,255)\" brightness=\"80%\"/>\n"
-                     "<ground texture=\"brick.gif\" color=\"(0,128,0)\"/>\n"
-                     "<orb texture=\"clouds.jpg\" color=\"(255,255,255)\" brightness=\"100%\" position=\"(45,30)\" "
-                     "href=\"index.3dml\" target=\"_self\" text=\"Home\"/>\n"
-                     "<block symbol=\"a\" double=\".a\" file=\"wall.block\"/>\n"
-                     "<block symbol=\"b\" double=\".b\" file=\"door.block\"/>\n"
-                     "<block symbol=\"t\" double=\".t\" file=\"tree.block\"/>\n\n"
-                     "</style>\n")));
-    files.insert(QStringLiteral("blocks/wall.block"), blockFile(QStringLiteral("Wall"), QStringLiteral("Structural"),
-                                                                QStringLiteral("5")));
-    files.insert(QStringLiteral("blocks/door.block"), blockFile(QStringLiteral("Door"), QString(), QStringLiteral("0")));
-    files.insert(QStringLiteral("blocks/tree.block"), blockFile(QStringLiteral("Tree"), QStringLiteral("sprite"),
-                                                                QStringLiteral("3")));
-    files.insert(QStringLiteral("textures/brick.gif"), QByteArray(1234, 'g'));
-    files.insert(QStringLiteral("textures/clouds.jpg"), QByteArray(20, 'j'));
-    files.insert(QStringLiteral("sounds/wind.wav"), QByteArray(1234567, 'w'));
-    return files;
+    return {
+        {styleName,
+         dosText(QStringLiteral(
+             "<style version=\"1.2\" name=\"Castle\" synopsis=\"Stone walls\" author=\"A. Builder\" copyright=\"free\">\n"
+             "<generator app=\"Cubrix\" version=\"0.9 Beta 1\"/>\n\n"
+             "<placeholder texture=\"brick.gif\"/>\n"
+             "<sky texture=\"clouds.jpg\" color=\"(0,0,255)\" brightness=\"80%\"/>\n"
+             "<ground texture=\"brick.gif\" color=\"(0,128,0)\"/>\n"
+             "<orb texture=\"clouds.jpg\" color=\"(255,255,255)\" brightness=\"100%\" position=\"(45,30)\" "
+             "href=\"index.3dml\" target=\"_self\" text=\"Home\"/>\n"
+             "<block symbol=\"a\" double=\".a\" file=\"wall.block\"/>\n"
+             "<block symbol=\"b\" double=\".b\" file=\"door.block\"/>\n"
+             "<block symbol=\"t\" double=\".t\" file=\"tree.block\"/>\n\n"
+             "</style>\n"))},
+        {QStringLiteral("blocks/wall.block"), blockFile(QStringLiteral("Wall"), QStringLiteral("Structural"), QStringLiteral("5"))},
+        {QStringLiteral("blocks/door.block"), blockFile(QStringLiteral("Door"), QString(), QStringLiteral("0"))},
+        {QStringLiteral("blocks/tree.block"), blockFile(QStringLiteral("Tree"), QStringLiteral("sprite"), QStringLiteral("3"))},
+        {QStringLiteral("textures/brick.gif"), QByteArray(1234, 'g')},
+        {QStringLiteral("textures/clouds.jpg"), QByteArray(20, 'j')},
+        {QStringLiteral("sounds/wind.wav"), QByteArray(1234567, 'w')},
+    };
 }
 
-inline QStringList fileColumn(const QList<BlockRow> &rows)
-{
-    QStringList names;
-    for (const BlockRow &row : rows)
-        names.append(row.file);
-    return names;
-}
-
-inline QStringList fileColumn(const QList<ItemRow> &rows)
-{
-    QStringList names;
-    for (const ItemRow &row : rows)
-        names.append(row.file);
-    return names;
-}

@@ -4,31 +4,28 @@
 
 #include "DocumentFixture.h"
 
-#include <QtTest>
-
 namespace {
 
 // Commands governed by checkInterface, without their btn/mnu prefix.
-const QStringList kPairs = {
-    QStringLiteral("New"),        QStringLiteral("Open"),        QStringLiteral("Close"),
-    QStringLiteral("Save"),       QStringLiteral("SaveAs"),      QStringLiteral("AddItem"),
-    QStringLiteral("RemoveItem"), QStringLiteral("ReplaceItem"), QStringLiteral("EditItem"),
-    QStringLiteral("PreviewItem"), QStringLiteral("AddBSP"),
-};
+const QStringList kPairs = {"New", "Open", "Close", "Save", "SaveAs", "AddItem", "RemoveItem", "ReplaceItem",
+                            "EditItem", "PreviewItem", "AddBSP"};
 
+// The enabled commands, sorted; a command the state leaves unset, or whose
+// button and menu entry differ, shows up as a mismatch.
 QStringList enabledCommands(const InterfaceState &state)
 {
     QStringList names;
-    for (const QString &pair : kPairs) {
-        const bool button = state.enabled.value(QStringLiteral("btn") + pair, false);
-        const bool menu = state.enabled.value(QStringLiteral("mnu") + pair, false);
-        if (button != menu)
-            names.append(QStringLiteral("mismatch:") + pair);
-        else if (button)
+    for (const QString &pair : kPairs + QStringList{"RemapSymbols"}) {
+        const QString button = (pair == "RemapSymbols" ? "mnu" : "btn") + pair;
+        const QString menu = "mnu" + pair;
+        if (!state.enabled.contains(button) || !state.enabled.contains(menu) || state.enabled[button] != state.enabled[menu])
+            names.append("mismatch:" + pair);
+        else if (state.enabled[button])
             names.append(pair);
     }
-    if (state.enabled.value(QStringLiteral("mnuRemapSymbols"), false))
-        names.append(QStringLiteral("RemapSymbols"));
+    if (state.enabled.size() != 2 * kPairs.size() + 1) // manager, options, about and exit are never touched
+        names.append("unexpected commands");
+    names.sort();
     return names;
 }
 
@@ -38,257 +35,114 @@ class TestInterfaceState : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void commands_data();
-    void commands();
-    void everyGovernedCommandIsSet_data();
-    void everyGovernedCommandIsSet();
-    void caption_data();
-    void caption();
-    void panels_data();
-    void panels();
-    void updateGroup_data();
-    void updateGroup();
-
-private:
-    // Opens the named fixture ("" = nothing open) and shows `tab`.
-    void openScenario(DocumentEnv &env, const QString &scenario, int tab = -1);
-
-    QTemporaryDir m_fixtures;
-    QMap<QString, QString> m_archives;
-};
-
-void TestInterfaceState::initTestCase()
-{
-    QVERIFY(m_fixtures.isValid());
-    const auto make = [this](const QString &name, int blocks, int textures, int sounds, const QString &version) {
-        FileMap files;
-        QString style = QStringLiteral("<style name=\"%1\"").arg(name);
-        if (!version.isEmpty())
-            style += QStringLiteral(" version=\"%1\"").arg(version);
-        files.insert(name + QStringLiteral(".style"), dosText(style + QStringLiteral(">\n</style>\n")));
-        for (int i = 0; i < blocks; ++i)
-            files.insert(QStringLiteral("blocks/b%1.block").arg(i, 2, 10, QLatin1Char('0')),
-                         blockFile(QStringLiteral("Block %1").arg(i)));
-        for (int i = 0; i < textures; ++i)
-            files.insert(QStringLiteral("textures/t%1.gif").arg(i), QByteArray("GIF89a"));
-        for (int i = 0; i < sounds; ++i)
-            files.insert(QStringLiteral("sounds/s%1.wav").arg(i), QByteArray("RIFF"));
-        const QString path = m_fixtures.filePath(name + QStringLiteral(".bset"));
-        QVERIFY(writeBset(path, files));
-        m_archives.insert(name, path);
-    };
-    make(QStringLiteral("Full"), 89, 1, 1, QString());
-    make(QStringLiteral("AlmostFull"), 88, 0, 2, QString());
-    make(QStringLiteral("One"), 1, 2, 0, QStringLiteral("0.5 beta"));
-    make(QStringLiteral("NoBlocks"), 0, 1, 1, QString());
-    make(QStringLiteral("Empty"), 0, 0, 0, QString());
-}
-
-void TestInterfaceState::openScenario(DocumentEnv &env, const QString &scenario, int tab)
-{
-    if (scenario.isEmpty())
-        return;
-    env.open(m_archives.value(scenario));
-    QVERIFY2(env.document.blocksetOpen(), qPrintable(scenario));
-    if (tab >= 0)
-        env.document.setTab(tab);
-}
-
-void TestInterfaceState::commands_data()
-{
-    QTest::addColumn<QString>("scenario");
-    QTest::addColumn<int>("tab");
-    QTest::addColumn<bool>("changed");
-    QTest::addColumn<QStringList>("enabled");
-
-    const QStringList always = {"New", "Open", "Close", "SaveAs"};
-    const QStringList withBlocks = always + QStringList{"AddBSP", "RemapSymbols"};
-    const int blocksTab = BlocksetDocument::BlocksTab;
-    const int texturesTab = BlocksetDocument::TexturesTab;
-    const int soundsTab = BlocksetDocument::SoundsTab;
-    const int settingsTab = BlocksetDocument::SettingsTab;
-
-    QTest::newRow("no blockset") << "" << blocksTab << false << QStringList{"New", "Open"};
-    QTest::newRow("no blockset, settings tab") << "" << settingsTab << false << QStringList{"New", "Open"};
-    QTest::newRow("89 blocks, blocks tab: add disabled")
-        << "Full" << blocksTab << false
-        << withBlocks + QStringList{"RemoveItem", "ReplaceItem", "EditItem", "PreviewItem"};
-    QTest::newRow("89 blocks, textures tab: add enabled")
-        << "Full" << texturesTab << false << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem"};
-    QTest::newRow("89 blocks, sounds tab: add enabled")
-        << "Full" << soundsTab << false << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem"};
-    QTest::newRow("89 blocks, settings tab: no item command") << "Full" << settingsTab << false << withBlocks;
-    QTest::newRow("89 blocks, changed") << "Full" << blocksTab << true
-                                        << withBlocks
-                                               + QStringList{"Save", "RemoveItem", "ReplaceItem", "EditItem",
-                                                             "PreviewItem"};
-    QTest::newRow("88 blocks, blocks tab: add enabled")
-        << "AlmostFull" << blocksTab << false
-        << withBlocks + QStringList{"AddItem", "RemoveItem", "ReplaceItem", "EditItem", "PreviewItem"};
-    QTest::newRow("no textures, textures tab") << "AlmostFull" << texturesTab << false
-                                               << withBlocks + QStringList{"AddItem"};
-    QTest::newRow("no sounds, sounds tab") << "One" << soundsTab << false << withBlocks + QStringList{"AddItem"};
-    QTest::newRow("1 block, textures tab") << "One" << texturesTab << false
-                                           << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem"};
-    QTest::newRow("no blocks, blocks tab") << "NoBlocks" << blocksTab << false << always + QStringList{"AddItem"};
-    QTest::newRow("no blocks, sounds tab") << "NoBlocks" << soundsTab << false
-                                           << always + QStringList{"AddItem", "RemoveItem", "PreviewItem"};
-    QTest::newRow("no items, settings tab") << "Empty" << settingsTab << false << always;
-    QTest::newRow("no items, changed") << "Empty" << settingsTab << true << always + QStringList{"Save"};
-}
-
-void TestInterfaceState::commands()
-{
-    QFETCH(QString, scenario);
-    QFETCH(int, tab);
-    QFETCH(bool, changed);
-    QFETCH(QStringList, enabled);
-
-    DocumentEnv env;
-    openScenario(env, scenario, tab);
-    if (changed)
-        env.document.editStyleValue(StyleField::Copyright, QStringLiteral("mine"));
-    env.document.setTab(tab);
-
-    QStringList actual = enabledCommands(computeInterfaceState(env.document, true));
-    actual.sort();
-    enabled.sort();
-    QCOMPARE(actual, enabled);
-}
-
-void TestInterfaceState::everyGovernedCommandIsSet_data()
-{
-    QTest::addColumn<QString>("scenario");
-    QTest::newRow("no blockset") << "";
-    QTest::newRow("blockset open") << "One";
-}
-
-// The window applies the state to exactly these commands; a missing one would
-// keep a stale enabled state, and the manager, options, about and exit
-// commands are never touched.
-void TestInterfaceState::everyGovernedCommandIsSet()
-{
-    QFETCH(QString, scenario);
-
-    DocumentEnv env;
-    openScenario(env, scenario);
-    const InterfaceState state = computeInterfaceState(env.document, false);
-
-    QStringList expected;
-    for (const QString &pair : kPairs)
-        expected << QStringLiteral("btn") + pair << QStringLiteral("mnu") + pair;
-    expected << QStringLiteral("mnuRemapSymbols");
-    expected.sort();
-    QStringList keys = state.enabled.keys();
-    keys.sort();
-    QCOMPARE(keys, expected);
-}
-
-void TestInterfaceState::caption_data()
-{
-    QTest::addColumn<QString>("steps");
-    QTest::addColumn<QString>("caption");
-
-    QTest::newRow("nothing open") << "" << "Cubrix";
-    QTest::newRow("opened") << "open" << "Cubrix - One.bset";
-    QTest::newRow("style edited") << "open,style" << "Cubrix - One.bset*";
-    QTest::newRow("only update comment edited") << "open,update" << "Cubrix - One.bset*";
-    QTest::newRow("saved again") << "open,style,save" << "Cubrix - One.bset";
-    QTest::newRow("new blockset") << "new" << "Cubrix - Untitled";
-    QTest::newRow("closed") << "open,close" << "Cubrix";
-}
-
-void TestInterfaceState::caption()
-{
-    QFETCH(QString, steps);
-    QFETCH(QString, caption);
-
-    DocumentEnv env;
-    QTemporaryDir copy;
-    const QString path = copy.filePath(QStringLiteral("One.bset"));
-    QVERIFY(QFile::copy(m_archives.value(QStringLiteral("One")), path));
-    for (const QString &step : steps.split(u',', Qt::SkipEmptyParts)) {
-        if (step == QLatin1String("open")) {
-            env.open(path);
-        } else if (step == QLatin1String("style")) {
-            env.document.editStyleValue(StyleField::Name, QStringLiteral("Other"));
-        } else if (step == QLatin1String("update")) {
-            env.document.editUpdateComment(QStringLiteral("note"));
-        } else if (step == QLatin1String("save")) {
-            QVERIFY(env.document.saveBlockset());
-        } else if (step == QLatin1String("new")) {
-            env.prompts.newAnswers = {NewBlocksetChoice()};
-            env.document.newBlockset();
-        } else if (step == QLatin1String("close")) {
-            env.document.closeBlockset();
-        }
+    void initTestCase()
+    {
+        const auto make = [this](const QString &name, int blocks, int textures, int sounds, const QString &version) {
+            FileMap files{{name + ".style", dosText(QStringLiteral("<style name=\"%1\" version=\"%2\">\n</style>\n").arg(name, version))}};
+            for (int i = 0; i < blocks; ++i)
+                files.insert(QStringLiteral("blocks/b%1.block").arg(i, 2, 10, QLatin1Char('0')), blockFile(QStringLiteral("Block %1").arg(i)));
+            for (int i = 0; i < textures; ++i)
+                files.insert(QStringLiteral("textures/t%1.gif").arg(i), QByteArray("GIF89a"));
+            for (int i = 0; i < sounds; ++i)
+                files.insert(QStringLiteral("sounds/s%1.wav").arg(i), QByteArray("RIFF"));
+            QVERIFY(writeBset(m_fixtures.filePath(name + ".bset"), files));
+        };
+        make("Full", 89, 1, 1, QString());
+        make("AlmostFull", 88, 0, 2, QString());
+        make("One", 1, 2, 0, "0.5 beta");
+        make("Empty", 0, 0, 0, QString());
     }
-    QVERIFY(env.prompts.messages.isEmpty());
-    QCOMPARE(computeInterfaceState(env.document, true).caption, caption);
-}
 
-void TestInterfaceState::panels_data()
-{
-    QTest::addColumn<QString>("scenario");
-    QTest::addColumn<QString>("blocks");
-    QTest::addColumn<QString>("textures");
-    QTest::addColumn<QString>("sounds");
-    QTest::addColumn<QString>("version");
+    void commands_data()
+    {
+        QTest::addColumn<QString>("scenario");
+        QTest::addColumn<int>("tab");
+        QTest::addColumn<QString>("edit"); // "", "style" or "update"
+        QTest::addColumn<QStringList>("enabled");
+        QTest::addColumn<QString>("caption");
 
-    QTest::newRow("nothing open") << "" << "" << "" << "" << "";
-    QTest::newRow("89 blocks") << "Full" << "89 Blocks" << "1 Texture" << "1 Sound" << "No Version";
-    QTest::newRow("88 blocks") << "AlmostFull" << "88 Blocks" << "No Textures" << "2 Sounds" << "No Version";
-    QTest::newRow("one block") << "One" << "1 Block" << "2 Textures" << "No Sounds" << "0.5 beta";
-    QTest::newRow("no blocks") << "NoBlocks" << "No Blocks" << "1 Texture" << "1 Sound" << "No Version";
-    QTest::newRow("no items") << "Empty" << "No Blocks" << "No Textures" << "No Sounds" << "No Version";
-}
+        const QStringList always = {"New", "Open", "Close", "SaveAs"};
+        const QStringList withBlocks = always + QStringList{"AddBSP", "RemapSymbols"};
+        const QStringList blockItems = {"RemoveItem", "ReplaceItem", "EditItem", "PreviewItem"};
+        const int blocksTab = BlocksetDocument::BlocksTab;
+        const int texturesTab = BlocksetDocument::TexturesTab;
 
-void TestInterfaceState::panels()
-{
-    QFETCH(QString, scenario);
-    QFETCH(QString, blocks);
-    QFETCH(QString, textures);
-    QFETCH(QString, sounds);
-    QFETCH(QString, version);
+        QTest::newRow("no blockset") << "" << blocksTab << "" << QStringList{"New", "Open"} << "Cubrix";
+        QTest::newRow("89 blocks, blocks tab: add disabled") << "Full" << blocksTab << "" << withBlocks + blockItems
+                                                            << "Cubrix - Full.bset";
+        QTest::newRow("89 blocks, textures tab: add enabled")
+            << "Full" << texturesTab << "" << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem"} << "Cubrix - Full.bset";
+        QTest::newRow("89 blocks, settings tab: no item command")
+            << "Full" << int(BlocksetDocument::SettingsTab) << "" << withBlocks << "Cubrix - Full.bset";
+        QTest::newRow("88 blocks, style edited") << "AlmostFull" << blocksTab << "style"
+                                                 << withBlocks + blockItems + QStringList{"AddItem", "Save"} << "Cubrix - AlmostFull.bset*";
+        QTest::newRow("no textures, textures tab") << "AlmostFull" << texturesTab << "" << withBlocks + QStringList{"AddItem"}
+                                                   << "Cubrix - AlmostFull.bset";
+        QTest::newRow("no sounds, sounds tab, only the update comment edited")
+            << "One" << int(BlocksetDocument::SoundsTab) << "update" << withBlocks + QStringList{"AddItem", "Save"} << "Cubrix - One.bset*";
+        QTest::newRow("no blocks, blocks tab") << "Empty" << blocksTab << "" << always + QStringList{"AddItem"} << "Cubrix - Empty.bset";
+    }
 
-    DocumentEnv env;
-    openScenario(env, scenario);
-    const InterfaceState state = computeInterfaceState(env.document, true);
-    QCOMPARE(state.blocksPanel, blocks);
-    QCOMPARE(state.texturesPanel, textures);
-    QCOMPARE(state.soundsPanel, sounds);
-    QCOMPARE(state.versionPanel, version);
+    void commands()
+    {
+        QFETCH(QString, scenario);
+        QFETCH(QString, edit);
+        QFETCH(QStringList, enabled);
+        DocumentEnv env;
+        openScenario(env, scenario);
+        if (edit == "style")
+            env.document.editStyleValue(StyleField::Copyright, QStringLiteral("mine"));
+        else if (edit == "update")
+            env.document.editUpdateComment(QStringLiteral("note"));
+        QFETCH(int, tab);
+        env.document.setTab(tab);
 
-    if (!scenario.isEmpty()) {
+        const InterfaceState state = computeInterfaceState(env.document, true);
+        enabled.sort();
+        QCOMPARE(enabledCommands(state), enabled);
+        QTEST(state.caption, "caption");
+    }
+
+    void panels_data()
+    {
+        QTest::addColumn<QString>("scenario");
+        QTest::addColumn<QStringList>("panels"); // blocks, textures, sounds, version
+        QTest::newRow("nothing open") << "" << QStringList{"", "", "", ""};
+        QTest::newRow("89 blocks") << "Full" << QStringList{"89 Blocks", "1 Texture", "1 Sound", "No Version"};
+        QTest::newRow("one block") << "One" << QStringList{"1 Block", "2 Textures", "No Sounds", "0.5 beta"};
+        QTest::newRow("no items") << "Empty" << QStringList{"No Blocks", "No Textures", "No Sounds", "No Version"};
+    }
+
+    void panels()
+    {
+        QFETCH(QString, scenario);
+        DocumentEnv env;
+        openScenario(env, scenario);
+        const InterfaceState state = computeInterfaceState(env.document, true);
+        QTEST(QStringList({state.blocksPanel, state.texturesPanel, state.soundsPanel, state.versionPanel}), "panels");
+        // The update group follows the setting alone, blockset open or not.
+        QVERIFY(state.updateGroupEnabled && !computeInterfaceState(env.document, false).updateGroupEnabled);
+        if (scenario.isEmpty())
+            return;
         // An edited version shows at once; emptied, the panel says so.
         env.document.editStyleValue(StyleField::Version, QStringLiteral("3.1"));
         QCOMPARE(computeInterfaceState(env.document, true).versionPanel, QStringLiteral("3.1"));
         env.document.editStyleValue(StyleField::Version, QString());
         QCOMPARE(computeInterfaceState(env.document, true).versionPanel, QStringLiteral("No Version"));
     }
-}
 
-void TestInterfaceState::updateGroup_data()
-{
-    QTest::addColumn<QString>("scenario");
-    QTest::addColumn<bool>("updateFile");
+private:
+    // Opens the named fixture ("" = nothing open).
+    void openScenario(DocumentEnv &env, const QString &scenario)
+    {
+        if (scenario.isEmpty())
+            return;
+        env.open(m_fixtures.filePath(scenario + ".bset"));
+        QVERIFY2(env.document.blocksetOpen(), qPrintable(scenario));
+    }
 
-    QTest::newRow("open, setting on") << "One" << true;
-    QTest::newRow("open, setting off") << "One" << false;
-    QTest::newRow("nothing open, setting on") << "" << true;
-    QTest::newRow("nothing open, setting off") << "" << false;
-}
-
-void TestInterfaceState::updateGroup()
-{
-    QFETCH(QString, scenario);
-    QFETCH(bool, updateFile);
-
-    DocumentEnv env;
-    openScenario(env, scenario);
-    QCOMPARE(computeInterfaceState(env.document, updateFile).updateGroupEnabled, updateFile);
-}
+    QTemporaryDir m_fixtures;
+};
 
 QTEST_GUILESS_MAIN(TestInterfaceState)
 #include "test_interface_state.moc"
