@@ -1,8 +1,11 @@
 #pragma once
 
 // Shared set-up of the main-window tests: a private Temp root and settings hive,
-// a main window driven through scripted prompts, and real .bset archives built
-// with the project's own archive and style writer.
+// a main window driven through scripted prompts, real .bset archives built with
+// the project's own archive and style writer, and MainWindowTest, the base of
+// the test classes, which gives every test function a fresh fixture and fails
+// it on any prompt it did not expect. A test file that derives from
+// MainWindowTest ends with #include "moc_MainWindowFixture.cpp".
 
 #include "app/Archive.h"
 #include "app/BlocksetDocument.h"
@@ -10,9 +13,6 @@
 #include "app/ui/frmMain.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser_Style.h"
-#include "formats/ui/usrColor.h"
-#include "formats/ui/usrPercentage.h"
-#include "formats/ui/usrPosition.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolScheme.h"
 
@@ -22,24 +22,20 @@
 #include <QFile>
 #include <QImage>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMap>
-#include <QPlainTextEdit>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTreeWidget>
 
 #include <memory>
 
+// What makeBlockset packs; written with designated initializers, {.name = "Tower", .blocks = 2}.
 struct BlocksetRecipe {
-    QString name = QStringLiteral("Sample");
-    int blocks = 0;
-    int textures = 0;
-    int sounds = 0;
-    bool withStyle = true;
-    QString version = QStringLiteral("1.0");
-    // Further style values the archive's style file carries (sky colour, orb text, ...).
-    QMap<StyleField, QString> values;
+    QString name = "Sample";
+    int blocks = 0, textures = 0, sounds = 0; // texture<i>.jpg is 16+i x 8 pixels
+    QString version = "1.0";
+    QMap<StyleField, QString> values; // further values of the style file
 };
 
 class MainWindowFixture {
@@ -47,8 +43,8 @@ public:
     MainWindowFixture()
     {
         // The working folder lies below $Temp: keep it inside this test's folder.
-        qputenv("Temp", QDir(dir.path()).filePath(QStringLiteral("temp")).toLocal8Bit());
-        QDir().mkpath(QDir(dir.path()).filePath(QStringLiteral("temp")));
+        QDir().mkpath(dir.filePath("temp"));
+        qputenv("Temp", dir.filePath("temp").toLocal8Bit());
     }
 
     // A fresh main window on the scripted prompts and the private settings hive.
@@ -56,76 +52,77 @@ public:
     {
         frmMain::Options options;
         options.prompts = &prompts;
-        options.registryPath = registryPath();
+        options.registryPath = dir.filePath("registry.reg");
         window = std::make_unique<frmMain>(options);
         return *window;
     }
 
-    QString registryPath() const { return QDir(dir.path()).filePath(QStringLiteral("registry.reg")); }
-
-    // Builds <dir>/<name>.bset with the given numbers of items.
+    // Builds <dir>/<name>.bset. Block i has the i-th symbol and "." before it as double.
     QString makeBlockset(const BlocksetRecipe &recipe)
     {
-        const QString stage = QDir(dir.path()).filePath(QStringLiteral("stage-") + recipe.name);
+        const QString stage = dir.filePath("stage-" + recipe.name);
         QDir(stage).removeRecursively();
-        for (const char *sub : {"blocks", "textures", "sounds"})
-            QDir().mkpath(stage + QLatin1Char('/') + QLatin1String(sub));
-
+        for (const char *sub : {"/blocks", "/textures", "/sounds"})
+            QDir().mkpath(stage + sub);
         QList<BlockRow> rows;
         for (int i = 0; i < recipe.blocks; ++i) {
             BlockRow row;
-            row.file = QStringLiteral("block%1.block").arg(i, 3, 10, QLatin1Char('0'));
-            row.name = QStringLiteral("Block %1").arg(i);
-            // Symbols by position, doubles with the common prefix ".": strict prefix holds.
+            row.file = QString("block%1.block").arg(i, 3, 10, QLatin1Char('0'));
+            row.name = QString("Block %1").arg(i);
             row.symbol = symbolAlphabet().mid(i % blockLimit(), 1);
-            row.doubleSymbol = QLatin1Char('.') + row.symbol;
-            writeFile(stage + QStringLiteral("/blocks/") + row.file,
-                      QStringLiteral("<BLOCK NAME=\"%1\" TYPE=\"structural\">\r\n<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n")
-                          .arg(row.name)
-                          .toLatin1());
+            row.doubleSymbol = '.' + row.symbol;
+            const QByteArray block = "<BLOCK NAME=\"" + row.name.toLatin1() + "\" TYPE=\"structural\">\r\n";
+            writeFile(stage + "/blocks/" + row.file, block + "<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n");
             rows.append(row);
         }
         for (int i = 0; i < recipe.textures; ++i) {
             QImage image(16 + i, 8, QImage::Format_RGB32);
             image.fill(Qt::darkCyan);
-            image.save(stage + QStringLiteral("/textures/texture%1.jpg").arg(i), "JPG");
+            image.save(stage + QString("/textures/texture%1.jpg").arg(i), "JPG");
         }
         for (int i = 0; i < recipe.sounds; ++i)
-            writeFile(stage + QStringLiteral("/sounds/sound%1.wav").arg(i), QByteArray(44 + i, '\0'));
-        if (recipe.withStyle) {
-            StyleValues style;
-            style.name = recipe.name;
-            style.version = recipe.version;
-            for (auto it = recipe.values.cbegin(); it != recipe.values.cend(); ++it)
-                styleValue(style, it.key()) = it.value();
-            writeFile(stage + QLatin1Char('/') + recipe.name + QStringLiteral(".style"), writeStyle(style, rows));
-        }
+            writeFile(stage + QString("/sounds/sound%1.wav").arg(i), QByteArray(44 + i, '\0'));
+        StyleValues style;
+        style.name = recipe.name;
+        style.version = recipe.version;
+        for (auto it = recipe.values.cbegin(); it != recipe.values.cend(); ++it)
+            styleValue(style, it.key()) = it.value();
+        writeFile(stage + '/' + recipe.name + ".style", writeStyle(style, rows));
 
-        const QString path = QDir(dir.path()).filePath(recipe.name + QStringLiteral(".bset"));
+        const QString path = dir.filePath(recipe.name + ".bset");
         Archive archive;
-        const bool packed = archive.newArchive(path) && archive.addFiles(stage, true) && archive.writeArchive();
-        if (!packed)
+        if (!archive.newArchive(path) || !archive.addFiles(stage, true) || !archive.writeArchive())
             qWarning("could not pack %s: %s", qPrintable(path), qPrintable(archive.lastError()));
-        archive.newArchive(QString());
         return path;
     }
 
-    // Opens a blockset as the command line does and checks that it opened.
+    // Opens a blockset as the command line does; true when it opened.
     bool openBlockset(const BlocksetRecipe &recipe)
     {
         window->openBlocksetFile(makeBlockset(recipe));
-        return window->document().blocksetOpen();
+        return document().blocksetOpen();
     }
+    bool show() { window->show(); return QTest::qWaitForWindowExposed(window.get()); }
 
-    QTabWidget *tabs() const { return window->findChild<QTabWidget *>(QStringLiteral("SSTab1")); }
+    BlocksetDocument &document() const { return window->document(); }
+    QString caption() const { return window->windowTitle(); }
+    QTabWidget *tabs() const { return window->findChild<QTabWidget *>("SSTab1"); }
+    QAction *action(const QString &name) const { return window->findChild<QAction *>(name); }
+    bool enabled(const QString &name) const { return action(name) && action(name)->isEnabled(); }
+    QTreeWidget *list(const QString &name) const { return window->findChild<QTreeWidget *>(name); }
+    int rows(const QString &name) const { return list(name) ? list(name)->topLevelItemCount() : -1; }
+    QString panel(const QString &name) const
+    {
+        const QLabel *label = window->findChild<QLabel *>(name);
+        return label ? label->text() : "<missing " + name + ">";
+    }
 
     // A control by object name; "rgbSky/txtR" names a part of a value control.
     QWidget *control(const QString &path) const
     {
         QWidget *found = window.get();
-        for (const QString &name : path.split(QLatin1Char('/'))) {
+        for (const QString &name : path.split('/'))
             found = found ? found->findChild<QWidget *>(name) : nullptr;
-        }
         return found;
     }
 
@@ -133,72 +130,60 @@ public:
     QString shownText(const QString &path) const
     {
         QWidget *widget = control(path);
-        if (auto *line = qobject_cast<QLineEdit *>(widget))
-            return line->text();
-        if (auto *box = qobject_cast<QComboBox *>(widget))
-            return box->currentText();
-        if (auto *color = qobject_cast<usrColor *>(widget))
-            return color->rgb();
-        if (auto *percentage = qobject_cast<usrPercentage *>(widget))
-            return percentage->percentage();
-        if (auto *position = qobject_cast<usrPosition *>(widget))
-            return position->position();
-        if (auto *comment = qobject_cast<QPlainTextEdit *>(widget))
-            return comment->toPlainText();
-        return QStringLiteral("<no text control %1>").arg(path);
+        for (const char *property : {"RGB", "Percentage", "Position", "text", "currentText", "plainText"})
+            if (widget && widget->property(property).isValid())
+                return widget->property(property).toString();
+        return "<no text control " + path + ">";
     }
 
-    // Shows `tab` and types `keys` into the control at `path` as the user would.
-    QWidget *typeInto(int tab, const QString &path, const QString &keys)
+    // Shows the tab that holds the control at `path` and types `keys` into it as
+    // the user would: "\b" is Backspace, "\n" Return, and a character outside
+    // Latin-1 ("€") comes as a key press carrying just that text.
+    QWidget *typeInto(const QString &path, const QString &keys)
     {
-        tabs()->setCurrentIndex(tab);
         QWidget *field = control(path);
-        if (!field) {
-            qWarning("no control named %s", qPrintable(path));
+        if (!field)
             return nullptr;
-        }
+        for (int i = 0; i < tabs()->count(); ++i)
+            if (tabs()->widget(i)->isAncestorOf(field))
+                tabs()->setCurrentIndex(i);
         field->setFocus();
-        // "\b" stands for the Backspace key and "\n" for Return; a character
-        // outside Latin-1 ("€") comes as a key press carrying just that text.
-        QString run;
-        const auto flush = [&] {
-            QTest::keyClicks(field, run);
-            run.clear();
-        };
         for (const QChar key : keys) {
-            if (key == QLatin1Char('\b') || key == QLatin1Char('\n')) {
-                flush();
-                QTest::keyClick(field, key == QLatin1Char('\b') ? Qt::Key_Backspace : Qt::Key_Return);
-            } else if (key.unicode() > 0xff) {
-                flush();
+            if (key == '\b' || key == '\n')
+                QTest::keyClick(field, key == '\b' ? Qt::Key_Backspace : Qt::Key_Return);
+            else if (key.unicode() > 0xff)
                 QTest::sendKeyEvent(QTest::Click, field, Qt::Key_unknown, QString(key), Qt::NoModifier);
-            } else {
-                run += key;
-            }
+            else
+                QTest::keyClicks(field, QString(key));
         }
-        flush();
         return field;
     }
 
-    QAction *action(const QString &name) const { return window->findChild<QAction *>(name); }
-    bool enabled(const QString &name) const
+    // A shown message in one line, to compare with message(...).
+    static QString message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon)
     {
-        QAction *a = action(name);
-        return a && a->isEnabled();
+        return QString("%1 | %2 | buttons %3 | icon %4").arg(text, title).arg(int(buttons)).arg(int(icon));
     }
-    QString panel(const QString &name) const
+    QString message(int index) const
     {
-        const QLabel *label = window->findChild<QLabel *>(name);
-        return label ? label->text() : QStringLiteral("<missing %1>").arg(name);
+        const ScriptedPrompts::Message m = prompts.messages.value(index, {"<no such message>", {}, {}, {}});
+        return message(m.text, m.title, m.buttons, m.icon);
     }
 
-    static void writeFile(const QString &path, const QByteArray &bytes)
+    // The text of one file inside an archive.
+    static QString fileIn(const QString &archivePath, const QString &name)
+    {
+        QTemporaryDir target;
+        Archive archive;
+        if (!archive.openArchive(archivePath) || !archive.extractAll(target.path()))
+            return "<cannot unpack " + archivePath + ">";
+        return QString::fromLatin1(readFile(target.filePath(name)));
+    }
+    static bool writeFile(const QString &path, const QByteArray &bytes)
     {
         QFile file(path);
-        if (file.open(QIODevice::WriteOnly))
-            file.write(bytes);
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
     }
-
     static QByteArray readFile(const QString &path)
     {
         QFile file(path);
@@ -208,4 +193,23 @@ public:
     QTemporaryDir dir;
     ScriptedPrompts prompts;
     std::unique_ptr<frmMain> window;
+};
+
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+protected:
+    std::unique_ptr<MainWindowFixture> fixture;
+
+private slots:
+    void init()
+    {
+        fixture = std::make_unique<MainWindowFixture>();
+        fixture->open();
+    }
+    void cleanup()
+    {
+        QVERIFY2(fixture->prompts.unexpected.isEmpty(), qPrintable(fixture->prompts.unexpected.join("; ")));
+        fixture.reset();
+    }
 };
