@@ -35,7 +35,7 @@ struct BlocksetRecipe {
     QString name = "Sample";
     int blocks = 0, textures = 0, sounds = 0; // texture<i>.jpg is 16+i x 8 pixels
     QString version = "1.0";
-    QMap<StyleField, QString> values; // further values of the style file
+    QMap<StyleField, QString> values = {}; // further values of the style file
 };
 
 class MainWindowFixture {

