@@ -13,13 +13,7 @@ const QString kChanged = QStringLiteral("The blockset has been changed. Do you w
 NewBlocksetChoice choice(const QString &name, const QString &version = QString(), bool strictPrefix = true,
                          bool syncDouble = true, int prefixIndex = 0)
 {
-    NewBlocksetChoice c;
-    c.name = name;
-    c.version = version;
-    c.strictPrefix = strictPrefix;
-    c.syncDouble = syncDouble;
-    c.prefixIndex = prefixIndex;
-    return c;
+    return {name, version, strictPrefix, syncDouble, prefixIndex};
 }
 
 } // namespace

@@ -64,29 +64,19 @@ class TestWorkingFolder : public QObject {
     Q_OBJECT
 
 private slots:
-    void tempRootFollowsEnvironment_data()
-    {
-        QTest::addColumn<QByteArray>("temp");
-        QTest::addColumn<QByteArray>("tmpdir");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("Temp wins") << QByteArray("/t/temp") << QByteArray("/t/tmpdir") << "/t/temp";
-        QTest::newRow("TMPDIR without Temp") << QByteArray() << QByteArray("/t/tmpdir") << "/t/tmpdir";
-        QTest::newRow("neither") << QByteArray() << QByteArray() << "/tmp";
-    }
-
+    // Temp wins over TMPDIR; without either, /tmp.
     void tempRootFollowsEnvironment()
     {
-        QFETCH(QByteArray, temp);
-        QFETCH(QByteArray, tmpdir);
-        QFETCH(QString, expected);
-        const QByteArray oldTemp = qgetenv("Temp");
-        const QByteArray oldTmpdir = qgetenv("TMPDIR");
+        const QByteArray oldTemp = qgetenv("Temp"), oldTmpdir = qgetenv("TMPDIR");
         const auto set = [](const char *name, const QByteArray &value) { value.isNull() ? qunsetenv(name) : qputenv(name, value); };
         const auto restore = qScopeGuard([&] { set("Temp", oldTemp); set("TMPDIR", oldTmpdir); });
-        set("Temp", temp);
-        set("TMPDIR", tmpdir);
-        QCOMPARE(WorkingFolder::tempRoot(), expected);
-        QCOMPARE(WorkingFolder().workingFolder(), expected + "/Cubrix");
+        for (const auto &[temp, tmpdir, expected] : {std::tuple<QByteArray, QByteArray, QString>{"/t/temp", "/t/tmpdir", "/t/temp"},
+                                                     {QByteArray(), "/t/tmpdir", "/t/tmpdir"}, {QByteArray(), QByteArray(), "/tmp"}}) {
+            set("Temp", temp);
+            set("TMPDIR", tmpdir);
+            QCOMPARE(WorkingFolder::tempRoot(), expected);
+            QCOMPARE(WorkingFolder().workingFolder(), expected + "/Cubrix");
+        }
     }
 
     void createAndClear_data()

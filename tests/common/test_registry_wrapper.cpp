@@ -96,7 +96,6 @@ private slots:
         QTest::newRow("all written") << true << 0;
         QTest::newRow("key cannot be created") << false << 0;
         QTest::newRow("first folder fails") << true << 1;
-        QTest::newRow("first option fails") << true << 5;
         QTest::newRow("last option fails") << true << 11;
     }
     void defaultsStopAtFirstFailure()

@@ -163,7 +163,6 @@ private slots:
         add("later element overwrites", "<sky texture='a'><sky texture='b'>", StyleField::SkyTexture, "b");
         add("attribute of another element not taken", "<ground brightness='50%'>", StyleField::SkyBrightness,
             "former");
-        add("capitals", "<ORB HREF='Index.3dml'>", StyleField::OrbHref, "Index.3dml");
         add("after the end of the style", "</style><sky texture='late'>", StyleField::SkyTexture, "former");
         add("unknown element", "<skies texture='x'>", StyleField::SkyTexture, "former");
         add("unterminated tag", "<sky texture='x'", StyleField::SkyTexture, "former");

@@ -213,8 +213,7 @@ private slots:
         chooseInNextDialog("castle.bset", [&](QFileDialog *) {
             onNextModal([&](QWidget *question) {
                 auto *box = qobject_cast<QMessageBox *>(question);
-                asked = box != nullptr;
-                QVERIFY(box);
+                QVERIFY((asked = box != nullptr));
                 QTest::mouseClick(box->button(QMessageBox::Yes), Qt::LeftButton);
             });
         });
