@@ -234,9 +234,6 @@ private slots:
                                                  << "Red";
         QTest::newRow("differing style declined with --no")
             << Entries{red} << QStringList{u"--no"_s} << QStringList{question, warning} << false << "" << "Blue";
-        QTest::newRow("own style beside another")
-            << Entries{red, {u"Blue.style"_s, styleText("<style version=\"8\" name=\"Blue\">")}} << QStringList()
-            << QStringList() << false << "8" << "Blue";
     }
 
     void infoStyleFile()
