@@ -104,8 +104,10 @@ struct Result {
     long wordBytes = 0;
 };
 
-// The reader's loop over every tag, on views into the buffer.
-Result timeViews(const QByteArray &source, int runs)
+// The reader's loop over every tag: normalise, then take each tag and its name.
+// `Text` is QByteArrayView for the views the readers use, QString for the text API.
+template <typename Text, typename TakeTag, typename TakeWord>
+Result timeLoop(const QByteArray &source, int runs, TakeTag takeTag, TakeWord takeWord)
 {
     Result result;
     for (int run = 0; run < runs; ++run) {
@@ -119,11 +121,11 @@ Result timeViews(const QByteArray &source, int runs)
         parser.normaliseBuffer();
         long tags = 0;
         long wordBytes = 0;
-        QByteArrayView tag;
-        QByteArrayView word;
-        while (parser.getNextTagView(tag)) {
+        Text tag;
+        Text word;
+        while (takeTag(parser, tag)) {
             ++tags;
-            if (getNextWordView(tag, word))
+            if (takeWord(tag, word))
                 wordBytes += word.size();
         }
         const double cpu = watch.cpu();
@@ -137,36 +139,18 @@ Result timeViews(const QByteArray &source, int runs)
     return result;
 }
 
-// The same loop through the text functions (one decoded QString per tag and word),
-// for comparison.
+Result timeViews(const QByteArray &source, int runs)
+{
+    return timeLoop<QByteArrayView>(
+        source, runs, [](Parser &parser, QByteArrayView &tag) { return parser.getNextTagView(tag); },
+        [](QByteArrayView &tag, QByteArrayView &word) { return getNextWordView(tag, word); });
+}
+
 Result timeTexts(const QByteArray &source, int runs)
 {
-    Result result;
-    for (int run = 0; run < runs; ++run) {
-        QByteArray copy(source.constData(), source.size());
-        Parser parser;
-        parser.setBuffer(std::move(copy));
-
-        const Stopwatch watch;
-        parser.normaliseBuffer();
-        long tags = 0;
-        long wordBytes = 0;
-        QString tag;
-        QString word;
-        while (parser.getNextTag(tag)) {
-            ++tags;
-            if (getNextWord(tag, word))
-                wordBytes += word.size();
-        }
-        const double cpu = watch.cpu();
-        const double wall = watch.wall();
-
-        result.bestSeconds = std::min(result.bestSeconds, cpu);
-        result.bestWall = std::min(result.bestWall, wall);
-        result.tags = tags;
-        result.wordBytes = wordBytes;
-    }
-    return result;
+    return timeLoop<QString>(
+        source, runs, [](Parser &parser, QString &tag) { return parser.getNextTag(tag); },
+        [](QString &tag, QString &word) { return getNextWord(tag, word); });
 }
 
 double mibPerSecond(qsizetype bytes, const Result &r)
