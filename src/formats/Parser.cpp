@@ -40,17 +40,6 @@ QByteArrayView trimSpaces(QByteArrayView text)
     return text.sliced(begin, end - begin);
 }
 
-QString trimSpaces(const QString &text)
-{
-    qsizetype begin = 0;
-    qsizetype end = text.size();
-    while (begin < end && text[begin] == u' ')
-        ++begin;
-    while (end > begin && text[end - 1] == u' ')
-        --end;
-    return text.sliced(begin, end - begin);
-}
-
 // Lower-cases character by character, so that positions in the copy are
 // positions in the original.
 QString lowerSameLength(const QString &text)
@@ -320,4 +309,15 @@ std::optional<QString> setAttributeValue(const QString &text, const QString &tag
         return std::nullopt;
 
     return text.first(o + 1) + newValue + text.sliced(c);
+}
+
+QString trimSpaces(const QString &text)
+{
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && text[begin] == u' ')
+        ++begin;
+    while (end > begin && text[end - 1] == u' ')
+        --end;
+    return text.sliced(begin, end - begin);
 }

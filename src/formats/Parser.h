@@ -46,6 +46,9 @@ private:
     qsizetype m_front = 0; // the buffer is m_buffer[m_front..]
 };
 
+// The text without blanks (spaces only) at either end.
+QString trimSpaces(const QString &text);
+
 // Takes the first word (up to the first space) off `text`, lower-cased.
 bool getNextWord(QString &text, QString &word);
 // Takes the next name="value" pair off `text`: name lower-cased, value as written.

@@ -82,17 +82,6 @@ void readValues(QByteArrayView attributes, StyleValues &style, std::span<const T
     }
 }
 
-QString trimSpaces(const QString &text)
-{
-    qsizetype begin = 0;
-    qsizetype end = text.size();
-    while (begin < end && text[begin] == u' ')
-        ++begin;
-    while (end > begin && text[end - 1] == u' ')
-        --end;
-    return text.sliced(begin, end - begin);
-}
-
 // One block element: its symbols and name go to every row of the named file.
 void readBlockEntry(QByteArrayView attributes, QList<BlockRow> &rows, StyleReadResult &result)
 {
