@@ -1,5 +1,6 @@
 #include "SettingsTab.h"
 
+#include "FieldText.h"
 #include "usrColor.h"
 #include "usrPercentage.h"
 #include "usrPosition.h"
@@ -32,13 +33,6 @@ QFormLayout *makeForm(QGroupBox *group)
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->setRowWrapPolicy(QFormLayout::DontWrapRows);
     return form;
-}
-
-void setTextIfDifferent(QLineEdit *field, const QString &text)
-{
-    // Rewriting an equal text would move the cursor of a field being typed in.
-    if (field->text() != text)
-        field->setText(text);
 }
 
 } // namespace

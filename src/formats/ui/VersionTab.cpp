@@ -1,5 +1,7 @@
 #include "VersionTab.h"
 
+#include "FieldText.h"
+
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
@@ -9,17 +11,6 @@
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-void setTextIfDifferent(QLineEdit *field, const QString &text)
-{
-    // Rewriting an equal text would move the cursor of a field being typed in.
-    if (field->text() != text)
-        field->setText(text);
-}
-
-} // namespace
 
 VersionTab::VersionTab(QWidget *parent)
     : QWidget(parent)
