@@ -2,6 +2,7 @@
 // the reader of a Wine prefix's system.reg. Leaves out: Wine itself reading our
 // files (no Wine here); the format follows what Wine writes.
 #include "common/HiveRegistry.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -18,19 +19,6 @@ namespace {
 const QString kKey = QStringLiteral("SOFTWARE\\Quillmoor\\Cubrix");
 const QString kPlugin = QStringLiteral("Software\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml");
 constexpr RegRoot HKLM = RegRoot::LocalMachine;
-
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
 
 // A hive as Wine writes it, with every kind of line the reader must keep.
 const QByteArray kWineHive = R"REG(WINE REGISTRY Version 2

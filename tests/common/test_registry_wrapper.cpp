@@ -3,6 +3,7 @@
 // builds on Windows.
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,19 +14,6 @@
 namespace {
 
 const QString kKey = QStringLiteral("SOFTWARE\\Quillmoor\\Cubrix");
-
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
 
 QString describe(const QString &name, const RegValue &value)
 {

@@ -1,6 +1,7 @@
 // frmOptions offscreen: loading, the strict-prefix / sync-double coupling, OK,
 // Cancel, keyboard and layout. Leaves out: modality, which the main window decides.
 #include "common/HiveRegistry.h"
+#include "support/TestFiles.h"
 #include "common/RegistryWrapper.h"
 #include "common/ui/frmOptions.h"
 
@@ -41,12 +42,6 @@ public:
         return HiveRegistry::regSetValue(root, path, name, value);
     }
 };
-
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // The dialog on a store, shown.
 struct Shown {
