@@ -103,3 +103,14 @@ struct SymbolSettings {
 
     bool operator==(const SymbolSettings &) const = default;
 };
+
+// The editable content of an open blockset: its three item lists, its style values
+// and its symbol settings. The document owns one; the item and symbol operations
+// take it by reference, so they run without the document or a window.
+struct BlocksetContent {
+    QList<BlockRow> blocks;
+    QList<ItemRow> textures;
+    QList<ItemRow> sounds;
+    StyleValues style;
+    SymbolSettings symbols;
+};
