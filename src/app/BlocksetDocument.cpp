@@ -68,9 +68,9 @@ QString BlocksetDocument::sizeText(qint64 bytes)
 
 QString BlocksetDocument::symbolModeText() const
 {
-    if (!m_symbols.strictPrefixChecked)
+    if (!m_content.symbols.strictPrefixBoxChecked)
         return QString();
-    return m_symbols.syncDoubleChecked ? u"Strict Prefix & Sync Double Mode activated."_s
+    return m_content.symbols.syncDoubleBoxChecked ? u"Strict Prefix & Sync Double Mode activated."_s
                                        : u"Strict Prefix Mode activated."_s;
 }
 
@@ -91,6 +91,11 @@ void BlocksetDocument::setBusy(bool busy)
 {
     if (m_view)
         m_view->setBusy(busy);
+}
+
+QString BlocksetDocument::workingFolder() const
+{
+    return m_folder.workingFolder();
 }
 
 void BlocksetDocument::letEventsRun()
@@ -130,10 +135,10 @@ BlocksetDocument::SaveQuestion BlocksetDocument::askSave(const QString &text, co
 
 void BlocksetDocument::resetView()
 {
-    m_blocks.clear();
-    m_textures.clear();
-    m_sounds.clear();
-    m_style = StyleValues();
+    m_content.blocks.clear();
+    m_content.textures.clear();
+    m_content.sounds.clear();
+    m_content.style = StyleValues();
     m_updateComment.clear();
     m_versionText.clear();
     if (m_view)
@@ -147,7 +152,7 @@ void BlocksetDocument::fillLists()
         row.file = info.fileName();
         row.size = info.size();
         row.sizeText = sizeText(row.size);
-        m_blocks.append(row);
+        m_content.blocks.append(row);
     }
     const auto fillItems = [](QList<ItemRow> &items, const QString &folder, const QStringList &patterns) {
         for (const QFileInfo &info : listFiles(folder, patterns)) {
@@ -158,8 +163,8 @@ void BlocksetDocument::fillLists()
             items.append(row);
         }
     };
-    fillItems(m_textures, m_folder.texturesFolder(), {u"*.gif"_s, u"*.jpg"_s});
-    fillItems(m_sounds, m_folder.soundsFolder(), {u"*.wav"_s});
+    fillItems(m_content.textures, m_folder.texturesFolder(), {u"*.gif"_s, u"*.jpg"_s});
+    fillItems(m_content.sounds, m_folder.soundsFolder(), {u"*.wav"_s});
 }
 
 void BlocksetDocument::failOpen()
@@ -245,20 +250,20 @@ void BlocksetDocument::openBlockset(const QString &file)
         }
         m_parser.setBuffer(bytes);
         showProcess(u"Parsing Blockset..."_s);
-        readStyle(m_parser, m_style, m_blocks, m_symbols, strictPrefixSetting, syncDoubleSetting);
-        m_versionText = m_style.version;
+        readStyle(m_parser, m_content.style, m_content.blocks, m_content.symbols, strictPrefixSetting, syncDoubleSetting);
+        m_versionText = m_content.style.version;
     } else {
         m_prompts.message(u"Unable to load style file!\nYou will have to define all block symbols manually."_s,
                           u"Open Blockset"_s, PromptButtons::Ok, PromptIcon::Exclamation);
-        m_symbols.strictPrefixMode = false;
-        m_symbols.syncDoubleMode = false;
+        m_content.symbols.blocksetStrictPrefix = false;
+        m_content.symbols.blocksetSyncDouble = false;
         // What reading a style without block entries leaves: the user settings decide.
-        refreshSymbolSettings(m_symbols, true, true, QString(), strictPrefixSetting, syncDoubleSetting);
+        refreshSymbolSettings(m_content.symbols, true, true, QString(), strictPrefixSetting, syncDoubleSetting);
         if (m_settings.getBoolSetting(u"syncBlockset"_s))
-            m_style.name = baseName;
+            m_content.style.name = baseName;
     }
 
-    for (BlockRow &row : m_blocks) {
+    for (BlockRow &row : m_content.blocks) {
         QByteArray bytes;
         if (!readWholeFile(m_folder.blocksFolder() + u'/' + row.file, bytes)) {
             failOpen();
@@ -285,14 +290,14 @@ void BlocksetDocument::openBlockset(const QString &file)
     m_blocksetChanged = renamed;
     m_updateChanged = false;
     m_blocksetUntitled = false;
-    if (!m_blocks.isEmpty())
-        m_tab = BlocksTab;
-    else if (!m_textures.isEmpty())
-        m_tab = TexturesTab;
-    else if (!m_sounds.isEmpty())
-        m_tab = SoundsTab;
+    if (!m_content.blocks.isEmpty())
+        m_tab = TabBlocks;
+    else if (!m_content.textures.isEmpty())
+        m_tab = TabTextures;
+    else if (!m_content.sounds.isEmpty())
+        m_tab = TabSounds;
     else
-        m_tab = SettingsTab;
+        m_tab = TabSettings;
     checkInterface();
 
     showProcess(symbolModeText());
@@ -324,31 +329,31 @@ void BlocksetDocument::newBlockset()
                                                            m_settings.getBoolSetting(u"syncDouble"_s));
     m_blocksetFileName = u"Untitled"_s;
     if (!choice.name.isEmpty()) {
-        m_style.name = choice.name;
+        m_content.style.name = choice.name;
         if (m_settings.getBoolSetting(u"syncBlockset"_s))
-            m_blocksetFileName = m_style.name;
+            m_blocksetFileName = m_content.style.name;
     }
     if (!choice.version.isEmpty()) {
-        m_style.version = choice.version;
+        m_content.style.version = choice.version;
         m_versionText = choice.version;
     } else {
         m_versionText = u"No Version"_s;
     }
-    m_symbols.strictPrefixChecked = choice.strictPrefix;
-    m_symbols.strictPrefixEnabled = true;
-    m_symbols.prefixListEnabled = choice.strictPrefix;
-    m_symbols.prefixIndex = qBound(0, choice.prefixIndex, int(prefixAlphabet().size()) - 1);
-    m_symbols.syncDoubleChecked = choice.strictPrefix && choice.syncDouble;
-    m_symbols.syncDoubleEnabled = choice.strictPrefix;
+    m_content.symbols.strictPrefixBoxChecked = choice.strictPrefix;
+    m_content.symbols.strictPrefixBoxEnabled = true;
+    m_content.symbols.prefixListEnabled = choice.strictPrefix;
+    m_content.symbols.prefixIndex = qBound(0, choice.prefixIndex, int(prefixAlphabet().size()) - 1);
+    m_content.symbols.syncDoubleBoxChecked = choice.strictPrefix && choice.syncDouble;
+    m_content.symbols.syncDoubleBoxEnabled = choice.strictPrefix;
 
     m_blocksetPath.clear();
     m_blocksetOpen = true;
     m_blocksetUntitled = true;
     m_blocksetChanged = false;
     m_updateChanged = false;
-    m_symbols.strictPrefixMode = true;
-    m_symbols.syncDoubleMode = true;
-    m_tab = BlocksTab;
+    m_content.symbols.blocksetStrictPrefix = true;
+    m_content.symbols.blocksetSyncDouble = true;
+    m_tab = TabBlocks;
     checkInterface();
 
     showProcess(symbolModeText());
@@ -368,7 +373,7 @@ void BlocksetDocument::closeBlockset()
     m_versionText.clear();
     m_blocksetOpen = false;
     m_blocksetChanged = false;
-    m_tab = BlocksTab;
+    m_tab = TabBlocks;
     m_blocksetFileName.clear();
     checkInterface();
     clearProcess();
@@ -388,7 +393,7 @@ bool BlocksetDocument::saveBlockset()
     if (m_blocksetChanged) {
         showProcess(u"Saving blockset..."_s);
         const QString styleName = nativeBaseName(m_blocksetFileName) + u".style"_s;
-        if (!writeWholeFile(m_folder.workingFolder() + u'/' + styleName, writeStyle(m_style, m_blocks)))
+        if (!writeWholeFile(m_folder.workingFolder() + u'/' + styleName, writeStyle(m_content.style, m_content.blocks)))
             return fail(u"Unable to write style file!"_s);
         // Where file names tell case apart, a style file unpacked as "Castle.STYLE"
         // is still the blockset's own: drop it so only the one just written is packed.
@@ -410,7 +415,7 @@ bool BlocksetDocument::saveBlockset()
         if (m_blocksetPath.isEmpty() || !archiveInfo.isFile()
             || archiveInfo.size() > std::numeric_limits<qint32>::max())
             return fail(u"Unable to save update information!"_s);
-        const QByteArray bytes = writeUpdate(m_style.version, m_updateComment, qint32(archiveInfo.size()));
+        const QByteArray bytes = writeUpdate(m_content.style.version, m_updateComment, qint32(archiveInfo.size()));
         if (!writeWholeFile(updateFilePath(), bytes))
             return fail(u"Unable to save update information!"_s);
         result = result.isEmpty() ? u"Update file "_s : result + u"and update file "_s;
@@ -441,7 +446,7 @@ void BlocksetDocument::saveBlocksetAs()
     m_blocksetChanged = true;
     m_updateChanged = true;
     if (m_settings.getBoolSetting(u"syncBlockset"_s))
-        m_style.name = nativeBaseName(m_blocksetFileName);
+        m_content.style.name = nativeBaseName(m_blocksetFileName);
     // The save writes the style file afresh under the new name.
     for (const QFileInfo &info : listFiles(m_folder.workingFolder(), {u"*.style"_s}))
         QFile::remove(info.absoluteFilePath());
@@ -474,7 +479,7 @@ void BlocksetDocument::askSaveOnUnload()
 
 void BlocksetDocument::editStyleValue(StyleField field, const QString &value)
 {
-    styleValue(m_style, field) = value;
+    styleValue(m_content.style, field) = value;
     if (field == StyleField::Version)
         m_versionText = value;
     m_blocksetChanged = true;

@@ -3,6 +3,7 @@
 #include "app/Archive.h"
 #include "formats/BlocksetModel.h"
 #include "formats/Parser.h"
+#include "symbols/OperationHost.h"
 
 #include <QList>
 #include <QString>
@@ -16,9 +17,9 @@ class WorkingFolder;
 // settings and its changed flags, and the document commands (open, new, close,
 // save, save as) that change them. The editor window renders this state after
 // each command; cubrix-cli and the tests drive the same commands headlessly.
-class BlocksetDocument {
+class BlocksetDocument : public OperationHost {
 public:
-    enum Tab { BlocksTab = 0, TexturesTab = 1, SoundsTab = 2, SettingsTab = 3, VersionTab = 4 };
+    enum Tab { TabBlocks = 0, TabTextures = 1, TabSounds = 2, TabSettings = 3, TabVersion = 4 };
 
     BlocksetDocument(Prompts &prompts, RegistryWrapper &settings, WorkingFolder &folder);
     void setView(DocumentView *view) { m_view = view; }
@@ -39,11 +40,11 @@ public:
     // Any style value: sets blocksetChanged (the version also becomes versionText).
     void editStyleValue(StyleField field, const QString &value);
     void editUpdateComment(const QString &comment);
-    void setSymbolSettings(const SymbolSettings &symbols) { m_symbols = symbols; }
+    void setSymbolSettings(const SymbolSettings &symbols) { m_content.symbols = symbols; }
     void setTab(int tab) { m_tab = tab; }
 
     // Status panel.
-    void showProcess(const QString &text);
+    void showProcess(const QString &text) override;
     void clearProcess();
     QString processText() const { return m_processText; }
     bool processMessageShown() const { return m_processMessageShown; }
@@ -58,20 +59,25 @@ public:
     QString blocksetFileName() const { return m_blocksetFileName; }
     QString versionText() const { return m_versionText; }
     int tab() const { return m_tab; }
-    int blockCount() const { return int(m_blocks.size()); }
-    int textureCount() const { return int(m_textures.size()); }
-    int soundCount() const { return int(m_sounds.size()); }
+    int blockCount() const { return int(m_content.blocks.size()); }
+    int textureCount() const { return int(m_content.textures.size()); }
+    int soundCount() const { return int(m_content.sounds.size()); }
 
-    const QList<BlockRow> &blocks() const { return m_blocks; }
-    const QList<ItemRow> &textures() const { return m_textures; }
-    const QList<ItemRow> &sounds() const { return m_sounds; }
-    const StyleValues &style() const { return m_style; }
-    const SymbolSettings &symbols() const { return m_symbols; }
+    const QList<BlockRow> &blocks() const { return m_content.blocks; }
+    const QList<ItemRow> &textures() const { return m_content.textures; }
+    const QList<ItemRow> &sounds() const { return m_content.sounds; }
+    const StyleValues &style() const { return m_content.style; }
+    const SymbolSettings &symbols() const { return m_content.symbols; }
     QString updateComment() const { return m_updateComment; }
 
-    WorkingFolder &workingFolder() { return m_folder; }
-    RegistryWrapper &settings() { return m_settings; }
-    Prompts &prompts() { return m_prompts; }
+    // What the item and symbol operations work on.
+    BlocksetContent &content() override { return m_content; }
+    Prompts &prompts() override { return m_prompts; }
+    RegistryWrapper &settings() override { return m_settings; }
+    QString workingFolder() const override;
+    void setBlocksetChanged() override { m_blocksetChanged = true; }
+    void setBusy(bool busy) override;
+    WorkingFolder &folder() { return m_folder; }
 
     // "#,###,###" padded on the left with blanks to 10 characters; blank for 0.
     static QString sizeText(qint64 bytes);
@@ -85,7 +91,6 @@ private:
     QString updateFilePath() const;
     void fillLists();
     void failOpen();
-    void setBusy(bool busy);
     void letEventsRun();
     void checkInterface();
 
@@ -105,12 +110,8 @@ private:
     QString m_versionText;
     QString m_processText;
     bool m_processMessageShown = false;
-    int m_tab = BlocksTab;
+    int m_tab = TabBlocks;
 
-    QList<BlockRow> m_blocks;
-    QList<ItemRow> m_textures;
-    QList<ItemRow> m_sounds;
-    StyleValues m_style;
-    SymbolSettings m_symbols;
+    BlocksetContent m_content;
     QString m_updateComment;
 };

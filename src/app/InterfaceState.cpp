@@ -42,9 +42,9 @@ InterfaceState computeInterfaceState(const BlocksetDocument &document, bool upda
 
     const int tab = document.tab();
     const int blocks = document.blockCount();
-    const bool onBlocks = tab == BlocksetDocument::BlocksTab;
-    const bool onTextures = tab == BlocksetDocument::TexturesTab;
-    const bool onSounds = tab == BlocksetDocument::SoundsTab;
+    const bool onBlocks = tab == BlocksetDocument::TabBlocks;
+    const bool onTextures = tab == BlocksetDocument::TabTextures;
+    const bool onSounds = tab == BlocksetDocument::TabSounds;
 
     for (const QString &command : {u"New"_s, u"Open"_s, u"Close"_s, u"SaveAs"_s})
         setPair(state, command, true);

@@ -43,11 +43,11 @@ const StyleEntry kStyleEntries[] = {
 QString tabName(int tab)
 {
     switch (tab) {
-    case BlocksetDocument::BlocksTab: return u"Blocks"_s;
-    case BlocksetDocument::TexturesTab: return u"Textures"_s;
-    case BlocksetDocument::SoundsTab: return u"Sounds"_s;
-    case BlocksetDocument::SettingsTab: return u"Settings"_s;
-    case BlocksetDocument::VersionTab: return u"Version"_s;
+    case BlocksetDocument::TabBlocks: return u"Blocks"_s;
+    case BlocksetDocument::TabTextures: return u"Textures"_s;
+    case BlocksetDocument::TabSounds: return u"Sounds"_s;
+    case BlocksetDocument::TabSettings: return u"Settings"_s;
+    case BlocksetDocument::TabVersion: return u"Version"_s;
     }
     return QString::number(tab);
 }
@@ -111,10 +111,10 @@ QByteArray CliReport::infoJson(const QString &file, const BlocksetDocument &docu
 
     const SymbolSettings &symbolSettings = document.symbols();
     const QJsonObject symbols{
-        {u"strictPrefix"_s, symbolSettings.strictPrefixChecked},
-        {u"strictPrefixEnabled"_s, symbolSettings.strictPrefixEnabled},
-        {u"syncDouble"_s, symbolSettings.syncDoubleChecked},
-        {u"syncDoubleEnabled"_s, symbolSettings.syncDoubleEnabled},
+        {u"strictPrefix"_s, symbolSettings.strictPrefixBoxChecked},
+        {u"strictPrefixBoxEnabled"_s, symbolSettings.strictPrefixBoxEnabled},
+        {u"syncDouble"_s, symbolSettings.syncDoubleBoxChecked},
+        {u"syncDoubleBoxEnabled"_s, symbolSettings.syncDoubleBoxEnabled},
         {u"prefix"_s, prefixCharacter(symbolSettings.prefixIndex)},
     };
 
@@ -164,10 +164,10 @@ QString CliReport::infoText(const QString &file, const BlocksetDocument &documen
     for (const StyleEntry &entry : kStyleEntries)
         text += u"  "_s + cell(entry.label + u':', 22) + styleValue(document.style(), entry.field) + u'\n';
     const SymbolSettings &symbols = document.symbols();
-    text += u"  "_s + cell(u"Strict prefix:"_s, 22) + checkState(symbols.strictPrefixChecked, symbols.strictPrefixEnabled)
+    text += u"  "_s + cell(u"Strict prefix:"_s, 22) + checkState(symbols.strictPrefixBoxChecked, symbols.strictPrefixBoxEnabled)
             + u'\n';
     text += u"  "_s + cell(u"Prefix:"_s, 22) + prefixCharacter(symbols.prefixIndex) + u'\n';
-    text += u"  "_s + cell(u"Sync double:"_s, 22) + checkState(symbols.syncDoubleChecked, symbols.syncDoubleEnabled)
+    text += u"  "_s + cell(u"Sync double:"_s, 22) + checkState(symbols.syncDoubleBoxChecked, symbols.syncDoubleBoxEnabled)
             + u'\n';
 
     QList<QStringList> blockRows;

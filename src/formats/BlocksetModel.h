@@ -92,14 +92,16 @@ inline const QString &styleValue(const StyleValues &style, StyleField field)
 // State of the "Symbol Synchronization" controls of the settings page, plus the
 // blockset's own symbol-mode flags (switched on by New, Remap All and Sync Double).
 struct SymbolSettings {
-    bool strictPrefixChecked = false;  // cbxStrictPrefix checked
-    bool strictPrefixEnabled = false;  // cbxStrictPrefix enabled
-    bool syncDoubleChecked = false;    // cbxSyncDouble checked
-    bool syncDoubleEnabled = false;    // cbxSyncDouble enabled
-    bool prefixListEnabled = false;    // lstStrictPrefix enabled (window background), else button face
-    int prefixIndex = 0;               // selected entry of lstStrictPrefix (prefix alphabet position)
-    bool strictPrefixMode = false;     // the blockset's own strict-prefix flag
-    bool syncDoubleMode = false;       // the blockset's own sync-double flag
+    // The controls as the settings page shows them.
+    bool strictPrefixBoxChecked = false; // cbxStrictPrefix checked
+    bool strictPrefixBoxEnabled = false; // cbxStrictPrefix enabled
+    bool syncDoubleBoxChecked = false;   // cbxSyncDouble checked
+    bool syncDoubleBoxEnabled = false;   // cbxSyncDouble enabled
+    bool prefixListEnabled = false;      // lstStrictPrefix enabled (window background), else button face
+    int prefixIndex = 0;                 // selected entry of lstStrictPrefix (prefix alphabet position)
+    // The blockset's own modes, independent of what the boxes show.
+    bool blocksetStrictPrefix = false;
+    bool blocksetSyncDouble = false;
 
     bool operator==(const SymbolSettings &) const = default;
 };

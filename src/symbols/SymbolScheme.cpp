@@ -39,10 +39,10 @@ void refreshSymbolSettings(SymbolSettings &symbols, bool strictPrefixConsistent,
     if (!strictPrefixConsistent) {
         // Some block has no double symbol, or the doubles do not share a prefix.
         symbols.prefixListEnabled = false;
-        symbols.strictPrefixChecked = false;
-        symbols.strictPrefixEnabled = false;
-        symbols.syncDoubleChecked = false;
-        symbols.syncDoubleEnabled = false;
+        symbols.strictPrefixBoxChecked = false;
+        symbols.strictPrefixBoxEnabled = false;
+        symbols.syncDoubleBoxChecked = false;
+        symbols.syncDoubleBoxEnabled = false;
         return;
     }
 
@@ -55,24 +55,24 @@ void refreshSymbolSettings(SymbolSettings &symbols, bool strictPrefixConsistent,
             break;
         }
     }
-    symbols.strictPrefixEnabled = true;
+    symbols.strictPrefixBoxEnabled = true;
 
     if (!strictPrefixSetting) {
         // The user wants blocksets to open with strict prefix off.
-        symbols.strictPrefixChecked = false;
+        symbols.strictPrefixBoxChecked = false;
         symbols.prefixListEnabled = false;
-        symbols.syncDoubleChecked = false;
-        symbols.syncDoubleEnabled = false;
+        symbols.syncDoubleBoxChecked = false;
+        symbols.syncDoubleBoxEnabled = false;
         return;
     }
 
-    symbols.strictPrefixChecked = true;
+    symbols.strictPrefixBoxChecked = true;
     symbols.prefixListEnabled = true;
     if (!syncDoubleConsistent) {
-        symbols.syncDoubleEnabled = false;
-        symbols.syncDoubleChecked = false;
+        symbols.syncDoubleBoxEnabled = false;
+        symbols.syncDoubleBoxChecked = false;
     } else {
-        symbols.syncDoubleEnabled = true;
-        symbols.syncDoubleChecked = syncDoubleSetting;
+        symbols.syncDoubleBoxEnabled = true;
+        symbols.syncDoubleBoxChecked = syncDoubleSetting;
     }
 }

@@ -45,7 +45,7 @@ private slots:
         DocumentEnv env;
         env.setOption("syncBlockset", syncBlockset);
         env.open(env.addSet(QStringLiteral("Castle.bset"), castleFiles()));
-        env.document.setTab(BlocksetDocument::SettingsTab);
+        env.document.setTab(BlocksetDocument::TabSettings);
         env.prompts.newAnswers = {answer};
         env.view.clear();
 
@@ -65,7 +65,7 @@ private slots:
         QCOMPARE(doc.style(), expected);
         QCOMPARE(doc.updateComment(), QString());
         QCOMPARE(doc.blockCount() + doc.textureCount() + doc.soundCount(), 0);
-        QCOMPARE(doc.tab(), int(BlocksetDocument::BlocksTab));
+        QCOMPARE(doc.tab(), int(BlocksetDocument::TabBlocks));
         QVERIFY(filesBelow(env.folder.workingFolder()).isEmpty());
         QTEST(doc.processText(), "text");
         QVERIFY(doc.processMessageShown());
@@ -74,10 +74,10 @@ private slots:
         QCOMPARE(state.versionPanel, versionText);
         // The dialog's symbol choices; both symbol modes are on after new.
         const SymbolSettings &symbols = doc.symbols();
-        QCOMPARE(QList<bool>({symbols.strictPrefixChecked, symbols.prefixListEnabled, symbols.syncDoubleChecked, symbols.syncDoubleEnabled}),
+        QCOMPARE(QList<bool>({symbols.strictPrefixBoxChecked, symbols.prefixListEnabled, symbols.syncDoubleBoxChecked, symbols.syncDoubleBoxEnabled}),
                  QList<bool>({answer.strictPrefix, answer.strictPrefix, answer.syncDouble, answer.strictPrefix}));
         QCOMPARE(symbols.prefixIndex, answer.prefixIndex);
-        QVERIFY(symbols.strictPrefixMode && symbols.syncDoubleMode);
+        QVERIFY(symbols.blocksetStrictPrefix && symbols.blocksetSyncDouble);
     }
 
     // A new blockset with no name is "Untitled"; Save then asks for a file name,
@@ -137,7 +137,7 @@ private slots:
         env.prompts.answers = {answer};
         env.prompts.newAnswers = {choice(QStringLiteral("Next"))};
         const QByteArray archive = readFile(castle);
-        env.document.setTab(BlocksetDocument::SoundsTab);
+        env.document.setTab(BlocksetDocument::TabSounds);
         env.view.clear();
 
         isNew ? env.document.newBlockset() : env.document.closeBlockset();
@@ -155,7 +155,7 @@ private slots:
             QVERIFY(env.document.blocksetOpen() && env.document.isChanged());
             QCOMPARE(env.document.blocksetFileName(), QStringLiteral("Castle.bset"));
             QCOMPARE(env.document.versionText(), QStringLiteral("1.2"));
-            QCOMPARE(env.document.tab(), int(BlocksetDocument::SoundsTab));
+            QCOMPARE(env.document.tab(), int(BlocksetDocument::TabSounds));
             QCOMPARE(filesBelow(env.folder.workingFolder()), castleFiles());
             QCOMPARE(readFile(castle), archive);
             QCOMPARE(env.document.processText(), QString());
@@ -169,7 +169,7 @@ private slots:
         QVERIFY(!env.document.blocksetOpen() && !env.document.blocksetChanged());
         QCOMPARE(env.document.blocksetFileName() + env.document.versionText() + env.document.processText(), QString());
         QVERIFY(!env.document.processMessageShown());
-        QCOMPARE(env.document.tab(), int(BlocksetDocument::BlocksTab));
+        QCOMPARE(env.document.tab(), int(BlocksetDocument::TabBlocks));
         QCOMPARE(env.document.blockCount(), 0);
         QCOMPARE(env.document.style(), StyleValues());
         QVERIFY(filesBelow(env.folder.workingFolder()).isEmpty());

@@ -75,7 +75,7 @@ private slots:
                  QStringList({"1.2", "Castle", "A. Builder", "(0,0,255)", "(45,30)", "Home"}));
         QCOMPARE(doc.updateComment(), QStringLiteral("Added two gates."));
 
-        QCOMPARE(doc.tab(), int(BlocksetDocument::BlocksTab));
+        QCOMPARE(doc.tab(), int(BlocksetDocument::TabBlocks));
         QCOMPARE(doc.processText(), kBothModes);
         QVERIFY(doc.processMessageShown());
         QCOMPARE(env.view.processTexts, QStringList({"Open Blockset...", "Parsing Blockset...", "Parsing door.block",
@@ -91,10 +91,10 @@ private slots:
     {
         QTest::addColumn<QList<int>>("counts"); // blocks, textures, sounds
         QTest::addColumn<int>("tab");
-        QTest::newRow("blocks first") << QList<int>{1, 1, 1} << int(BlocksetDocument::BlocksTab);
-        QTest::newRow("textures before sounds") << QList<int>{0, 1, 1} << int(BlocksetDocument::TexturesTab);
-        QTest::newRow("sounds only") << QList<int>{0, 0, 1} << int(BlocksetDocument::SoundsTab);
-        QTest::newRow("nothing") << QList<int>{0, 0, 0} << int(BlocksetDocument::SettingsTab);
+        QTest::newRow("blocks first") << QList<int>{1, 1, 1} << int(BlocksetDocument::TabBlocks);
+        QTest::newRow("textures before sounds") << QList<int>{0, 1, 1} << int(BlocksetDocument::TabTextures);
+        QTest::newRow("sounds only") << QList<int>{0, 0, 1} << int(BlocksetDocument::TabSounds);
+        QTest::newRow("nothing") << QList<int>{0, 0, 0} << int(BlocksetDocument::TabSettings);
     }
 
     void tabChoice()
@@ -108,7 +108,7 @@ private slots:
             files.insert(QStringLiteral("textures/t%1.jpg").arg(i), QByteArray("jpeg"));
         for (int i = 0; i < counts[2]; ++i)
             files.insert(QStringLiteral("sounds/s%1.wav").arg(i), QByteArray("wave"));
-        env.document.setTab(BlocksetDocument::VersionTab); // a tab left from before does not survive
+        env.document.setTab(BlocksetDocument::TabVersion); // a tab left from before does not survive
 
         env.open(env.addSet(QStringLiteral("Tabs.bset"), files));
         QVERIFY(env.document.blocksetOpen());
@@ -203,7 +203,7 @@ private slots:
         expected.name = name;
         QCOMPARE(env.document.style(), expected);
         QCOMPARE(env.document.blocks()[2].symbol, QString());
-        QVERIFY(!env.document.symbols().strictPrefixMode && !env.document.symbols().syncDoubleMode);
+        QVERIFY(!env.document.symbols().blocksetStrictPrefix && !env.document.symbols().blocksetSyncDouble);
         QVERIFY(!env.view.processTexts.contains(QStringLiteral("Parsing Blockset...")));
     }
 

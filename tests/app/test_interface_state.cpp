@@ -64,8 +64,8 @@ private slots:
         const QStringList always = {"New", "Open", "Close", "SaveAs"};
         const QStringList withBlocks = always + QStringList{"AddBSP", "RemapSymbols"};
         const QStringList blockItems = {"RemoveItem", "ReplaceItem", "EditItem", "PreviewItem"};
-        const int blocksTab = BlocksetDocument::BlocksTab;
-        const int texturesTab = BlocksetDocument::TexturesTab;
+        const int blocksTab = BlocksetDocument::TabBlocks;
+        const int texturesTab = BlocksetDocument::TabTextures;
 
         QTest::newRow("no blockset") << "" << blocksTab << "" << QStringList{"New", "Open"} << "Cubrix";
         QTest::newRow("89 blocks, blocks tab: add disabled") << "Full" << blocksTab << "" << withBlocks + blockItems
@@ -73,13 +73,13 @@ private slots:
         QTest::newRow("89 blocks, textures tab: add enabled")
             << "Full" << texturesTab << "" << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem"} << "Cubrix - Full.bset";
         QTest::newRow("89 blocks, settings tab: no item command")
-            << "Full" << int(BlocksetDocument::SettingsTab) << "" << withBlocks << "Cubrix - Full.bset";
+            << "Full" << int(BlocksetDocument::TabSettings) << "" << withBlocks << "Cubrix - Full.bset";
         QTest::newRow("88 blocks, style edited") << "AlmostFull" << blocksTab << "style"
                                                  << withBlocks + blockItems + QStringList{"AddItem", "Save"} << "Cubrix - AlmostFull.bset*";
         QTest::newRow("no textures, textures tab") << "AlmostFull" << texturesTab << "" << withBlocks + QStringList{"AddItem"}
                                                    << "Cubrix - AlmostFull.bset";
         QTest::newRow("no sounds, sounds tab, only the update comment edited")
-            << "One" << int(BlocksetDocument::SoundsTab) << "update" << withBlocks + QStringList{"AddItem", "Save"} << "Cubrix - One.bset*";
+            << "One" << int(BlocksetDocument::TabSounds) << "update" << withBlocks + QStringList{"AddItem", "Save"} << "Cubrix - One.bset*";
         QTest::newRow("no blocks, blocks tab") << "Empty" << blocksTab << "" << always + QStringList{"AddItem"} << "Cubrix - Empty.bset";
     }
 

@@ -184,7 +184,7 @@ private slots:
             style.insert(it.key(), it.value().toString(u"<not a text>"_s));
         QCOMPARE(style, expectedStyle);
         QCOMPARE(keysOf(json[u"symbols"_s]),
-                 sorted({u"strictPrefix"_s, u"strictPrefixEnabled"_s, u"syncDouble"_s, u"syncDoubleEnabled"_s, u"prefix"_s}));
+                 sorted({u"strictPrefix"_s, u"strictPrefixBoxEnabled"_s, u"syncDouble"_s, u"syncDoubleBoxEnabled"_s, u"prefix"_s}));
         QCOMPARE(json[u"symbols"_s][u"prefix"_s].toString(), u"."_s);
         QVERIFY(json[u"symbols"_s][u"strictPrefix"_s].toBool() && json[u"symbols"_s][u"syncDouble"_s].toBool());
 

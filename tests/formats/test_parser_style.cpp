@@ -239,10 +239,10 @@ private slots:
         StyleValues style;
         SymbolSettings on, off;
         read(file, style, rows, &on);
-        QVERIFY(on.strictPrefixChecked && on.syncDoubleChecked && on.prefixListEnabled);
+        QVERIFY(on.strictPrefixBoxChecked && on.syncDoubleBoxChecked && on.prefixListEnabled);
         QCOMPARE(on.prefixIndex, 26); // "Z" in the prefix list
         read(file, style, rows, &off, false);
-        QVERIFY(off.strictPrefixEnabled && !off.strictPrefixChecked && !off.syncDoubleEnabled);
+        QVERIFY(off.strictPrefixBoxEnabled && !off.strictPrefixBoxChecked && !off.syncDoubleBoxEnabled);
     }
 
     void header_data()

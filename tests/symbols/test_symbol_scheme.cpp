@@ -74,14 +74,14 @@ private slots:
         QFETCH(bool, syncSetting);
         SymbolSettings symbols{true, true, true, true, true, 7, true, false};
         refreshSymbolSettings(symbols, strictConsistent, syncConsistent, commonPrefix, strictSetting, syncSetting);
-        QTEST(symbols.strictPrefixChecked, "strictChecked");
-        QTEST(symbols.strictPrefixEnabled, "strictEnabled");
-        QTEST(symbols.syncDoubleChecked, "syncChecked");
-        QTEST(symbols.syncDoubleEnabled, "syncEnabled");
+        QTEST(symbols.strictPrefixBoxChecked, "strictChecked");
+        QTEST(symbols.strictPrefixBoxEnabled, "strictEnabled");
+        QTEST(symbols.syncDoubleBoxChecked, "syncChecked");
+        QTEST(symbols.syncDoubleBoxEnabled, "syncEnabled");
         QTEST(symbols.prefixListEnabled, "listEnabled");
         QTEST(symbols.prefixIndex, "index");
         // The blockset's own modes are not the refresh's business.
-        QVERIFY(symbols.strictPrefixMode && !symbols.syncDoubleMode);
+        QVERIFY(symbols.blocksetStrictPrefix && !symbols.blocksetSyncDouble);
     }
 };
 

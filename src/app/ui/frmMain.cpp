@@ -623,11 +623,11 @@ void frmMain::focusTab(int index)
 {
     QWidget *target = nullptr;
     switch (index) {
-    case BlocksetDocument::BlocksTab: target = m_blockList; break;
-    case BlocksetDocument::TexturesTab: target = m_textureList; break;
-    case BlocksetDocument::SoundsTab: target = m_soundList; break;
-    case BlocksetDocument::SettingsTab: target = m_settingsTab->lstPlaceholderTexture; break;
-    case BlocksetDocument::VersionTab: target = m_versionTab->fldVersion; break;
+    case BlocksetDocument::TabBlocks: target = m_blockList; break;
+    case BlocksetDocument::TabTextures: target = m_textureList; break;
+    case BlocksetDocument::TabSounds: target = m_soundList; break;
+    case BlocksetDocument::TabSettings: target = m_settingsTab->lstPlaceholderTexture; break;
+    case BlocksetDocument::TabVersion: target = m_versionTab->fldVersion; break;
     default: break;
     }
     if (target && target->isEnabled())
@@ -665,7 +665,7 @@ void frmMain::showAbout()
 void frmMain::addItem()
 {
     // Adding blocks, textures and sounds comes with the item operations.
-    if (m_document->tab() <= BlocksetDocument::SoundsTab)
+    if (m_document->tab() <= BlocksetDocument::TabSounds)
         showOops();
     checkInterface();
 }
@@ -673,14 +673,14 @@ void frmMain::addItem()
 void frmMain::removeItem()
 {
     // Removing items comes with the item operations.
-    if (m_document->tab() <= BlocksetDocument::SoundsTab)
+    if (m_document->tab() <= BlocksetDocument::TabSounds)
         showOops();
     checkInterface();
 }
 
 void frmMain::replaceItemFromToolbar()
 {
-    if (m_document->tab() == BlocksetDocument::BlocksTab)
+    if (m_document->tab() == BlocksetDocument::TabBlocks)
         showOops();
     checkInterface();
 }
@@ -690,7 +690,7 @@ void frmMain::editItem()
     // With skipEdit on, Edit Item answers "not implemented" by design. With it off it
     // shows the symbol editing dialog for the selected blocks; until that dialog
     // exists it gives the same answer.
-    if (m_document->tab() == BlocksetDocument::BlocksTab)
+    if (m_document->tab() == BlocksetDocument::TabBlocks)
         showOops();
     checkInterface();
 }
@@ -698,9 +698,9 @@ void frmMain::editItem()
 void frmMain::previewItem()
 {
     switch (m_document->tab()) {
-    case BlocksetDocument::BlocksTab: showOops(); break;
-    case BlocksetDocument::TexturesTab: previewTexture(); break;
-    case BlocksetDocument::SoundsTab: playSound(); break;
+    case BlocksetDocument::TabBlocks: showOops(); break;
+    case BlocksetDocument::TabTextures: previewTexture(); break;
+    case BlocksetDocument::TabSounds: playSound(); break;
     default: break;
     }
     checkInterface();

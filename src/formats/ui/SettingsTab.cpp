@@ -302,10 +302,10 @@ void SettingsTab::showSymbols(const SymbolSettings &symbols)
 {
     const QScopedValueRollback guard(m_showing, true);
     m_symbols = symbols;
-    cbxStrictPrefix->setChecked(symbols.strictPrefixChecked);
-    cbxStrictPrefix->setEnabled(symbols.strictPrefixEnabled);
-    cbxSyncDouble->setChecked(symbols.syncDoubleChecked);
-    cbxSyncDouble->setEnabled(symbols.syncDoubleEnabled);
+    cbxStrictPrefix->setChecked(symbols.strictPrefixBoxChecked);
+    cbxStrictPrefix->setEnabled(symbols.strictPrefixBoxEnabled);
+    cbxSyncDouble->setChecked(symbols.syncDoubleBoxChecked);
+    cbxSyncDouble->setEnabled(symbols.syncDoubleBoxEnabled);
     if (symbols.prefixIndex >= 0 && symbols.prefixIndex < lstStrictPrefix->count())
         lstStrictPrefix->setCurrentIndex(symbols.prefixIndex);
     lstStrictPrefix->setEnabled(symbols.prefixListEnabled);
@@ -315,10 +315,10 @@ void SettingsTab::showSymbols(const SymbolSettings &symbols)
 SymbolSettings SettingsTab::shownSymbols() const
 {
     SymbolSettings symbols = m_symbols;
-    symbols.strictPrefixChecked = cbxStrictPrefix->isChecked();
-    symbols.strictPrefixEnabled = cbxStrictPrefix->isEnabled();
-    symbols.syncDoubleChecked = cbxSyncDouble->isChecked();
-    symbols.syncDoubleEnabled = cbxSyncDouble->isEnabled();
+    symbols.strictPrefixBoxChecked = cbxStrictPrefix->isChecked();
+    symbols.strictPrefixBoxEnabled = cbxStrictPrefix->isEnabled();
+    symbols.syncDoubleBoxChecked = cbxSyncDouble->isChecked();
+    symbols.syncDoubleBoxEnabled = cbxSyncDouble->isEnabled();
     symbols.prefixListEnabled = lstStrictPrefix->isEnabled();
     symbols.prefixIndex = std::max(0, lstStrictPrefix->currentIndex());
     return symbols;

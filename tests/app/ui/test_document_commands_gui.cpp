@@ -197,7 +197,7 @@ private slots:
         QTest::addColumn<bool>("syncBlockset");
         QTest::addColumn<NewBlocksetChoice>("choice"); // name, version, strict prefix, sync double, prefix
         QTest::addColumn<QString>("shown");            // caption, stbVersion and stbProcess
-        QTest::addColumn<bool>("syncDoubleChecked");
+        QTest::addColumn<bool>("syncDoubleBoxChecked");
         QTest::newRow("named, file name kept apart")
             << false << NewBlocksetChoice{"Keep", "2.0", true, true, 3}
             << "Cubrix - Untitled | 2.0 | Strict Prefix & Sync Double Mode activated." << true;
@@ -225,7 +225,7 @@ private slots:
         QCOMPARE(fixture->shownText("fldBlocksetName") + '/' + fixture->shownText("fldVersion"),
                  choice.name + '/' + choice.version);
         QCOMPARE(fixture->control("cbxStrictPrefix")->property("checked").toBool(), choice.strictPrefix);
-        QTEST(fixture->control("cbxSyncDouble")->property("checked").toBool(), "syncDoubleChecked");
+        QTEST(fixture->control("cbxSyncDouble")->property("checked").toBool(), "syncDoubleBoxChecked");
         QCOMPARE(fixture->control("cbxSyncDouble")->isEnabled(), choice.strictPrefix);
         QCOMPARE(fixture->control("lstStrictPrefix")->isEnabled(), choice.strictPrefix);
         QCOMPARE(fixture->shownText("lstStrictPrefix"), prefixAlphabet().mid(choice.prefixIndex, 1));

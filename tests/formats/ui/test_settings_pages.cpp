@@ -299,13 +299,13 @@ private slots:
         QSignalSpy edits(&page, &SettingsTab::symbolControlsEdited);
         page.cbxSyncDouble->click();
         QCOMPARE(edits.count(), 1);
-        QVERIFY(page.shownSymbols().syncDoubleChecked);
+        QVERIFY(page.shownSymbols().syncDoubleBoxChecked);
         QTest::keyClick(page.lstStrictPrefix, Qt::Key_Down);
         QCOMPARE(edits.count(), 2);
         QCOMPARE(page.shownSymbols().prefixIndex, 1);
         page.cbxStrictPrefix->click();
         QCOMPARE(edits.count(), 3);
-        QVERIFY(!page.shownSymbols().strictPrefixChecked);
+        QVERIFY(!page.shownSymbols().strictPrefixBoxChecked);
     }
 
     void captionsBuddiesAndTabOrder()
