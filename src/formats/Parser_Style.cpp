@@ -3,7 +3,6 @@
 #include "common/Cp1252.h"
 #include "formats/Parser.h"
 #include "formats/ValueFormats.h"
-#include "symbols/SymbolScheme.h"
 
 #include <span>
 
@@ -141,8 +140,7 @@ QString generatorVersion()
 
 } // namespace
 
-StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows, SymbolSettings &symbols,
-                          bool strictPrefixSetting, bool syncDoubleSetting)
+StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows)
 {
     parser.normaliseBuffer();
     StyleReadResult result;
@@ -168,8 +166,6 @@ StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &r
             break;
     }
 
-    refreshSymbolSettings(symbols, result.strictPrefixConsistent, result.syncDoubleConsistent, result.commonPrefix,
-                          strictPrefixSetting, syncDoubleSetting);
     return result;
 }
 
