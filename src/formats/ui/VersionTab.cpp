@@ -13,7 +13,7 @@
 using namespace Qt::StringLiterals;
 
 VersionTab::VersionTab(QWidget *parent)
-    : QWidget(parent)
+    : ValuePage(parent)
 {
     setObjectName(u"VersionTab"_s);
 
@@ -48,16 +48,6 @@ VersionTab::VersionTab(QWidget *parent)
     buildLayout();
 }
 
-QLineEdit *VersionTab::makeTextField(const QString &name, StyleField field)
-{
-    auto *edit = new QLineEdit(this);
-    edit->setObjectName(name);
-    connect(edit, &QLineEdit::textChanged, this, [this, field](const QString &text) {
-        if (!m_showing)
-            emit styleValueEdited(field, text);
-    });
-    return edit;
-}
 
 void VersionTab::buildLayout()
 {
@@ -121,4 +111,9 @@ void VersionTab::resetValues()
     fldAuthor->clear();
     fldCopyright->clear();
     fldUpdate->clear();
+}
+
+QWidget *VersionTab::firstControl() const
+{
+    return fldVersion;
 }
