@@ -300,8 +300,9 @@ int main(int argc, char *argv[])
             rows.append(row);
         }
         StyleValues style;
+        SymbolSettings symbols;
         parser.setBuffer(styleFile.readAll());
-        readStyle(parser, style, rows);
+        readStyle(parser, style, rows, symbols, true, true);
         for (BlockRow &row : rows) {
             QFile file(extractTarget + u"/blocks/"_s + row.file);
             if (!file.open(QIODevice::ReadOnly))

@@ -250,9 +250,7 @@ void BlocksetDocument::openBlockset(const QString &file)
         }
         m_parser.setBuffer(bytes);
         showProcess(u"Parsing Blockset..."_s);
-        const StyleReadResult read = readStyle(m_parser, m_content.style, m_content.blocks);
-        refreshSymbolSettings(m_content.symbols, read.strictPrefixConsistent, read.syncDoubleConsistent,
-                              read.commonPrefix, strictPrefixSetting, syncDoubleSetting);
+        readStyle(m_parser, m_content.style, m_content.blocks, m_content.symbols, strictPrefixSetting, syncDoubleSetting);
         m_versionText = m_content.style.version;
     } else {
         m_prompts.message(u"Unable to load style file!\nYou will have to define all block symbols manually."_s,

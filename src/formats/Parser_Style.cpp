@@ -3,6 +3,7 @@
 #include "common/Cp1252.h"
 #include "formats/Parser.h"
 #include "formats/ValueFormats.h"
+#include "symbols/SymbolScheme.h"
 
 #include <span>
 
@@ -140,7 +141,8 @@ QString generatorVersion()
 
 } // namespace
 
-StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows)
+StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows, SymbolSettings &symbols,
+                          bool strictPrefixSetting, bool syncDoubleSetting)
 {
     parser.normaliseBuffer();
     StyleReadResult result;
@@ -166,6 +168,8 @@ StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &r
             break;
     }
 
+    refreshSymbolSettings(symbols, result.strictPrefixConsistent, result.syncDoubleConsistent, result.commonPrefix,
+                          strictPrefixSetting, syncDoubleSetting);
     return result;
 }
 

@@ -14,9 +14,10 @@ struct StyleReadResult {
 };
 
 // Reads the whole style from the parser's buffer into `style` and the matching
-// block rows; the result tells how consistent the block symbols are, from which
-// the caller sets the symbol controls.
-StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows);
+// block rows, then refreshes the symbol settings from the result and the user
+// settings strictPrefix / syncDouble.
+StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows, SymbolSettings &symbols,
+                          bool strictPrefixSetting, bool syncDoubleSetting);
 
 struct StyleHeader {
     QString version;

@@ -30,13 +30,3 @@ StartChoice chooseStart(const QStringList &arguments, const QString &startFolder
         choice.file = QDir(startFolder).absoluteFilePath(arguments.first());
     return choice;
 }
-
-QString takeScreenshotOption(QStringList &arguments)
-{
-    const qsizetype at = arguments.indexOf(u"--screenshot"_s);
-    if (at < 0 || at + 1 >= arguments.size())
-        return QString();
-    const QString file = arguments.at(at + 1);
-    arguments.remove(at, 2);
-    return file;
-}

@@ -24,9 +24,3 @@ struct StartChoice {
 // - anything else (no argument, a switch, several arguments) shows the editor alone.
 StartChoice chooseStart(const QStringList &arguments, const QString &startFolder,
                         const std::function<bool()> &roverPluginKnown);
-
-// Removes "--screenshot FILE" from `arguments` and returns FILE (empty when the
-// option is not there). With it the editor saves a picture of its main window to
-// FILE once it is shown (and the blockset named opened) and ends: for manuals,
-// bug reports and checks of the window on a machine without a screen.
-QString takeScreenshotOption(QStringList &arguments);

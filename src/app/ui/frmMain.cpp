@@ -626,8 +626,8 @@ void frmMain::focusTab(int index)
     case BlocksetDocument::TabBlocks: target = m_blockList; break;
     case BlocksetDocument::TabTextures: target = m_textureList; break;
     case BlocksetDocument::TabSounds: target = m_soundList; break;
-    case BlocksetDocument::TabSettings: target = m_settingsTab->firstControl(); break;
-    case BlocksetDocument::TabVersion: target = m_versionTab->firstControl(); break;
+    case BlocksetDocument::TabSettings: target = m_settingsTab->lstPlaceholderTexture; break;
+    case BlocksetDocument::TabVersion: target = m_versionTab->fldVersion; break;
     default: break;
     }
     if (target && target->isEnabled())

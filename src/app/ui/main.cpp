@@ -15,10 +15,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// With --screenshot, the window is grabbed to that PNG once it is shown and any
-// command-line file has been opened, and the program ends. A file whose opening
-// stops at a message box is grabbed after a while all the same, so the run never
-// hangs.
+// With CUBRIX_SCREENSHOT set (scripts/run under Xvfb), the window is grabbed to
+// that PNG once it is shown and any command-line file has been opened, and the
+// program ends. A file whose opening stops at a message box is grabbed after a
+// while all the same, so the run never hangs.
 void scheduleScreenshot(QApplication &app, frmMain &window, const QString &path, int delayMs)
 {
     QTimer::singleShot(delayMs, &app, [&app, &window, path] {
@@ -45,14 +45,13 @@ int main(int argc, char *argv[])
     // The cache manager window and the lookup of Rover's plug-in registrations come
     // with the Rover cache work; until then no plug-in folder is known, so "/c"
     // starts the editor, as it does on a machine where Rover is not registered.
-    QStringList arguments = app.arguments().mid(1);
-    const QString screenshot = takeScreenshotOption(arguments);
-    const StartChoice start = chooseStart(arguments, QDir::currentPath(), [] { return false; });
+    const StartChoice start = chooseStart(app.arguments().mid(1), QDir::currentPath(), [] { return false; });
 
     frmMain window;
     QApplication::setWindowIcon(window.windowIcon()); // the dialogs carry it too
     window.show();
 
+    const QString screenshot = qEnvironmentVariable("CUBRIX_SCREENSHOT");
     // A blockset named on the command line is opened once the window is shown.
     const QString file = start.file;
     QTimer::singleShot(0, &window, [&app, &window, file, screenshot] {

@@ -38,7 +38,7 @@ QFormLayout *makeForm(QGroupBox *group)
 } // namespace
 
 SettingsTab::SettingsTab(QWidget *parent)
-    : ValuePage(parent)
+    : QWidget(parent)
 {
     setObjectName(u"SettingsTab"_s);
 
@@ -89,18 +89,21 @@ SettingsTab::SettingsTab(QWidget *parent)
         {rgbSky, StyleField::SkyColor}, {rgbGround, StyleField::GroundColor}, {rgbOrb, StyleField::OrbColor}};
     for (const auto &[control, field] : colors) {
         connect(control, &usrColor::Change, this, [this, control = control, field = field] {
-            reportEdit(field, control->rgb());
+            if (!m_showing)
+                emit styleValueEdited(field, control->rgb());
         });
     }
     const std::pair<usrPercentage *, StyleField> percentages[] = {
         {prcSky, StyleField::SkyBrightness}, {prcOrb, StyleField::OrbBrightness}};
     for (const auto &[control, field] : percentages) {
         connect(control, &usrPercentage::Change, this, [this, control = control, field = field] {
-            reportEdit(field, control->percentage());
+            if (!m_showing)
+                emit styleValueEdited(field, control->percentage());
         });
     }
     connect(posOrb, &usrPosition::Change, this, [this] {
-        reportEdit(StyleField::OrbPosition, posOrb->position());
+        if (!m_showing)
+            emit styleValueEdited(StyleField::OrbPosition, posOrb->position());
     });
 
     const auto symbolsEdited = [this] {
@@ -132,6 +135,16 @@ QComboBox *SettingsTab::makeTextureBox(const QString &name, StyleField field)
     return box;
 }
 
+QLineEdit *SettingsTab::makeTextField(const QString &name, StyleField field)
+{
+    auto *edit = new QLineEdit(this);
+    edit->setObjectName(name);
+    connect(edit, &QLineEdit::textChanged, this, [this, field](const QString &text) {
+        if (!m_showing)
+            emit styleValueEdited(field, text);
+    });
+    return edit;
+}
 
 QLabel *SettingsTab::makeLabel(const QString &name, const QString &caption, QWidget *buddy)
 {
@@ -390,9 +403,4 @@ bool SettingsTab::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return QWidget::eventFilter(watched, event);
-}
-
-QWidget *SettingsTab::firstControl() const
-{
-    return lstPlaceholderTexture;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "formats/BlocksetModel.h"
-#include "formats/ui/ValuePage.h"
 
 #include <QList>
 #include <QStringList>
@@ -20,7 +19,7 @@ class usrPosition;
 // (placeholder, sky, ground, orb) and the symbol synchronization controls.
 // It shows what it is given and reports what the user edits; it holds no
 // document state of its own.
-class SettingsTab : public ValuePage {
+class SettingsTab : public QWidget {
     Q_OBJECT
 
 public:
@@ -46,16 +45,6 @@ public:
     // box yet (for commands that run from a toolbar button, which takes no focus).
     void commitTextureEdit();
 
-    QWidget *firstControl() const override;
-
-signals:
-    // The user changed cbxStrictPrefix, cbxSyncDouble or the lstStrictPrefix selection.
-    void symbolControlsEdited();
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
-private:
     QGroupBox *grpPlaceholder;
     QComboBox *lstPlaceholderTexture;
     QGroupBox *grpSky;
@@ -78,7 +67,18 @@ private:
     QComboBox *lstStrictPrefix;
     QCheckBox *cbxSyncDouble;
 
+signals:
+    // The user changed a scene value; `value` is the control's text after the change.
+    void styleValueEdited(StyleField field, const QString &value);
+    // The user changed cbxStrictPrefix, cbxSyncDouble or the lstStrictPrefix selection.
+    void symbolControlsEdited();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
     QComboBox *makeTextureBox(const QString &name, StyleField field);
+    QLineEdit *makeTextField(const QString &name, StyleField field);
     QLabel *makeLabel(const QString &name, const QString &caption, QWidget *buddy);
     void buildLayout();
     void paintPrefixList(bool enabled);
@@ -97,4 +97,5 @@ private:
     QString m_rememberedTexture;
     SymbolSettings m_symbols;
     // Set while values are being shown, so that no edit is reported.
+    bool m_showing = false;
 };

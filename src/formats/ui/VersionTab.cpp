@@ -13,7 +13,7 @@
 using namespace Qt::StringLiterals;
 
 VersionTab::VersionTab(QWidget *parent)
-    : ValuePage(parent)
+    : QWidget(parent)
 {
     setObjectName(u"VersionTab"_s);
 
@@ -48,6 +48,16 @@ VersionTab::VersionTab(QWidget *parent)
     buildLayout();
 }
 
+QLineEdit *VersionTab::makeTextField(const QString &name, StyleField field)
+{
+    auto *edit = new QLineEdit(this);
+    edit->setObjectName(name);
+    connect(edit, &QLineEdit::textChanged, this, [this, field](const QString &text) {
+        if (!m_showing)
+            emit styleValueEdited(field, text);
+    });
+    return edit;
+}
 
 void VersionTab::buildLayout()
 {
@@ -111,9 +121,4 @@ void VersionTab::resetValues()
     fldAuthor->clear();
     fldCopyright->clear();
     fldUpdate->clear();
-}
-
-QWidget *VersionTab::firstControl() const
-{
-    return fldVersion;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "formats/BlocksetModel.h"
-#include "formats/ui/ValuePage.h"
 
 #include <QWidget>
 
@@ -12,7 +11,7 @@ class QPlainTextEdit;
 
 // The "&Version" page of the main window: the blockset's information from the
 // style file and the update comment written beside the archive for Rover.
-class VersionTab : public ValuePage {
+class VersionTab : public QWidget {
     Q_OBJECT
 
 public:
@@ -26,13 +25,6 @@ public:
     // Empties every field, without emitting edit signals.
     void resetValues();
 
-    QWidget *firstControl() const override;
-
-signals:
-    // The user changed the update comment.
-    void updateCommentEdited(const QString &comment);
-
-private:
     QGroupBox *grpBlockset;
     QLineEdit *fldVersion;
     QLineEdit *fldBlocksetName;
@@ -44,5 +36,16 @@ private:
     QLabel *lblUpdateComment;
     QPlainTextEdit *fldUpdate;
 
+signals:
+    // The user changed one of the five information fields; `value` is its new text.
+    void styleValueEdited(StyleField field, const QString &value);
+    // The user changed the update comment.
+    void updateCommentEdited(const QString &comment);
+
+private:
+    QLineEdit *makeTextField(const QString &name, StyleField field);
     void buildLayout();
+
+    // Set while values are being shown, so that no edit is reported.
+    bool m_showing = false;
 };
