@@ -3,6 +3,7 @@
 #include "app/BlocksetDocument.h"
 #include "app/InterfaceState.h"
 #include "app/WorkingFolder.h"
+#include "app/ui/ItemListPage.h"
 #include "app/ui/MainWindowIcons.h"
 #include "app/ui/frmAbout.h"
 #include "app/ui/frmNew.h"
@@ -28,14 +29,12 @@
 #include <QDropEvent>
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QKeySequence>
 #include <QLabel>
 #include <QMediaDevices>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QSoundEffect>
 #include <QStatusBar>
@@ -91,45 +90,6 @@ QString dropType(const QString &path)
 {
     const qsizetype dot = path.lastIndexOf(u'.');
     return dot < 0 ? QString() : path.mid(dot + 1);
-}
-
-QTreeWidget *makeList(const QString &name, const QStringList &columns, const QList<int> &widths, QWidget *parent)
-{
-    auto *list = new QTreeWidget(parent);
-    list->setObjectName(name);
-    list->setColumnCount(int(columns.size()));
-    list->setHeaderLabels(columns);
-    list->setRootIsDecorated(false);
-    list->setUniformRowHeights(true);
-    list->setAlternatingRowColors(true);
-    list->setAllColumnsShowFocus(true);
-    list->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    list->setSelectionBehavior(QAbstractItemView::SelectRows);
-    for (int i = 0; i < widths.size(); ++i)
-        list->setColumnWidth(i, widths.at(i));
-    // Columns keep their widths when the window grows, as in a report-style list:
-    // a stretched last column would push the sizes far away from their names.
-    list->header()->setStretchLastSection(false);
-    // The size column is the last one: its numbers line up on the right.
-    list->headerItem()->setTextAlignment(int(columns.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
-    return list;
-}
-
-// Replaces the rows of `list` with `rows`; the last cell of a row is its size.
-void fillList(QTreeWidget *list, const QList<QStringList> &rows)
-{
-    list->clear();
-    QList<QTreeWidgetItem *> items;
-    items.reserve(rows.size());
-    for (const QStringList &cells : rows) {
-        auto *item = new QTreeWidgetItem(cells);
-        item->setTextAlignment(int(cells.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
-        items.append(item);
-    }
-    list->addTopLevelItems(items);
-    // As in a report-style list, the first row is the selected one after filling.
-    if (!items.isEmpty())
-        list->setCurrentItem(items.first());
 }
 
 QLabel *makePanel(const QString &name, QWidget *parent)
@@ -286,48 +246,16 @@ void frmMain::createTabs()
     m_tabs->setObjectName(u"SSTab1"_s);
     m_tabs->setDocumentMode(false);
 
-    // Blocks
-    auto *blocksPage = new QWidget(m_tabs);
-    m_blockList = makeList(u"BlockList"_s,
-                           {u"File"_s, u"Name"_s, u"Symbol"_s, u"Double"_s, u"Type"_s, u"BSP"_s, u"Size"_s},
-                           {170, 170, 60, 60, 100, 60, 80}, blocksPage);
-    auto *blocksLayout = new QVBoxLayout(blocksPage);
-    blocksLayout->addWidget(m_blockList);
-    m_tabs->addTab(blocksPage, u"&Blocks"_s);
-
-    // Textures, with the preview beside the list
-    auto *texturesPage = new QWidget(m_tabs);
-    m_textureList = makeList(u"TextureList"_s, {u"File"_s, u"Size"_s}, {220, 80}, texturesPage);
-    m_texturePreview = new QLabel(texturesPage);
-    m_texturePreview->setObjectName(u"TexturePreview"_s);
-    m_texturePreview->setAlignment(Qt::AlignCenter);
-    m_previewArea = new QScrollArea(texturesPage);
-    m_previewArea->setObjectName(u"TexturePreviewArea"_s);
-    m_previewArea->setWidget(m_texturePreview);
-    m_previewArea->setWidgetResizable(true);
-    m_previewArea->setAlignment(Qt::AlignCenter);
-    m_previewArea->setMinimumSize(220, 220);
-    m_texturePreview->hide(); // hidden until a texture is previewed
-    m_textureName = new QLabel(texturesPage);
-    m_textureName->setObjectName(u"TextureName"_s);
-    m_textureName->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_textureSize = new QLabel(texturesPage);
-    m_textureSize->setObjectName(u"TextureSize"_s);
-    auto *previewLayout = new QVBoxLayout;
-    previewLayout->addWidget(m_previewArea, 1);
-    previewLayout->addWidget(m_textureName);
-    previewLayout->addWidget(m_textureSize);
-    auto *texturesLayout = new QHBoxLayout(texturesPage);
-    texturesLayout->addWidget(m_textureList, 3);
-    texturesLayout->addLayout(previewLayout, 2);
-    m_tabs->addTab(texturesPage, u"&Textures"_s);
-
-    // Sounds
-    auto *soundsPage = new QWidget(m_tabs);
-    m_soundList = makeList(u"SoundList"_s, {u"File"_s, u"Size"_s}, {220, 80}, soundsPage);
-    auto *soundsLayout = new QVBoxLayout(soundsPage);
-    soundsLayout->addWidget(m_soundList);
-    m_tabs->addTab(soundsPage, u"&Sounds"_s);
+    m_blockPage = new ItemListPage(u"BlockList"_s,
+                                   {u"File"_s, u"Name"_s, u"Symbol"_s, u"Double"_s, u"Type"_s, u"BSP"_s, u"Size"_s},
+                                   {170, 170, 60, 60, 100, 60, 80}, ItemListPage::Preview::None, m_tabs);
+    m_tabs->addTab(m_blockPage, u"&Blocks"_s);
+    m_texturePage = new ItemListPage(u"TextureList"_s, {u"File"_s, u"Size"_s}, {220, 80},
+                                     ItemListPage::Preview::Picture, m_tabs);
+    m_tabs->addTab(m_texturePage, u"&Textures"_s);
+    m_soundPage = new ItemListPage(u"SoundList"_s, {u"File"_s, u"Size"_s}, {220, 80}, ItemListPage::Preview::None,
+                                   m_tabs);
+    m_tabs->addTab(m_soundPage, u"&Sounds"_s);
 
     // Style values and update comment
     m_settingsTab = new SettingsTab(m_tabs);
@@ -490,10 +418,7 @@ void frmMain::letEventsRun()
 
 void frmMain::viewReset()
 {
-    m_texturePreview->clear();
-    m_texturePreview->hide();
-    m_textureName->clear();
-    m_textureSize->clear();
+    m_texturePage->clearPreview();
     {
         const QSignalBlocker settingsBlocker(m_settingsTab);
         const QSignalBlocker versionBlocker(m_versionTab);
@@ -555,26 +480,15 @@ void frmMain::renderLists()
     QList<QStringList> blocks;
     for (const BlockRow &row : m_document->blocks())
         blocks.append({row.file, row.name, row.symbol, row.doubleSymbol, row.type, row.bsp, row.sizeText});
-    if (blocks != m_shownBlocks) {
-        fillList(m_blockList, blocks);
-        m_shownBlocks = blocks;
-    }
+    m_blockPage->showRows(blocks);
     const auto itemCells = [](const QList<ItemRow> &rows) {
         QList<QStringList> cells;
         for (const ItemRow &row : rows)
             cells.append({row.file, row.sizeText});
         return cells;
     };
-    const QList<QStringList> textures = itemCells(m_document->textures());
-    if (textures != m_shownTextures) {
-        fillList(m_textureList, textures);
-        m_shownTextures = textures;
-    }
-    const QList<QStringList> sounds = itemCells(m_document->sounds());
-    if (sounds != m_shownSounds) {
-        fillList(m_soundList, sounds);
-        m_shownSounds = sounds;
-    }
+    m_texturePage->showRows(itemCells(m_document->textures()));
+    m_soundPage->showRows(itemCells(m_document->sounds()));
 }
 
 void frmMain::renderPages()
@@ -623,9 +537,9 @@ void frmMain::focusTab(int index)
 {
     QWidget *target = nullptr;
     switch (index) {
-    case BlocksetDocument::TabBlocks: target = m_blockList; break;
-    case BlocksetDocument::TabTextures: target = m_textureList; break;
-    case BlocksetDocument::TabSounds: target = m_soundList; break;
+    case BlocksetDocument::TabBlocks: target = m_blockPage->list(); break;
+    case BlocksetDocument::TabTextures: target = m_texturePage->list(); break;
+    case BlocksetDocument::TabSounds: target = m_soundPage->list(); break;
     case BlocksetDocument::TabSettings: target = m_settingsTab->firstField(); break;
     case BlocksetDocument::TabVersion: target = m_versionTab->firstField(); break;
     default: break;
@@ -713,35 +627,17 @@ void frmMain::addBSP()
     checkInterface();
 }
 
-QString frmMain::selectedFile(QTreeWidget *list) const
-{
-    QTreeWidgetItem *item = list->currentItem();
-    if (!item) {
-        const QList<QTreeWidgetItem *> selected = list->selectedItems();
-        if (!selected.isEmpty())
-            item = selected.first();
-    }
-    return item ? item->text(0) : QString();
-}
-
 void frmMain::previewTexture()
 {
-    const QString file = selectedFile(m_textureList);
-    if (file.isEmpty())
-        return;
-    QPixmap picture;
+    const QString file = m_texturePage->selectedFile();
     // A file that is no readable picture leaves the preview as it was.
-    if (!picture.load(m_folder->texturesFolder() + u'/' + file))
-        return;
-    m_texturePreview->setPixmap(picture);
-    m_texturePreview->show();
-    m_textureName->setText(file);
-    m_textureSize->setText(QString::number(picture.width()) + u" x "_s + QString::number(picture.height()));
+    if (!file.isEmpty())
+        m_texturePage->showPicture(m_folder->texturesFolder() + u'/' + file, file);
 }
 
 void frmMain::playSound()
 {
-    const QString file = selectedFile(m_soundList);
+    const QString file = m_soundPage->selectedFile();
     if (file.isEmpty() || !m_soundAvailable)
         return;
     if (!m_sound)
