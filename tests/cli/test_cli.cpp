@@ -3,6 +3,7 @@
 // it prints, the files it writes and its exit status.
 
 #include "common/HiveRegistry.h"
+#include "support/TestFiles.h"
 #include "common/RegistryWrapper.h"
 
 #include <QtTest>
@@ -43,28 +44,19 @@ QByteArray fileBytes(const QByteArray &magic, int size)
     return magic + QByteArray(size - magic.size(), 'x');
 }
 
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Packs `entries` with the zip tool into `<dir>/<fileName>` and returns its path.
 QString makeBlockset(const QTemporaryDir &dir, const QString &fileName, const Entries &entries)
 {
     const QString out = dir.filePath(fileName);
-    if (entries.isEmpty()) // an archive with no entries: only the end-of-directory record
-        return writeFile(out, QByteArray("PK\x05\x06", 4) + QByteArray(18, '\0')) ? out : QString();
+    if (entries.isEmpty()) { // an archive with no entries: only the end-of-directory record
+        writeBytes(out, QByteArray("PK\x05\x06", 4) + QByteArray(18, '\0'));
+        return out;
+    }
     const QString stage = dir.filePath(u"stage-"_s + fileName);
-    for (const auto &entry : entries)
-        writeFile(stage + u'/' + entry.first, entry.second);
+    for (const auto &entry : entries) {
+        QDir().mkpath(QFileInfo(stage + u'/' + entry.first).absolutePath());
+        writeBytes(stage + u'/' + entry.first, entry.second);
+    }
     QProcess zip;
     zip.setWorkingDirectory(stage);
     zip.start(u"zip"_s, {u"-r"_s, u"-X"_s, u"-q"_s, out, u"."_s});
@@ -157,8 +149,8 @@ private slots:
     {
         QTemporaryDir dir;
         QVERIFY(!makeBlockset(dir, u"Castle.bset"_s, castleEntries(u"Castle.style"_s)).isEmpty());
-        QVERIFY(writeFile(dir.filePath(u"Castle.txt"_s),
-                          "<version id=\"1.2\" size=\"100\">\r\nAdded two gates and a tower.\r\n</version>\r\n"));
+        writeBytes(dir.filePath(u"Castle.txt"_s),
+                          "<version id=\"1.2\" size=\"100\">\r\nAdded two gates and a tower.\r\n</version>\r\n");
 
         // The path is reported as given, here relative to the working directory.
         const QJsonObject json = infoJson(dir, u"Castle.bset"_s);
@@ -231,7 +223,7 @@ private slots:
         QTemporaryDir dir;
         const QString bset = dir.filePath(u"Broken.bset"_s);
         if (!archiveBytes.isEmpty())
-            QVERIFY(writeFile(bset, archiveBytes));
+            writeBytes(bset, archiveBytes);
 
         const QString last = command == "save"_L1 ? dir.filePath(u"Out.bset"_s) : u"--json"_s;
         const CliResult result = runCli(dir, {command, bset, last});
@@ -293,8 +285,8 @@ private slots:
         const QString in = makeBlockset(dir, u"Castle.bset"_s, castleEntries(inStyle));
         QVERIFY(!in.isEmpty());
         const QByteArray inUpdate = "<version id=\"1.2\" size=\"1\">\r\nAdded two gates.\r\n</version>\r\n";
-        QVERIFY(writeFile(dir.filePath(u"Castle.txt"_s), inUpdate));
-        const QByteArray inBytes = readFile(in);
+        writeBytes(dir.filePath(u"Castle.txt"_s), inUpdate);
+        const QByteArray inBytes = readBytes(in);
         QVERIFY(QDir().mkpath(dir.filePath(u"out"_s)));
 
         const CliResult result = runCli(dir, {u"save"_s, in, u"out/Keep.bset"_s});
@@ -307,11 +299,11 @@ private slots:
         expected.removeAll(inStyle);
         QCOMPARE(archiveFiles(out), sorted(expected << u"Keep.style"_s));
         // IN and its update file stay as they were; OUT's update file names OUT's size.
-        QCOMPARE(readFile(in), inBytes);
-        QCOMPARE(readFile(dir.filePath(u"Castle.txt"_s)), inUpdate);
+        QCOMPARE(readBytes(in), inBytes);
+        QCOMPARE(readBytes(dir.filePath(u"Castle.txt"_s)), inUpdate);
         QCOMPARE(QFileInfo::exists(dir.filePath(u"out/Keep.txt"_s)), sync);
         if (sync)
-            QCOMPARE(readFile(dir.filePath(u"out/Keep.txt"_s)), "<version id=\"1.2\" size=\"" + QByteArray::number(QFileInfo(out).size())
+            QCOMPARE(readBytes(dir.filePath(u"out/Keep.txt"_s)), "<version id=\"1.2\" size=\"" + QByteArray::number(QFileInfo(out).size())
                                                                   + "\">\r\nAdded two gates.\r\n</version>\r\n");
 
         // Opening OUT shows the same blockset, unchanged, under its new name when synchronised.

@@ -28,7 +28,7 @@ QString describe(const ScriptedPrompts::FileRequest &request)
 void writeUpdateFile(const QString &archive, const QByteArray &comment)
 {
     const QFileInfo info(archive);
-    MainWindowFixture::writeFile(info.absolutePath() + '/' + info.completeBaseName() + ".txt",
+    writeFile(info.absolutePath() + '/' + info.completeBaseName() + ".txt",
                                  "<version id=\"1.0\" size=\"1\">\r\n" + comment + "\r\n</version>\r\n");
 }
 
