@@ -5,6 +5,7 @@
 #include "app/WorkingFolder.h"
 #include "app/ui/MainWindowIcons.h"
 #include "app/ui/frmAbout.h"
+#include "cache/ui/frmManager.h"
 #include "app/ui/frmNew.h"
 #include "common/HiveRegistry.h"
 #include "common/Prompts.h"
@@ -382,8 +383,7 @@ void frmMain::connectCommands()
         on(prefix + u"EditItem"_s, &frmMain::editItem);
         on(prefix + u"PreviewItem"_s, &frmMain::previewItem);
         on(prefix + u"AddBSP"_s, &frmMain::addBSP);
-        // The cache manager window comes with the Rover cache work.
-        on(prefix + u"Manager"_s, &frmMain::showNotYetImplemented);
+        on(prefix + u"Manager"_s, &frmMain::showCacheManager);
     }
     // Update/Replace: the toolbar button acts on the Blocks tab only, the menu entry on any tab.
     on(u"btnReplaceItem"_s, &frmMain::replaceItemFromToolbar);
@@ -653,6 +653,25 @@ void frmMain::showOptions()
     frmOptions dialog(*m_settings, this);
     dialog.exec();
     checkInterface();
+}
+
+void frmMain::showCacheManager()
+{
+    auto *manager = new frmManager(*m_prompts, *m_settings);
+    manager->setAttribute(Qt::WA_DeleteOnClose);
+    const auto bringUp = [this] {
+        show();
+        raise();
+        activateWindow();
+    };
+    connect(manager, &frmManager::editorRequested, this, bringUp);
+    connect(manager, &frmManager::openRequested, this, [this, bringUp](const QString &path) {
+        bringUp();
+        openBlocksetFile(path);
+    });
+    connect(manager, &frmManager::aboutRequested, this, &frmMain::showAbout);
+    connect(this, &QObject::destroyed, manager, &QObject::deleteLater);
+    manager->show();
 }
 
 void frmMain::showAbout()

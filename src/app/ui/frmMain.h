@@ -58,6 +58,8 @@ public:
 
     // Opens the blockset at `path` (the command line, a drop), or asks for one when it is empty.
     void openBlocksetFile(const QString &path);
+    // Opens the cache manager window beside this one.
+    void showCacheManager();
 
     // Dropped-file dispatcher: the first archive is opened and every other file ignored.
     void dropFiles(const QStringList &paths);

@@ -2,6 +2,7 @@
 
 #include "app/ui/MainSub.h"
 #include "app/ui/frmMain.h"
+#include "cache/CacheLocation.h"
 
 #include <QApplication>
 #include <QDir>
@@ -42,12 +43,18 @@ int main(int argc, char *argv[])
                                         + QString::number(CUBRIX_VERSION_MINOR) + u' '
                                         + QStringLiteral(CUBRIX_RELEASE_COMMENT));
 
-    // The cache manager window and the lookup of Rover's plug-in registrations come
-    // with the Rover cache work; until then no plug-in folder is known, so "/c"
-    // starts the editor, as it does on a machine where Rover is not registered.
-    const StartChoice start = chooseStart(app.arguments().mid(1), QDir::currentPath(), [] { return false; });
+    const StartChoice start = chooseStart(app.arguments().mid(1), QDir::currentPath(), [] {
+        RoverMachine machine;
+        return !machine.cacheFolderIE().isEmpty() || !machine.cacheFolderNetscape().isEmpty();
+    });
 
     frmMain window;
+    if (start.cacheManager) {
+        // Only the manager is shown; the editor appears when the manager asks for it.
+        QApplication::setWindowIcon(window.windowIcon());
+        window.showCacheManager();
+        return app.exec();
+    }
     QApplication::setWindowIcon(window.windowIcon()); // the dialogs carry it too
     window.show();
 

@@ -26,7 +26,21 @@ const QStringList kRowCommands = {u"Open"_s, u"Remove"_s, u"Properties"_s, u"For
 } // namespace
 
 frmManager::frmManager(RoverMachine &machine, Prompts &prompts, RegistryWrapper &settings, QWidget *parent)
-    : QMainWindow(parent), m_manager(machine, prompts, settings), m_settings(settings)
+    : frmManager(&machine, nullptr, prompts, settings, parent)
+{
+}
+
+frmManager::frmManager(Prompts &prompts, RegistryWrapper &settings, QWidget *parent)
+    : frmManager(nullptr, std::make_unique<RoverMachine>(), prompts, settings, parent)
+{
+}
+
+frmManager::frmManager(RoverMachine *machine, std::unique_ptr<RoverMachine> own, Prompts &prompts,
+                       RegistryWrapper &settings, QWidget *parent)
+    : QMainWindow(parent),
+      m_ownMachine(std::move(own)),
+      m_manager(machine ? *machine : *m_ownMachine, prompts, settings),
+      m_settings(settings)
 {
     setObjectName(u"frmManager"_s);
     setWindowTitle(u"Cubrix Cache Manager"_s);

@@ -23,6 +23,8 @@ class frmManager : public QMainWindow {
 public:
     // Looks Rover up and fills the list at once.
     frmManager(RoverMachine &machine, Prompts &prompts, RegistryWrapper &settings, QWidget *parent = nullptr);
+    // The same on this machine's registry and Wine prefix.
+    frmManager(Prompts &prompts, RegistryWrapper &settings, QWidget *parent = nullptr);
     ~frmManager() override;
 
     CacheManager &manager() { return m_manager; }
@@ -35,6 +37,9 @@ signals:
     void aboutRequested();
 
 private:
+    // `machine`, or when null the one in `own`.
+    frmManager(RoverMachine *machine, std::unique_ptr<RoverMachine> own, Prompts &prompts, RegistryWrapper &settings,
+               QWidget *parent);
     void buildCommands();
     void addCommand(const QString &key, const QString &caption, const QString &menuCaption, void (frmManager::*slot)());
     void refresh();
@@ -51,6 +56,7 @@ private:
     void copyUrl();
     void sortByColumn(int column);
 
+    std::unique_ptr<RoverMachine> m_ownMachine;
     CacheManager m_manager;
     RegistryWrapper &m_settings;
     QTreeWidget *BlocksetList = nullptr;
