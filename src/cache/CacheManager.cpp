@@ -7,6 +7,7 @@
 #include "common/RegistryWrapper.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
@@ -94,9 +95,20 @@ void CacheManager::walk(const QString &folder, const QString &relative)
     m_process = u"Checking "_s + QDir::toNativeSeparators(folder);
     if (m_checking)
         m_checking(m_process);
-    const QDir dir(folder);
-    const QFileInfoList files = dir.entryInfoList({u"*.bset"_s}, QDir::Files | QDir::Hidden | QDir::System);
-    for (const QFileInfo &file : files) {
+    // One pass over the folder's entries, unsorted: the rows are sorted once the
+    // whole tree is walked.
+    QStringList folders;
+    QDirIterator it(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+    while (it.hasNext()) {
+        it.next();
+        const QFileInfo file = it.fileInfo();
+        if (file.isDir()) {
+            if (!file.isSymLink())
+                folders.append(file.fileName());
+            continue;
+        }
+        if (!file.fileName().endsWith(u".bset"_s, Qt::CaseInsensitive))
+            continue;
         CacheRow row;
         row.fileName = file.fileName();
         row.path = relative;
@@ -104,8 +116,8 @@ void CacheManager::walk(const QString &folder, const QString &relative)
         readCachedBlockset(file.filePath(), row);
         m_rows.append(row);
     }
-    const QStringList folders = dir.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System | QDir::NoSymLinks);
-    for (const QString &sub : folders)
+    folders.sort(Qt::CaseInsensitive);
+    for (const QString &sub : std::as_const(folders))
         walk(folder + u'/' + sub, relative.isEmpty() ? sub : relative + u'\\' + sub);
 }
 

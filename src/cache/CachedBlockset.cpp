@@ -66,23 +66,29 @@ void readCachedBlockset(const QString &path, CacheRow &row)
         row.readable = false;
         return;
     }
-    const QString baseName = getBaseName(row.fileName);
+    // Entry names are compared as bytes: only the extension and, for a style
+    // entry, the base name matter, and both are ASCII in Rover's blocksets.
+    const QByteArray baseName = getBaseName(row.fileName).toUtf8();
     const zip_int64_t count = zip_get_num_entries(za, 0);
     zip_int64_t styleIndex = -1;
     for (zip_int64_t i = 0; i < count; ++i) {
-        const char *raw = zip_get_name(za, zip_uint64_t(i), ZIP_FL_ENC_GUESS);
+        const char *raw = zip_get_name(za, zip_uint64_t(i), ZIP_FL_ENC_RAW);
         if (!raw)
             continue;
-        QString name = QString::fromUtf8(raw);
-        name = name.mid(name.lastIndexOf(u'/') + 1);
-        const QString extension = getExtension(name).toLower();
-        if (extension == u"block"_s)
+        QByteArrayView name(raw);
+        name = name.sliced(name.lastIndexOf('/') + 1);
+        const qsizetype dot = name.lastIndexOf('.');
+        if (dot < 0)
+            continue;
+        const QByteArrayView extension = name.sliced(dot + 1);
+        const auto is = [&extension](const char *wanted) { return extension.compare(wanted, Qt::CaseInsensitive) == 0; };
+        if (is("block"))
             ++row.blocks;
-        else if (extension == u"gif"_s || extension == u"jpg"_s)
+        else if (is("gif") || is("jpg"))
             ++row.textures;
-        else if (extension == u"wav"_s)
+        else if (is("wav"))
             ++row.sounds;
-        else if (extension == u"style"_s && styleIndex < 0 && getBaseName(name).compare(baseName, Qt::CaseInsensitive) == 0)
+        else if (is("style") && styleIndex < 0 && name.first(dot).compare(baseName, Qt::CaseInsensitive) == 0)
             styleIndex = i;
     }
     QByteArray style;
