@@ -52,6 +52,7 @@ frmManager::frmManager(RoverMachine *machine, std::unique_ptr<RoverMachine> own,
     BlocksetList->setSelectionMode(QAbstractItemView::SingleSelection);
     BlocksetList->setHeaderLabels(kCaptions);
     BlocksetList->header()->setSectionsClickable(true);
+    BlocksetList->header()->setStretchLastSection(false);
     for (int column : {CacheManager::Size, CacheManager::Blocks, CacheManager::Textures, CacheManager::Sounds})
         BlocksetList->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     setCentralWidget(BlocksetList);
