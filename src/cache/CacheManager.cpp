@@ -185,8 +185,13 @@ bool CacheManager::forceDownload(int row)
 {
     if (row < 0 || row >= m_rows.size())
         return false;
+    // When the index cannot be written the row keeps what the index on disk says.
+    const CacheRow::Updated before = m_rows.at(row).updated;
     m_rows[row].updated = CacheRow::Updated::ForceDownload;
-    return writeIndex();
+    if (writeIndex())
+        return true;
+    m_rows[row].updated = before;
+    return false;
 }
 
 bool CacheManager::writeIndex()

@@ -253,6 +253,7 @@ private slots:
             QVERIFY(!manager.forceDownload(0));
             QCOMPARE(prompts.messageTexts(), QStringList{u"Couldn't write cache file to disk"_s});
             QCOMPARE(readBytes(cache + u"/cache.txt"_s), index);
+            QCOMPARE(manager.rows().at(0).updated, CacheRow::Updated::Date);
         }
         QFile::setPermissions(cache, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         prompts.messages.clear();
