@@ -2,6 +2,7 @@
 
 #include "app/BlocksetDocument.h"
 #include "app/WorkingFolder.h"
+#include "cli/CliCache.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliReport.h"
 #include "common/Registry.h"
@@ -28,6 +29,8 @@ QString CliApp::usageText()
 {
     return u"Usage: cubrix-cli info FILE.bset [--json] [--no]\n"
            "       cubrix-cli save IN.bset OUT.bset [--no]\n"
+           "       cubrix-cli cache [--browser ie|netscape] [--json]\n"
+           "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"
            "       cubrix-cli --help\n"_s;
 }
 
@@ -134,6 +137,8 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
 
 int CliApp::run(const QStringList &arguments)
 {
+    if (arguments.value(1) == "cache"_L1)
+        return runCacheCommand(arguments.mid(2), m_out, m_err);
     Options options;
     const QString problem = parse(arguments, options);
     if (!problem.isEmpty()) {

@@ -310,8 +310,7 @@ void frmMain::connectCommands()
         on(prefix + u"EditItem"_s, &frmMain::editItem);
         on(prefix + u"PreviewItem"_s, &frmMain::previewItem);
         on(prefix + u"AddBSP"_s, &frmMain::addBSP);
-        // The cache manager window comes with the Rover cache work.
-        on(prefix + u"Manager"_s, &frmMain::showNotYetImplemented);
+        on(prefix + u"Manager"_s, &frmMain::cacheManagerRequested);
     }
     // Update/Replace: the toolbar button acts on the Blocks tab only, the menu entry on any tab.
     on(u"btnReplaceItem"_s, &frmMain::replaceItemFromToolbar);

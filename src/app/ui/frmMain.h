@@ -49,6 +49,7 @@ public:
 
     BlocksetDocument &document() { return *m_document; }
     RegistryWrapper &settings() { return *m_settings; }
+    Prompts &prompts() { return *m_prompts; }
     WorkingFolder &workingFolder() { return *m_folder; }
     bool soundAvailable() const { return m_soundAvailable; }
 
@@ -70,6 +71,13 @@ public:
     void letEventsRun() override;
     void viewReset() override;
     void checkInterface() override;
+
+    // The about box, also for the cache manager's Help menu.
+    void showAbout();
+
+signals:
+    // The user asked for the cache manager window (menu or toolbar).
+    void cacheManagerRequested();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -109,7 +117,6 @@ private:
 
     void showOops();
     void showOptions();
-    void showAbout();
     void addItem();
     void removeItem();
     void replaceItemFromToolbar();

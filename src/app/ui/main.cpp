@@ -2,6 +2,8 @@
 
 #include "app/ui/MainSub.h"
 #include "app/ui/frmMain.h"
+#include "cache/CacheLocation.h"
+#include "cache/ui/CacheManagerStart.h"
 #include "common/ProgramVersion.h"
 
 #include <QApplication>
@@ -53,12 +55,19 @@ int main(int argc, char *argv[])
         arguments.remove(at, 2);
     }
 
-    // The cache manager window and the lookup of Rover's plug-in registrations come
-    // with the Rover cache work; until then no plug-in folder is known, so "/c"
-    // starts the editor, as it does on a machine where Rover is not registered.
-    const StartChoice start = chooseStart(arguments, QDir::currentPath(), [] { return false; });
+    const StartChoice start = chooseStart(arguments, QDir::currentPath(), [] {
+        RoverMachine machine;
+        return !machine.cacheFolderIE().isEmpty() || !machine.cacheFolderNetscape().isEmpty();
+    });
 
     frmMain window;
+    connectCacheManager(window);
+    if (start.cacheManager) {
+        // Only the manager is shown; the editor appears when the manager asks for it.
+        QApplication::setWindowIcon(window.windowIcon());
+        showCacheManager(window);
+        return app.exec();
+    }
     QApplication::setWindowIcon(window.windowIcon()); // the dialogs carry it too
     window.show();
 

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "cache/CacheRow.h"
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+
+class Prompts;
+class RegistryWrapper;
+class RoverMachine;
+
+// The cache manager's state and commands without a window: the browser choice,
+// the cache folder, the list of cached blocksets and what the status bar says.
+// The window (frmManager) and cubrix-cli cache both drive it.
+class CacheManager {
+public:
+    enum class Browser { None, InternetExplorer, Netscape };
+    // List columns, in the window's order.
+    enum Column { FileName, Path, Version, Size, LastUpdated, Name, Synopsis, Author, Copyright, Blocks, Textures, Sounds, ColumnCount };
+
+    CacheManager(RoverMachine &machine, Prompts &prompts, RegistryWrapper &settings);
+
+    // Looks Rover up: Netscape first, then Internet Explorer, which wins when both
+    // are found; then fills the list.
+    void load();
+    // Switches to the browser's cache and fills the list again; nothing when it
+    // is already chosen.
+    void chooseBrowser(Browser browser);
+    Browser browser() const { return m_browser; }
+    bool ieFound() const { return !m_ieFolder.isEmpty(); }
+    bool netscapeFound() const { return !m_netscapeFolder.isEmpty(); }
+    // The cache folder as a host path; "" when Rover was not found.
+    QString cacheFolder() const { return m_cacheFolder; }
+
+    // Walks the cache folder for "*.bset" files, reads each archive's directory
+    // and style, then the index. `checking` hears each folder as it is walked.
+    void fill();
+    void setProgress(std::function<void(const QString &)> checking) { m_checking = std::move(checking); }
+
+    const QList<CacheRow> &rows() const { return m_rows; }
+    // The text of a list cell.
+    static QString cellText(const CacheRow &row, int column);
+    // Sorts by a column: texts ignoring case, sizes, counts and times by value.
+    void sort(int column, bool ascending);
+
+    // Host path of the row's file.
+    QString fullPath(int row) const;
+    // Asks (when showWarnings is on), deletes the file, drops the row and writes
+    // the index. False when nothing was removed.
+    bool remove(int row);
+    // Marks the row for download at Rover's next use and writes the index.
+    bool forceDownload(int row);
+
+    // Status bar panels.
+    QString blocksetsText() const;
+    QString sizeText() const;
+    QString selectedSizeText(int row) const;
+    QString processText() const { return m_process; }
+    static QString sizeInUnits(qint64 bytes);
+
+private:
+    void walk(const QString &folder, const QString &relative);
+    bool writeIndex();
+
+    RoverMachine &m_machine;
+    Prompts &m_prompts;
+    RegistryWrapper &m_settings;
+    std::function<void(const QString &)> m_checking;
+    Browser m_browser = Browser::None;
+    QString m_ieFolder;        // the lookups' Windows paths
+    QString m_netscapeFolder;
+    QString m_cacheFolder;
+    QString m_process;
+    QList<CacheRow> m_rows;
+};

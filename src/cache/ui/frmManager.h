@@ -1,0 +1,72 @@
+#pragma once
+
+#include "cache/CacheManager.h"
+
+#include <QHash>
+#include <QMainWindow>
+
+#include <memory>
+
+class QAction;
+class QLabel;
+class QTreeWidget;
+class Prompts;
+class RegistryWrapper;
+class RoverMachine;
+
+// The cache manager window: Rover's cached blocksets in a list with commands on
+// the selected one. The editor-related entries are signals; the program's entry
+// and the editor window connect them.
+class frmManager : public QMainWindow {
+    Q_OBJECT
+
+public:
+    // Looks Rover up and fills the list at once.
+    frmManager(RoverMachine &machine, Prompts &prompts, RegistryWrapper &settings, QWidget *parent = nullptr);
+    // The same on this machine's registry and Wine prefix.
+    frmManager(Prompts &prompts, RegistryWrapper &settings, QWidget *parent = nullptr);
+    ~frmManager() override;
+
+    CacheManager &manager() { return m_manager; }
+
+signals:
+    // "Cubrix Editor": bring up the editor window.
+    void editorRequested();
+    // "Open Blockset in Editor": the host path of the selected file.
+    void openRequested(const QString &path);
+    void aboutRequested();
+
+private:
+    // `machine`, or when null the one in `own`.
+    frmManager(RoverMachine *machine, std::unique_ptr<RoverMachine> own, Prompts &prompts, RegistryWrapper &settings,
+               QWidget *parent);
+    void buildCommands();
+    void addCommand(const QString &key, const QString &caption, const QString &menuCaption, void (frmManager::*slot)());
+    void refresh();
+    void showRows();
+    void updateState();
+    int selectedRow() const;
+    void copyToClipboard(const QString &text);
+
+    void openSelected();
+    void removeSelected();
+    void showProperties();
+    void forceDownloadSelected();
+    void copyTag();
+    void copyUrl();
+    void sortByColumn(int column);
+
+    std::unique_ptr<RoverMachine> m_ownMachine;
+    CacheManager m_manager;
+    RegistryWrapper &m_settings;
+    QTreeWidget *BlocksetList = nullptr;
+    QLabel *stbBlocksets = nullptr;
+    QLabel *stbSize = nullptr;
+    QLabel *stbProcess = nullptr;
+    QAction *mnuIE = nullptr;
+    QAction *mnuNS = nullptr;
+    QHash<QString, QAction *> m_buttons; // btnX
+    QHash<QString, QAction *> m_menus;   // mnuX
+    int m_sortColumn = -1;
+    bool m_sortAscending = true;
+};

@@ -1,0 +1,119 @@
+// The manager window's enabling, sorting and clipboard, and the info dialog's labels.
+
+#include "cache/CacheLocation.h"
+#include "cache/ui/frmBlocksetInfo.h"
+#include "cache/ui/frmManager.h"
+#include "common/HiveRegistry.h"
+#include "common/RegistryWrapper.h"
+#include "support/ScriptedPrompts.h"
+#include "support/TestFiles.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeWidget>
+
+using namespace Qt::StringLiterals;
+
+class TestFrmManager : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    void grab(QWidget &widget, const QString &name)
+    {
+        const QString folder = qEnvironmentVariable("CUBRIX_SCREENSHOTS");
+        if (!folder.isEmpty() && QDir().mkpath(folder))
+            widget.grab().save(folder + u'/' + name + u".png"_s);
+    }
+
+private slots:
+    void enablingAndSorting_data()
+    {
+        QTest::addColumn<int>("files");
+        QTest::newRow("no Rover") << -1;
+        QTest::newRow("empty cache") << 0;
+        QTest::newRow("three blocksets") << 3;
+    }
+    void enablingAndSorting()
+    {
+        QFETCH(int, files);
+        const QString prefix = m_dir.path() + u"/p"_s + QString::number(files + 1);
+        const QString cache = prefix + u"/drive_c/Rover/flatland/www.host.com/a"_s;
+        QVERIFY(QDir().mkpath(cache));
+        QVERIFY(QDir().mkpath(prefix + u"/dosdevices"_s));
+        QFile::link(u"../drive_c"_s, prefix + u"/dosdevices/c:"_s);
+        if (files >= 0)
+            writeBytes(prefix + u"/system.reg"_s, "WINE REGISTRY Version 2\n\n[Software\\\\Microsoft\\\\Internet Explorer\\\\"
+                                                  "Plugins\\\\Extension\\\\.3dml] 1\n\"Location\"=\"C:\\\\Rover\\\\npRover.dll\"\n");
+        for (int i = 0; i < files; ++i) // sizes 30, 20, 10 in name order
+            writeBytes(cache + u"/set"_s + QString::number(i) + u".bset"_s, QByteArray(30 - 10 * i, 'x'));
+        qputenv("WINEPREFIX", prefix.toLocal8Bit());
+
+        RoverMachine machine;
+        HiveRegistry hive(m_dir.path() + u"/settings.reg"_s);
+        RegistryWrapper settings(hive);
+        ScriptedPrompts prompts;
+        frmManager window(machine, prompts, settings);
+        window.show();
+        auto *list = window.findChild<QTreeWidget *>(u"BlocksetList"_s);
+        QCOMPARE(list->topLevelItemCount(), qMax(files, 0));
+        for (const QString &name : {u"btnOpen"_s, u"mnuRemove"_s, u"btnCopyURL"_s, u"mnuForceDownload"_s})
+            QCOMPARE(window.findChild<QAction *>(name)->isEnabled(), files > 0);
+        QCOMPARE(window.findChild<QAction *>(u"btnRefresh"_s)->isEnabled(), files >= 0);
+        QCOMPARE(window.findChild<QAction *>(u"mnuIE"_s)->isChecked(), files >= 0);
+        QCOMPARE(window.findChild<QAction *>(u"mnuNS"_s)->isEnabled(), false);
+        if (files < 0) {
+            QCOMPARE(window.findChild<QLabel *>(u"stbProcess"_s)->text(), u"Flatland Rover is not installed. No blockset cache found."_s);
+            return;
+        }
+        if (files == 0)
+            return;
+        grab(window, u"frmManager"_s);
+
+        // A click on Size sorts by the byte count, a second click reverses it.
+        const int size = 3;
+        list->header()->sectionClicked(size);
+        QCOMPARE(list->topLevelItem(0)->text(0), u"set2.bset"_s);
+        list->header()->sectionClicked(size);
+        QCOMPARE(list->topLevelItem(0)->text(0), u"set0.bset"_s);
+
+        list->topLevelItem(1)->setSelected(true);
+        QCOMPARE(window.findChild<QLabel *>(u"stbSize"_s)->text(), u"Selected: 0 KB"_s);
+        window.findChild<QAction *>(u"btnCopyTag"_s)->trigger();
+        QCOMPARE(QApplication::clipboard()->text(), u"<blockset href=\"http://www.host.com/a/set1.bset\"/>"_s);
+        window.findChild<QAction *>(u"mnuCopyURL"_s)->trigger();
+        QCOMPARE(QApplication::clipboard()->text(), u"http://www.host.com/a/set1.bset"_s);
+    }
+
+    void infoDialog()
+    {
+        CacheRow row;
+        row.fileName = u"castle.bset"_s;
+        row.path = u"www.host.com\\sets\\old"_s;
+        row.updated = CacheRow::Updated::ForceDownload;
+        row.name = u"Castle"_s;
+        row.blocks = 12;
+        frmBlocksetInfo dialog(row);
+        dialog.show();
+        grab(dialog, u"frmBlocksetInfo"_s);
+        const auto text = [&dialog](const QString &name) { return dialog.findChild<QLabel *>(name)->text(); };
+        QCOMPARE(text(u"lblURL"_s), u"http://www.host.com/sets/old/castle.bset"_s);
+        QCOMPARE(text(u"lblUpdated"_s), u"<force download>"_s);
+        QCOMPARE((QStringList{text(u"lblName"_s), text(u"lblVersion"_s), text(u"lblBlocks"_s)}),
+                 (QStringList{u"Castle"_s, u"?"_s, u"12"_s}));
+        dialog.findChild<QPushButton *>(u"btnCopyTag"_s)->click();
+        QCOMPARE(QApplication::clipboard()->text(), row.tag());
+        dialog.findChild<QPushButton *>(u"OKButton"_s)->click();
+        QVERIFY(!dialog.isVisible());
+    }
+};
+
+QTEST_MAIN(TestFrmManager)
+#include "test_frm_manager.moc"
