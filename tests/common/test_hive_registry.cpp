@@ -5,7 +5,6 @@
 #include "support/TestFiles.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -292,27 +291,6 @@ private slots:
         QCOMPARE(QFile::permissions(hivePath()), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
     }
 
-    void largeInputIsReadInLinearTime()
-    {
-        // Many keys, a deep key path and a long escaped string: a reader that is
-        // quadratic in any of them takes minutes here.
-        QByteArray bytes = "WINE REGISTRY Version 2\n";
-        for (int i = 0; i < 20000; ++i)
-            bytes += "\n[Software\\\\Many\\\\Key" + QByteArray::number(i) + "] 1\n\"v\"=dword:"
-                     + QByteArray::number(i, 16) + "\n";
-        bytes += "\n[A" + QByteArray("\\\\k").repeated(50000) + "] 1\n";
-        bytes += "\"long\"=\"" + QByteArray("\\\\").repeated(1000000) + "\"\n";
-        writeBytes(hivePath(), bytes);
-        QElapsedTimer timer;
-        timer.start();
-        HiveRegistry reg(hivePath(), true);
-        RegValue value;
-        QVERIFY(reg.regQueryValue(HKLM, "software\\many\\key19999", "v", value));
-        QCOMPARE(value.dword, 19999u);
-        QVERIFY(reg.regQueryValue(HKLM, "A" + QString("\\k").repeated(50000), "long", value));
-        QCOMPARE(value.text.size(), 1000000);
-        QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestHiveRegistry)
