@@ -21,47 +21,38 @@ private slots:
     void remapAll_data()
     {
         QTest::addColumn<int>("count");
+        QTest::addColumn<bool>("yes");
         QTest::addColumn<QString>("last"); // single symbol of the last block
         QTest::addColumn<QStringList>("messages");
         const QStringList asked{u"Are you sure to remap all symbols?"_s};
-        QTest::newRow("3 blocks") << 3 << u"C"_s << asked;
-        QTest::newRow("53rd gets 1") << 53 << u"1"_s << asked;
-        QTest::newRow("61st gets 9") << 61 << u"9"_s << asked;
-        QTest::newRow("62nd gets 0") << 62 << u"0"_s << asked;
-        QTest::newRow("89th gets the tilde") << 89 << u"~"_s << asked;
-        QTest::newRow("90th gets nothing") << 90 << QString()
+        QTest::newRow("3 blocks") << 3 << true << u"C"_s << asked;
+        QTest::newRow("53rd gets 1") << 53 << true << u"1"_s << asked;
+        QTest::newRow("61st gets 9") << 61 << true << u"9"_s << asked;
+        QTest::newRow("62nd gets 0") << 62 << true << u"0"_s << asked;
+        QTest::newRow("89th gets the tilde") << 89 << true << u"~"_s << asked;
+        QTest::newRow("90th gets nothing") << 90 << true << QString()
                                            << asked + QStringList{u"There are more than 89 blocks in the blockset!"_s};
+        QTest::newRow("answered no") << 3 << false << u"x"_s << asked;
     }
 
     void remapAll()
     {
         QFETCH(int, count);
+        QFETCH(bool, yes);
         QFETCH(QString, last);
         FakeHost host;
         addBlocks(host, count);
-        host.scripted.answers = {PromptAnswer::Yes};
-        QVERIFY(remapAllSymbols(host, 2)); // prefix "B"
+        host.scripted.answers = {yes ? PromptAnswer::Yes : PromptAnswer::No};
+        QCOMPARE(remapAllSymbols(host, 2), yes); // prefix "B"
         QTEST(host.scripted.messageTexts(), "messages");
         QCOMPARE(host.blockset.blocks.last().symbol, last);
-        QCOMPARE(host.blockset.blocks.last().doubleSymbol, last.isEmpty() ? QString() : u"B"_s + last);
-        QCOMPARE(host.blockset.blocks.first().doubleSymbol, u"BA"_s);
-        QVERIFY(host.changed);
+        const QString prefix = yes ? u"B"_s : u"#"_s;
+        QCOMPARE(host.blockset.blocks.last().doubleSymbol, last.isEmpty() ? QString() : prefix + last);
+        QCOMPARE(host.blockset.blocks.first().doubleSymbol, yes ? u"BA"_s : u"#x"_s);
+        QCOMPARE(host.changed, yes);
         const SymbolSettings &symbols = host.blockset.symbols;
-        QVERIFY(symbols.blocksetStrictPrefix && symbols.blocksetSyncDouble && symbols.syncDoubleBoxChecked);
-        QCOMPARE(symbols.prefixIndex, 2);
-    }
-
-    void answeredNoChangesNothing()
-    {
-        FakeHost host;
-        addBlocks(host, 2);
-        const BlocksetContent before = host.blockset;
-        host.scripted.answers = {PromptAnswer::No, PromptAnswer::No};
-        QVERIFY(!remapAllSymbols(host, 0));
-        QVERIFY(!syncDoubleSymbols(host, 0));
-        QCOMPARE(host.blockset.blocks[1].doubleSymbol, before.blocks[1].doubleSymbol);
-        QCOMPARE(host.blockset.symbols, before.symbols);
-        QVERIFY(!host.changed);
+        QCOMPARE(symbols.blocksetStrictPrefix && symbols.blocksetSyncDouble && symbols.syncDoubleBoxChecked, yes);
+        QCOMPARE(symbols.prefixIndex, yes ? 2 : 0);
     }
 
     void syncDoubleKeepsUndefined()
