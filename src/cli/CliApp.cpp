@@ -137,7 +137,9 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
     }
     if (!CliEditCommands::handles(options.command) && !options.commandOptions.isEmpty())
         return options.commandOptions.first() + u" is an option of remap"_s;
-    for (const QString &file : std::as_const(options.files)) {
+    // Names and values after the blockset's file may be empty (an empty value clears).
+    const QStringList files = CliEditCommands::handles(options.command) ? options.files.mid(0, 1) : options.files;
+    for (const QString &file : files) {
         if (file.isEmpty())
             return u"empty file name"_s;
     }
