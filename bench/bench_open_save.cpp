@@ -300,9 +300,8 @@ int main(int argc, char *argv[])
             rows.append(row);
         }
         StyleValues style;
-        SymbolSettings symbols;
         parser.setBuffer(styleFile.readAll());
-        readStyle(parser, style, rows, symbols, true, true);
+        readStyle(parser, style, rows);
         for (BlockRow &row : rows) {
             QFile file(extractTarget + u"/blocks/"_s + row.file);
             if (!file.open(QIODevice::ReadOnly))

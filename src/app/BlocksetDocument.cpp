@@ -250,7 +250,9 @@ void BlocksetDocument::openBlockset(const QString &file)
         }
         m_parser.setBuffer(bytes);
         showProcess(u"Parsing Blockset..."_s);
-        readStyle(m_parser, m_content.style, m_content.blocks, m_content.symbols, strictPrefixSetting, syncDoubleSetting);
+        const StyleReadResult read = readStyle(m_parser, m_content.style, m_content.blocks);
+        refreshSymbolSettings(m_content.symbols, read.strictPrefixConsistent, read.syncDoubleConsistent,
+                              read.commonPrefix, strictPrefixSetting, syncDoubleSetting);
         m_versionText = m_content.style.version;
     } else {
         m_prompts.message(u"Unable to load style file!\nYou will have to define all block symbols manually."_s,

@@ -24,12 +24,27 @@ void setPair(InterfaceState &state, const QString &command, bool enabled)
 
 } // namespace
 
-InterfaceState computeInterfaceState(const BlocksetDocument &document, bool updateFileSetting)
+InterfaceFacts interfaceFacts(const BlocksetDocument &document, bool updateFileSetting)
+{
+    InterfaceFacts facts;
+    facts.blocksetOpen = document.blocksetOpen();
+    facts.tab = document.tab();
+    facts.blocks = document.blockCount();
+    facts.textures = document.textureCount();
+    facts.sounds = document.soundCount();
+    facts.changed = document.isChanged();
+    facts.fileName = document.blocksetFileName();
+    facts.versionText = document.versionText();
+    facts.updateFileSetting = updateFileSetting;
+    return facts;
+}
+
+InterfaceState computeInterfaceState(const InterfaceFacts &facts)
 {
     InterfaceState state;
-    state.updateGroupEnabled = updateFileSetting;
+    state.updateGroupEnabled = facts.updateFileSetting;
 
-    if (!document.blocksetOpen()) {
+    if (!facts.blocksetOpen) {
         setPair(state, u"New"_s, true);
         setPair(state, u"Open"_s, true);
         for (const QString &command : {u"Close"_s, u"Save"_s, u"SaveAs"_s, u"AddItem"_s, u"RemoveItem"_s,
@@ -40,8 +55,8 @@ InterfaceState computeInterfaceState(const BlocksetDocument &document, bool upda
         return state;
     }
 
-    const int tab = document.tab();
-    const int blocks = document.blockCount();
+    const int tab = facts.tab;
+    const int blocks = facts.blocks;
     const bool onBlocks = tab == BlocksetDocument::TabBlocks;
     const bool onTextures = tab == BlocksetDocument::TabTextures;
     const bool onSounds = tab == BlocksetDocument::TabSounds;
@@ -50,19 +65,19 @@ InterfaceState computeInterfaceState(const BlocksetDocument &document, bool upda
         setPair(state, command, true);
     setPair(state, u"AddBSP"_s, blocks >= 1);
     state.enabled.insert(u"mnuRemapSymbols"_s, blocks >= 1);
-    setPair(state, u"Save"_s, document.isChanged());
+    setPair(state, u"Save"_s, facts.changed);
     setPair(state, u"AddItem"_s, (onBlocks && blocks < blockLimit()) || onTextures || onSounds);
-    const bool hasItems = (onBlocks && blocks >= 1) || (onTextures && document.textureCount() >= 1)
-                          || (onSounds && document.soundCount() >= 1);
+    const bool hasItems = (onBlocks && blocks >= 1) || (onTextures && facts.textures >= 1)
+                          || (onSounds && facts.sounds >= 1);
     setPair(state, u"RemoveItem"_s, hasItems);
     setPair(state, u"PreviewItem"_s, hasItems);
     setPair(state, u"ReplaceItem"_s, onBlocks && blocks >= 1);
     setPair(state, u"EditItem"_s, onBlocks && blocks >= 1);
 
-    state.caption = u"Cubrix - "_s + document.blocksetFileName() + (document.isChanged() ? u"*"_s : QString());
+    state.caption = u"Cubrix - "_s + facts.fileName + (facts.changed ? u"*"_s : QString());
     state.blocksPanel = countText(blocks, u"No Blocks"_s, u"1 Block"_s, u" Blocks"_s);
-    state.texturesPanel = countText(document.textureCount(), u"No Textures"_s, u"1 Texture"_s, u" Textures"_s);
-    state.soundsPanel = countText(document.soundCount(), u"No Sounds"_s, u"1 Sound"_s, u" Sounds"_s);
-    state.versionPanel = document.versionText().isEmpty() ? u"No Version"_s : document.versionText();
+    state.texturesPanel = countText(facts.textures, u"No Textures"_s, u"1 Texture"_s, u" Textures"_s);
+    state.soundsPanel = countText(facts.sounds, u"No Sounds"_s, u"1 Sound"_s, u" Sounds"_s);
+    state.versionPanel = facts.versionText.isEmpty() ? u"No Version"_s : facts.versionText;
     return state;
 }

@@ -17,4 +17,18 @@ struct InterfaceState {
     QString versionPanel;
 };
 
-InterfaceState computeInterfaceState(const BlocksetDocument &document, bool updateFileSetting);
+// What the rules read from the document, as plain values.
+struct InterfaceFacts {
+    bool blocksetOpen = false;
+    int tab = 0; // a BlocksetDocument::Tab
+    int blocks = 0;
+    int textures = 0;
+    int sounds = 0;
+    bool changed = false;
+    QString fileName;
+    QString versionText;
+    bool updateFileSetting = false; // the user setting that governs the update group
+};
+
+InterfaceFacts interfaceFacts(const BlocksetDocument &document, bool updateFileSetting);
+InterfaceState computeInterfaceState(const InterfaceFacts &facts);

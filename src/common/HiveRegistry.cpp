@@ -744,17 +744,14 @@ struct HiveRegistry::Impl {
 };
 
 HiveRegistry::HiveRegistry(const QString &path, bool readOnly)
-    : d(new Impl)
+    : d(std::make_unique<Impl>())
 {
     d->path = path;
     d->readOnly = readOnly;
     d->startEmpty();
 }
 
-HiveRegistry::~HiveRegistry()
-{
-    delete d;
-}
+HiveRegistry::~HiveRegistry() = default;
 
 bool HiveRegistry::regKeyExists(RegRoot, const QString &path)
 {

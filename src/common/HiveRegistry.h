@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <memory>
+
 // A registry kept in a hive file of Wine's text format ("WINE REGISTRY Version 2").
 // Every root maps to the same file (Wine's system.reg holds HKEY_LOCAL_MACHINE).
 // The file is re-read when it changed on disk and rewritten atomically (temporary
@@ -15,6 +17,9 @@ class HiveRegistry : public Registry {
 public:
     explicit HiveRegistry(const QString &path, bool readOnly = false);
     ~HiveRegistry() override;
+    // One object per open hive file: copies would write the file behind each other's back.
+    HiveRegistry(const HiveRegistry &) = delete;
+    HiveRegistry &operator=(const HiveRegistry &) = delete;
 
     bool regKeyExists(RegRoot root, const QString &path) override;
     bool regQueryValue(RegRoot root, const QString &path, const QString &name, RegValue &value) override;
@@ -26,5 +31,5 @@ public:
 
 private:
     struct Impl;
-    Impl *d;
+    std::unique_ptr<Impl> d;
 };

@@ -1,9 +1,9 @@
 #include "formats/Parser_Style.h"
 
 #include "common/Cp1252.h"
+#include "common/ProgramVersion.h"
 #include "formats/Parser.h"
 #include "formats/ValueFormats.h"
-#include "symbols/SymbolScheme.h"
 
 #include <span>
 
@@ -135,14 +135,12 @@ void appendAttribute(QString &line, QLatin1StringView attribute, const QString &
 
 QString generatorVersion()
 {
-    return QString::number(CUBRIX_VERSION_MAJOR) + u'.' + QString::number(CUBRIX_VERSION_MINOR) + u' '
-        + QLatin1StringView(CUBRIX_RELEASE_COMMENT);
+    return programVersion();
 }
 
 } // namespace
 
-StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows, SymbolSettings &symbols,
-                          bool strictPrefixSetting, bool syncDoubleSetting)
+StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows)
 {
     parser.normaliseBuffer();
     StyleReadResult result;
@@ -168,8 +166,6 @@ StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &r
             break;
     }
 
-    refreshSymbolSettings(symbols, result.strictPrefixConsistent, result.syncDoubleConsistent, result.commonPrefix,
-                          strictPrefixSetting, syncDoubleSetting);
     return result;
 }
 

@@ -14,10 +14,9 @@ struct StyleReadResult {
 };
 
 // Reads the whole style from the parser's buffer into `style` and the matching
-// block rows, then refreshes the symbol settings from the result and the user
-// settings strictPrefix / syncDouble.
-StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows, SymbolSettings &symbols,
-                          bool strictPrefixSetting, bool syncDoubleSetting);
+// block rows. The result says whether the block symbols agree on strict prefix
+// and double symbols; the caller derives the symbol settings from it.
+StyleReadResult readStyle(Parser &parser, StyleValues &style, QList<BlockRow> &rows);
 
 struct StyleHeader {
     QString version;

@@ -69,7 +69,7 @@ private slots:
         QVERIFY(filesBelow(env.folder.workingFolder()).isEmpty());
         QTEST(doc.processText(), "text");
         QVERIFY(doc.processMessageShown());
-        const InterfaceState state = computeInterfaceState(doc, true);
+        const InterfaceState state = computeInterfaceState(interfaceFacts(doc, true));
         QCOMPARE(state.caption, QStringLiteral("Cubrix - ") + fileName);
         QCOMPARE(state.versionPanel, versionText);
         // The dialog's symbol choices; both symbol modes are on after new.
@@ -173,7 +173,7 @@ private slots:
         QCOMPARE(env.document.blockCount(), 0);
         QCOMPARE(env.document.style(), StyleValues());
         QVERIFY(filesBelow(env.folder.workingFolder()).isEmpty());
-        const InterfaceState state = computeInterfaceState(env.document, true);
+        const InterfaceState state = computeInterfaceState(interfaceFacts(env.document, true));
         QCOMPARE(state.caption + state.blocksPanel + state.versionPanel, QStringLiteral("Cubrix"));
         // An unsaved edit of the update comment stays flagged after close; the next open,
         // which asks nothing because nothing is open, clears it.

@@ -375,7 +375,7 @@ private slots:
         QCOMPARE(env.document.processText(), QString());
         QVERIFY(!env.document.processMessageShown());
         QCOMPARE(env.view.busyCalls.value(env.view.busyCalls.size() - 1, true), false);
-        const InterfaceState state = computeInterfaceState(env.document, true);
+        const InterfaceState state = computeInterfaceState(interfaceFacts(env.document, true));
         QVERIFY(state.caption == "Cubrix" && !state.enabled.value("btnSave"));
         // The editor is still usable: the good archive opens afterwards.
         env.prompts.messages.clear();

@@ -17,13 +17,11 @@ private:
         return {file, {}, symbol, doubleSymbol};
     }
 
-    static StyleReadResult read(const QByteArray &file, StyleValues &style, QList<BlockRow> &rows,
-                                SymbolSettings *symbols = nullptr, bool strictSetting = true)
+    static StyleReadResult read(const QByteArray &file, StyleValues &style, QList<BlockRow> &rows)
     {
         Parser parser;
         parser.setBuffer(file);
-        SymbolSettings unused;
-        return readStyle(parser, style, rows, symbols ? *symbols : unused, strictSetting, true);
+        return readStyle(parser, style, rows);
     }
 
     static StyleValues castle()
@@ -228,21 +226,6 @@ private slots:
         QTEST(result.strictPrefixConsistent, "strict");
         QTEST(result.syncDoubleConsistent, "sync");
         QTEST(result.commonPrefix, "prefix");
-    }
-
-    // The reader hands its findings and the user settings to the symbol settings.
-    void symbolSettingsAfterReading()
-    {
-        const QByteArray file = "<block symbol=\"a\" double=\"Za\" file=\"a.block\"/>"
-                                "<block symbol=\"b\" double=\"Zb\" file=\"b.block\"/>";
-        QList<BlockRow> rows{row("a.block"), row("b.block")};
-        StyleValues style;
-        SymbolSettings on, off;
-        read(file, style, rows, &on);
-        QVERIFY(on.strictPrefixBoxChecked && on.syncDoubleBoxChecked && on.prefixListEnabled);
-        QCOMPARE(on.prefixIndex, 26); // "Z" in the prefix list
-        read(file, style, rows, &off, false);
-        QVERIFY(off.strictPrefixBoxEnabled && !off.strictPrefixBoxChecked && !off.syncDoubleBoxEnabled);
     }
 
     void header_data()

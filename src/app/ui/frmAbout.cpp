@@ -1,5 +1,7 @@
 #include "app/ui/frmAbout.h"
 
+#include "common/ProgramVersion.h"
+
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QFont>
@@ -73,8 +75,7 @@ frmAbout::frmAbout(QWidget *parent) : QDialog(parent)
 
 QString frmAbout::versionText()
 {
-    return QString::number(CUBRIX_VERSION_MAJOR) + u'.' + QString::number(CUBRIX_VERSION_MINOR) + u' '
-           + QStringLiteral(CUBRIX_RELEASE_COMMENT);
+    return programVersion();
 }
 
 QStringList frmAbout::systemInfoLines()

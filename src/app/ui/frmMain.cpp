@@ -8,6 +8,7 @@
 #include "app/ui/frmNew.h"
 #include "common/HiveRegistry.h"
 #include "common/Prompts.h"
+#include "common/ProgramVersion.h"
 #include "common/Registry.h"
 #include "common/RegistryWrapper.h"
 #include "common/ui/GuiPrompts.h"
@@ -199,8 +200,7 @@ frmMain::~frmMain()
 
 QString frmMain::welcomeText()
 {
-    return u"Welcome to Cubrix "_s + QString::number(CUBRIX_VERSION_MAJOR) + u'.'
-           + QString::number(CUBRIX_VERSION_MINOR) + u' ' + QStringLiteral(CUBRIX_RELEASE_COMMENT) + u'!';
+    return u"Welcome to Cubrix "_s + programVersion() + u'!';
 }
 
 // ---------------------------------------------------------------------------
@@ -425,23 +425,23 @@ void frmMain::connectCommands()
 
 void frmMain::load()
 {
-    // 1. The document holds the blockset's archive for the window's whole life;
-    //    the working folder object only names the folders here (step 4).
+    // The document holds the blockset's archive for the window's whole life; the
+    // working folder object only names the folders until they are created below.
     m_folder = std::make_unique<WorkingFolder>();
     m_document = std::make_unique<BlocksetDocument>(*m_prompts, *m_settings, *m_folder);
     m_document->setView(this);
-    // 2. Sound: at least one audio output at load time.
+    // Sounds can be previewed only when an audio output exists at start.
     m_soundAvailable = !QMediaDevices::audioOutputs().isEmpty();
-    // 3. Settings key and defaults where they are missing.
+    // The settings key, with defaults where values are missing.
     m_settings->loadSettings();
-    // 4.-5. The working folder and its blocks, textures and sounds folders.
+    // The working folder and its blocks, textures and sounds folders.
     m_folder->createWorkingFolders();
-    // 6. Commands as for no open blockset.
+    // Nothing is open yet: only the commands that need no blockset.
     checkInterface();
-    // 7. The strict-prefix list holds the prefix alphabet, "." first, so that its
-    //    positions agree with the prefix lists of the dialogs.
+    // The strict-prefix list holds the prefix alphabet, "." first, so that its
+    // positions agree with the prefix lists of the dialogs.
     m_settingsTab->fillPrefixList(prefixAlphabet());
-    // 8. Welcome text.
+    // The status bar greets the user.
     m_document->showProcess(welcomeText());
 }
 
@@ -521,7 +521,7 @@ void frmMain::runDocumentCommand(void (BlocksetDocument::*command)())
 void frmMain::refreshInterface(bool clearResult)
 {
     renderDocument();
-    const InterfaceState state = computeInterfaceState(*m_document, m_settings->getBoolSetting(u"updateFile"_s));
+    const InterfaceState state = computeInterfaceState(interfaceFacts(*m_document, m_settings->getBoolSetting(u"updateFile"_s)));
     for (auto it = state.enabled.cbegin(); it != state.enabled.cend(); ++it) {
         if (QAction *action = m_actions.value(it.key()))
             action->setEnabled(it.value());
@@ -626,8 +626,8 @@ void frmMain::focusTab(int index)
     case BlocksetDocument::TabBlocks: target = m_blockList; break;
     case BlocksetDocument::TabTextures: target = m_textureList; break;
     case BlocksetDocument::TabSounds: target = m_soundList; break;
-    case BlocksetDocument::TabSettings: target = m_settingsTab->lstPlaceholderTexture; break;
-    case BlocksetDocument::TabVersion: target = m_versionTab->fldVersion; break;
+    case BlocksetDocument::TabSettings: target = m_settingsTab->firstField(); break;
+    case BlocksetDocument::TabVersion: target = m_versionTab->firstField(); break;
     default: break;
     }
     if (target && target->isEnabled())

@@ -2,6 +2,7 @@
 
 #include "app/ui/MainSub.h"
 #include "app/ui/frmMain.h"
+#include "common/ProgramVersion.h"
 
 #include <QApplication>
 #include <QDir>
@@ -9,15 +10,16 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <cstdio>
 #include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// With CUBRIX_SCREENSHOT set (scripts/run under Xvfb), the window is grabbed to
-// that PNG once it is shown and any command-line file has been opened, and the
-// program ends. A file whose opening stops at a message box is grabbed after a
+// "cubrix --screenshot FILE [blockset]": the window is grabbed to that PNG once
+// it is shown and any command-line blockset has been opened, and the program
+// ends (scripts/run uses it where there is no display). A file whose opening stops at a message box is grabbed after a
 // while all the same, so the run never hangs.
 void scheduleScreenshot(QApplication &app, frmMain &window, const QString &path, int delayMs)
 {
@@ -38,20 +40,28 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     QApplication::setApplicationName(u"Cubrix"_s);
     QApplication::setOrganizationName(u"Quillmoor"_s);
-    QApplication::setApplicationVersion(QString::number(CUBRIX_VERSION_MAJOR) + u'.'
-                                        + QString::number(CUBRIX_VERSION_MINOR) + u' '
-                                        + QStringLiteral(CUBRIX_RELEASE_COMMENT));
+    QApplication::setApplicationVersion(programVersion());
+
+    QStringList arguments = app.arguments().mid(1);
+    QString screenshot;
+    if (const qsizetype at = arguments.indexOf(u"--screenshot"_s); at >= 0) {
+        if (at + 1 >= arguments.size()) {
+            std::fputs("cubrix: --screenshot needs the name of the PNG file to write\n", stderr);
+            return 2;
+        }
+        screenshot = arguments.at(at + 1);
+        arguments.remove(at, 2);
+    }
 
     // The cache manager window and the lookup of Rover's plug-in registrations come
     // with the Rover cache work; until then no plug-in folder is known, so "/c"
     // starts the editor, as it does on a machine where Rover is not registered.
-    const StartChoice start = chooseStart(app.arguments().mid(1), QDir::currentPath(), [] { return false; });
+    const StartChoice start = chooseStart(arguments, QDir::currentPath(), [] { return false; });
 
     frmMain window;
     QApplication::setWindowIcon(window.windowIcon()); // the dialogs carry it too
     window.show();
 
-    const QString screenshot = qEnvironmentVariable("CUBRIX_SCREENSHOT");
     // A blockset named on the command line is opened once the window is shown.
     const QString file = start.file;
     QTimer::singleShot(0, &window, [&app, &window, file, screenshot] {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "formats/BlocksetModel.h"
+
 #include <QLineEdit>
 #include <QString>
 
@@ -9,4 +11,19 @@ inline void setTextIfDifferent(QLineEdit *field, const QString &text)
 {
     if (field->text() != text)
         field->setText(text);
+}
+
+// A text field of `page` named `name` whose user edits the page reports as
+// styleValueEdited(field, text); while `showing` is set the page is filling its
+// fields itself, and those texts are not edits.
+template <class Page>
+QLineEdit *makeTextField(Page *page, const QString &name, StyleField field, const bool &showing)
+{
+    auto *edit = new QLineEdit(page);
+    edit->setObjectName(name);
+    QObject::connect(edit, &QLineEdit::textChanged, page, [page, field, &showing](const QString &text) {
+        if (!showing)
+            emit page->styleValueEdited(field, text);
+    });
+    return edit;
 }

@@ -69,9 +69,9 @@ SettingsTab::SettingsTab(QWidget *parent)
     prcOrb->setObjectName(u"prcOrb"_s);
     posOrb = new usrPosition(this);
     posOrb->setObjectName(u"posOrb"_s);
-    fldOrbHREF = makeTextField(u"fldOrbHREF"_s, StyleField::OrbHref);
-    fldOrbTarget = makeTextField(u"fldOrbTarget"_s, StyleField::OrbTarget);
-    fldOrbText = makeTextField(u"fldOrbText"_s, StyleField::OrbText);
+    fldOrbHREF = makeTextField(this, u"fldOrbHREF"_s, StyleField::OrbHref, m_showing);
+    fldOrbTarget = makeTextField(this, u"fldOrbTarget"_s, StyleField::OrbTarget, m_showing);
+    fldOrbText = makeTextField(this, u"fldOrbText"_s, StyleField::OrbText, m_showing);
 
     grpSymbol = new QGroupBox(tr("Symbol Synchronization"), this);
     grpSymbol->setObjectName(u"grpSymbol"_s);
@@ -133,17 +133,6 @@ QComboBox *SettingsTab::makeTextureBox(const QString &name, StyleField field)
     box->installEventFilter(this);
     m_textureBoxes.append({box, field});
     return box;
-}
-
-QLineEdit *SettingsTab::makeTextField(const QString &name, StyleField field)
-{
-    auto *edit = new QLineEdit(this);
-    edit->setObjectName(name);
-    connect(edit, &QLineEdit::textChanged, this, [this, field](const QString &text) {
-        if (!m_showing)
-            emit styleValueEdited(field, text);
-    });
-    return edit;
 }
 
 QLabel *SettingsTab::makeLabel(const QString &name, const QString &caption, QWidget *buddy)
@@ -403,4 +392,9 @@ bool SettingsTab::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return QWidget::eventFilter(watched, event);
+}
+
+QWidget *SettingsTab::firstField() const
+{
+    return lstPlaceholderTexture;
 }

@@ -44,7 +44,20 @@ public:
     // Reports a texture box edit still pending because the focus has not left the
     // box yet (for commands that run from a toolbar button, which takes no focus).
     void commitTextureEdit();
+    // The control that takes the focus when the page is chosen.
+    QWidget *firstField() const;
 
+
+signals:
+    // The user changed a scene value; `value` is the control's text after the change.
+    void styleValueEdited(StyleField field, const QString &value);
+    // The user changed cbxStrictPrefix, cbxSyncDouble or the lstStrictPrefix selection.
+    void symbolControlsEdited();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
     QGroupBox *grpPlaceholder;
     QComboBox *lstPlaceholderTexture;
     QGroupBox *grpSky;
@@ -66,19 +79,7 @@ public:
     QCheckBox *cbxStrictPrefix;
     QComboBox *lstStrictPrefix;
     QCheckBox *cbxSyncDouble;
-
-signals:
-    // The user changed a scene value; `value` is the control's text after the change.
-    void styleValueEdited(StyleField field, const QString &value);
-    // The user changed cbxStrictPrefix, cbxSyncDouble or the lstStrictPrefix selection.
-    void symbolControlsEdited();
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
-private:
     QComboBox *makeTextureBox(const QString &name, StyleField field);
-    QLineEdit *makeTextField(const QString &name, StyleField field);
     QLabel *makeLabel(const QString &name, const QString &caption, QWidget *buddy);
     void buildLayout();
     void paintPrefixList(bool enabled);

@@ -19,11 +19,11 @@ VersionTab::VersionTab(QWidget *parent)
 
     grpBlockset = new QGroupBox(tr("Blockset Information"), this);
     grpBlockset->setObjectName(u"grpBlockset"_s);
-    fldVersion = makeTextField(u"fldVersion"_s, StyleField::Version);
-    fldBlocksetName = makeTextField(u"fldBlocksetName"_s, StyleField::Name);
-    fldSynopsis = makeTextField(u"fldSynopsis"_s, StyleField::Synopsis);
-    fldAuthor = makeTextField(u"fldAuthor"_s, StyleField::Author);
-    fldCopyright = makeTextField(u"fldCopyright"_s, StyleField::Copyright);
+    fldVersion = makeTextField(this, u"fldVersion"_s, StyleField::Version, m_showing);
+    fldBlocksetName = makeTextField(this, u"fldBlocksetName"_s, StyleField::Name, m_showing);
+    fldSynopsis = makeTextField(this, u"fldSynopsis"_s, StyleField::Synopsis, m_showing);
+    fldAuthor = makeTextField(this, u"fldAuthor"_s, StyleField::Author, m_showing);
+    fldCopyright = makeTextField(this, u"fldCopyright"_s, StyleField::Copyright, m_showing);
 
     grpUpdate = new QGroupBox(tr("Update Information"), this);
     grpUpdate->setObjectName(u"grpUpdate"_s);
@@ -46,17 +46,6 @@ VersionTab::VersionTab(QWidget *parent)
     });
 
     buildLayout();
-}
-
-QLineEdit *VersionTab::makeTextField(const QString &name, StyleField field)
-{
-    auto *edit = new QLineEdit(this);
-    edit->setObjectName(name);
-    connect(edit, &QLineEdit::textChanged, this, [this, field](const QString &text) {
-        if (!m_showing)
-            emit styleValueEdited(field, text);
-    });
-    return edit;
 }
 
 void VersionTab::buildLayout()
@@ -121,4 +110,9 @@ void VersionTab::resetValues()
     fldAuthor->clear();
     fldCopyright->clear();
     fldUpdate->clear();
+}
+
+QWidget *VersionTab::firstField() const
+{
+    return fldVersion;
 }

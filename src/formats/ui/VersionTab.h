@@ -24,7 +24,17 @@ public:
     void setUpdateEnabled(bool enabled);
     // Empties every field, without emitting edit signals.
     void resetValues();
+    // The control that takes the focus when the page is chosen.
+    QWidget *firstField() const;
 
+
+signals:
+    // The user changed one of the five information fields; `value` is its new text.
+    void styleValueEdited(StyleField field, const QString &value);
+    // The user changed the update comment.
+    void updateCommentEdited(const QString &comment);
+
+private:
     QGroupBox *grpBlockset;
     QLineEdit *fldVersion;
     QLineEdit *fldBlocksetName;
@@ -35,15 +45,6 @@ public:
     QLabel *lblUpdate;
     QLabel *lblUpdateComment;
     QPlainTextEdit *fldUpdate;
-
-signals:
-    // The user changed one of the five information fields; `value` is its new text.
-    void styleValueEdited(StyleField field, const QString &value);
-    // The user changed the update comment.
-    void updateCommentEdited(const QString &comment);
-
-private:
-    QLineEdit *makeTextField(const QString &name, StyleField field);
     void buildLayout();
 
     // Set while values are being shown, so that no edit is reported.

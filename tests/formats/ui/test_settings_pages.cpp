@@ -155,23 +155,23 @@ private slots:
         };
 
         // Visiting without a change reports nothing.
-        page->lstPlaceholderTexture->setFocus(Qt::TabFocusReason);
-        QVERIFY(page->lstPlaceholderTexture->hasFocus());
+        page->findChild<QComboBox *>("lstPlaceholderTexture")->setFocus(Qt::TabFocusReason);
+        QVERIFY(page->findChild<QComboBox *>("lstPlaceholderTexture")->hasFocus());
         host.leave();
         QCOMPARE(edits.count(), 0);
         // From one changed box straight into another: the first is reported, and
         // the second starts from its own text (the remembered text is shared).
-        type(page->lstSkyTexture, "night.jpg");
+        type(page->findChild<QComboBox *>("lstSkyTexture"), "night.jpg");
         QCOMPARE(edits.count(), 0);
-        page->lstGroundTexture->setFocus(Qt::TabFocusReason);
+        page->findChild<QComboBox *>("lstGroundTexture")->setFocus(Qt::TabFocusReason);
         QCOMPARE(edits.count(), 1);
         QCOMPARE(last(), edit(StyleField::SkyTexture, "night.jpg"));
 
         // The drop-down list taking the focus does not end the visit.
-        page->lstOrbTexture->setFocus(Qt::TabFocusReason);
-        page->lstOrbTexture->showPopup();
-        page->lstOrbTexture->setCurrentIndex(2);
-        page->lstOrbTexture->hidePopup();
+        page->findChild<QComboBox *>("lstOrbTexture")->setFocus(Qt::TabFocusReason);
+        page->findChild<QComboBox *>("lstOrbTexture")->showPopup();
+        page->findChild<QComboBox *>("lstOrbTexture")->setCurrentIndex(2);
+        page->findChild<QComboBox *>("lstOrbTexture")->hidePopup();
         QCOMPARE(edits.count(), 1);
         host.leave();
         QCOMPARE(edits.count(), 2);
@@ -179,11 +179,11 @@ private slots:
 
         // A toolbar command commits a pending edit, which leaving then does not repeat.
         page->commitTextureEdit();
-        type(page->lstGroundTexture, "stone.gif");
+        type(page->findChild<QComboBox *>("lstGroundTexture"), "stone.gif");
         page->commitTextureEdit();
         QCOMPARE(edits.count(), 3);
         QCOMPARE(last(), edit(StyleField::GroundTexture, "stone.gif"));
-        type(page->lstPlaceholderTexture, "wall.gif");
+        type(page->findChild<QComboBox *>("lstPlaceholderTexture"), "wall.gif");
         QCOMPARE(edits.count(), 3);
         host.leave();
         QCOMPARE(edits.count(), 4);
@@ -191,7 +191,7 @@ private slots:
 
         // Values shown while the user sits in a texture box (a blockset opened
         // from the keyboard) are not taken for the user's edit.
-        page->lstSkyTexture->setFocus(Qt::TabFocusReason);
+        page->findChild<QComboBox *>("lstSkyTexture")->setFocus(Qt::TabFocusReason);
         page->resetValues();
         StyleValues other = sampleStyle();
         other.skyTexture = "dusk.jpg";
@@ -206,11 +206,11 @@ private slots:
         page.showValues(sampleStyle(), "old");
         QSignalSpy comments(&page, &VersionTab::updateCommentEdited);
         QSignalSpy edits(&page, &VersionTab::styleValueEdited);
-        page.fldUpdate->selectAll();
-        QTest::keyClicks(page.fldUpdate, "New gate");
+        page.findChild<QPlainTextEdit *>("fldUpdate")->selectAll();
+        QTest::keyClicks(page.findChild<QPlainTextEdit *>("fldUpdate"), "New gate");
         QCOMPARE(comments.count(), 8);
-        QTest::keyClick(page.fldUpdate, Qt::Key_Return);
-        QTest::keyClicks(page.fldUpdate, "Tower");
+        QTest::keyClick(page.findChild<QPlainTextEdit *>("fldUpdate"), Qt::Key_Return);
+        QTest::keyClicks(page.findChild<QPlainTextEdit *>("fldUpdate"), "Tower");
         QCOMPARE(comments.last().at(0).toString(), "New gate\nTower");
         QCOMPARE(edits.count(), 0);
     }
@@ -233,15 +233,15 @@ private slots:
         style.skyColor = style.orbPosition = "";
         for (int field = 0; field <= int(StyleField::OrbText); ++field)
             QCOMPARE(shownText(host.control(StyleField(field))), styleValue(style, StyleField(field)));
-        QCOMPARE(host.settings->lstGroundTexture->count(), 1);
-        QCOMPARE(host.version->fldUpdate->toPlainText(), "Added a tower.");
+        QCOMPARE(host.settings->findChild<QComboBox *>("lstGroundTexture")->count(), 1);
+        QCOMPARE(host.version->findChild<QPlainTextEdit *>("fldUpdate")->toPlainText(), "Added a tower.");
 
         host.settings->resetValues();
         host.version->resetValues();
         for (const char *name : kControls)
             QCOMPARE(shownText(host.window.findChild<QWidget *>(name)), "");
-        QCOMPARE(host.settings->lstOrbTexture->count(), 0);
-        QCOMPARE(host.version->fldUpdate->toPlainText(), "");
+        QCOMPARE(host.settings->findChild<QComboBox *>("lstOrbTexture")->count(), 0);
+        QCOMPARE(host.version->findChild<QPlainTextEdit *>("fldUpdate")->toPlainText(), "");
         QCOMPARE(settingsEdits.count() + symbolEdits.count() + versionEdits.count() + comments.count(), 0);
     }
 
@@ -276,16 +276,16 @@ private slots:
         page.showSymbols(symbols);
 
         QCOMPARE(edits.count(), 0);
-        QCOMPARE(page.cbxStrictPrefix->isChecked(), strictChecked);
-        QCOMPARE(page.cbxStrictPrefix->isEnabled(), strictEnabled);
-        QCOMPARE(page.cbxSyncDouble->isChecked(), syncChecked);
-        QCOMPARE(page.cbxSyncDouble->isEnabled(), syncEnabled);
-        QCOMPARE(page.lstStrictPrefix->isEnabled(), listEnabled);
-        QCOMPARE(page.lstStrictPrefix->currentText(), prefixAlphabet().at(prefixIndex));
+        QCOMPARE(page.findChild<QCheckBox *>("cbxStrictPrefix")->isChecked(), strictChecked);
+        QCOMPARE(page.findChild<QCheckBox *>("cbxStrictPrefix")->isEnabled(), strictEnabled);
+        QCOMPARE(page.findChild<QCheckBox *>("cbxSyncDouble")->isChecked(), syncChecked);
+        QCOMPARE(page.findChild<QCheckBox *>("cbxSyncDouble")->isEnabled(), syncEnabled);
+        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->isEnabled(), listEnabled);
+        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->currentText(), prefixAlphabet().at(prefixIndex));
         // An enabled list has the window background, a disabled one the button face.
         const QColor expected = QApplication::palette().color(listEnabled ? QPalette::Base : QPalette::Button);
-        QCOMPARE(page.lstStrictPrefix->palette().color(QPalette::Disabled, QPalette::Base), expected);
-        QCOMPARE(page.lstStrictPrefix->palette().color(QPalette::Active, QPalette::Button), expected);
+        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->palette().color(QPalette::Disabled, QPalette::Base), expected);
+        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->palette().color(QPalette::Active, QPalette::Button), expected);
         QCOMPARE(page.shownSymbols(), symbols);
     }
 
@@ -294,16 +294,16 @@ private slots:
         SettingsTab page;
         page.fillPrefixList(prefixAlphabet());
         page.fillPrefixList(prefixAlphabet()); // a second fill does not double the list
-        QCOMPARE(page.lstStrictPrefix->count(), 90);
+        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->count(), 90);
         page.showSymbols({true, true, false, true, true, 0, false, false});
         QSignalSpy edits(&page, &SettingsTab::symbolControlsEdited);
-        page.cbxSyncDouble->click();
+        page.findChild<QCheckBox *>("cbxSyncDouble")->click();
         QCOMPARE(edits.count(), 1);
         QVERIFY(page.shownSymbols().syncDoubleBoxChecked);
-        QTest::keyClick(page.lstStrictPrefix, Qt::Key_Down);
+        QTest::keyClick(page.findChild<QComboBox *>("lstStrictPrefix"), Qt::Key_Down);
         QCOMPARE(edits.count(), 2);
         QCOMPARE(page.shownSymbols().prefixIndex, 1);
-        page.cbxStrictPrefix->click();
+        page.findChild<QCheckBox *>("cbxStrictPrefix")->click();
         QCOMPARE(edits.count(), 3);
         QVERIFY(!page.shownSymbols().strictPrefixBoxChecked);
     }
@@ -335,7 +335,7 @@ private slots:
         }
         // The Tab key follows the reading order, through the value controls' boxes.
         QVERIFY(QTest::qWaitForWindowActive(&host.window));
-        host.settings->lstPlaceholderTexture->setFocus(Qt::TabFocusReason);
+        host.settings->findChild<QComboBox *>("lstPlaceholderTexture")->setFocus(Qt::TabFocusReason);
         QStringList order;
         for (int i = 0; i < 20; ++i) {
             QWidget *focus = QApplication::focusWidget();
@@ -379,10 +379,10 @@ private slots:
             }
         }
         // A texture file name fits into its box; the link field takes the orb group's width.
-        settings.lstSkyTexture->setEditText("cobblestone_wall.jpg");
-        QVERIFY(settings.lstSkyTexture->lineEdit()->width()
-                > settings.lstSkyTexture->fontMetrics().horizontalAdvance("cobblestone_wall.jpg"));
-        QVERIFY(settings.fldOrbHREF->width() > settings.lstOrbTexture->width() / 2);
+        settings.findChild<QComboBox *>("lstSkyTexture")->setEditText("cobblestone_wall.jpg");
+        QVERIFY(settings.findChild<QComboBox *>("lstSkyTexture")->lineEdit()->width()
+                > settings.findChild<QComboBox *>("lstSkyTexture")->fontMetrics().horizontalAdvance("cobblestone_wall.jpg"));
+        QVERIFY(settings.findChild<QLineEdit *>("fldOrbHREF")->width() > settings.findChild<QComboBox *>("lstOrbTexture")->width() / 2);
 
         saveScreenshot(&settings, "settings_page.png");
         saveScreenshot(&version, "version_page.png");
