@@ -15,7 +15,12 @@
 #include "common/ui/frmOptions.h"
 #include "formats/ui/SettingsTab.h"
 #include "formats/ui/VersionTab.h"
+#include "symbols/RemapSymbols.h"
+#include "symbols/RemoveItems.h"
+#include "symbols/RenameItem.h"
+#include "symbols/StrictPrefix.h"
 #include "symbols/SymbolScheme.h"
+#include "symbols/ui/frmRemapSymbols.h"
 
 #include <QAction>
 #include <QApplication>
@@ -38,6 +43,7 @@
 #include <QScrollArea>
 #include <QSignalBlocker>
 #include <QSoundEffect>
+#include <QStyledItemDelegate>
 #include <QStatusBar>
 #include <QStyle>
 #include <QTabWidget>
@@ -93,9 +99,21 @@ QString dropType(const QString &path)
     return dot < 0 ? QString() : path.mid(dot + 1);
 }
 
+// Only the file name (the label) of a row can be edited in place.
+class LabelEditDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        return index.column() == 0 ? QStyledItemDelegate::createEditor(parent, option, index) : nullptr;
+    }
+};
+
 QTreeWidget *makeList(const QString &name, const QStringList &columns, const QList<int> &widths, QWidget *parent)
 {
     auto *list = new QTreeWidget(parent);
+    list->setItemDelegate(new LabelEditDelegate(list));
+    list->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
     list->setObjectName(name);
     list->setColumnCount(int(columns.size()));
     list->setHeaderLabels(columns);
@@ -123,6 +141,7 @@ void fillList(QTreeWidget *list, const QList<QStringList> &rows)
     items.reserve(rows.size());
     for (const QStringList &cells : rows) {
         auto *item = new QTreeWidgetItem(cells);
+        item->setFlags(item->flags() | Qt::ItemIsEditable);
         item->setTextAlignment(int(cells.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
         items.append(item);
     }
@@ -189,6 +208,10 @@ frmMain::~frmMain()
         m_versionTab->disconnect(this);
     if (m_tabs)
         m_tabs->disconnect(this);
+    for (QTreeWidget *list : {m_blockList, m_textureList, m_soundList}) {
+        if (list)
+            list->disconnect(this);
+    }
     if (m_document)
         m_document->setView(nullptr);
     // A window destroyed without being closed still leaves no files behind.
@@ -388,8 +411,9 @@ void frmMain::connectCommands()
     // Update/Replace: the toolbar button acts on the Blocks tab only, the menu entry on any tab.
     on(u"btnReplaceItem"_s, &frmMain::replaceItemFromToolbar);
     on(u"mnuReplaceItem"_s, &frmMain::showNotYetImplemented);
-    // Remapping symbols (frmRemapSymbols) comes with the symbol work.
-    on(u"mnuRemapSymbols"_s, &frmMain::showNotYetImplemented);
+    on(u"mnuRemapSymbols"_s, &frmMain::remapSymbols);
+    for (QTreeWidget *list : {m_blockList, m_textureList, m_soundList})
+        connect(list, &QTreeWidget::itemChanged, this, &frmMain::renameItemLabel);
     on(u"mnuOptions"_s, &frmMain::showOptions);
     on(u"mnuAbout"_s, &frmMain::showAbout);
     on(u"mnuExit"_s, &frmMain::close);
@@ -413,6 +437,10 @@ void frmMain::connectCommands()
         m_shownComment = comment;
         checkInterface();
     });
+    connect(m_settingsTab, &SettingsTab::strictPrefixClicked, this, &frmMain::strictPrefixClicked);
+    connect(m_settingsTab, &SettingsTab::prefixListFocused, this,
+            [this] { m_prefixRemembered = m_document->symbols().prefixIndex; });
+    connect(m_settingsTab, &SettingsTab::prefixListChosen, this, &frmMain::prefixListChosen);
     connect(m_settingsTab, &SettingsTab::symbolControlsEdited, this, [this] {
         m_document->setSymbolSettings(m_settingsTab->shownSymbols());
         m_shownSymbols = m_document->symbols();
@@ -670,11 +698,82 @@ void frmMain::addItem()
     checkInterface();
 }
 
+QTreeWidget *frmMain::itemList(int tab) const
+{
+    switch (tab) {
+    case BlocksetDocument::TabBlocks: return m_blockList;
+    case BlocksetDocument::TabTextures: return m_textureList;
+    case BlocksetDocument::TabSounds: return m_soundList;
+    default: return nullptr;
+    }
+}
+
+// The tab order of the three lists is the order of ItemKind.
 void frmMain::removeItem()
 {
-    // Removing items comes with the item operations.
-    if (m_document->tab() <= BlocksetDocument::TabSounds)
-        showOops();
+    const int tab = m_document->tab();
+    QTreeWidget *list = itemList(tab);
+    if (!list) {
+        checkInterface();
+        return;
+    }
+    ListSelection selection;
+    for (QTreeWidgetItem *item : list->selectedItems())
+        selection.selected.append(list->indexOfTopLevelItem(item));
+    selection.current = list->currentItem() ? list->indexOfTopLevelItem(list->currentItem()) : -1;
+    const bool removed = removeItems(*m_document, ItemKind(tab), selection);
+    checkInterface();
+    if (removed) {
+        list->setFocus();
+        if (QTreeWidgetItem *current = list->topLevelItem(selection.current))
+            list->setCurrentItem(current);
+    }
+}
+
+void frmMain::renameItemLabel(QTreeWidgetItem *item, int column)
+{
+    auto *list = qobject_cast<QTreeWidget *>(sender());
+    const int tab = list == m_blockList ? BlocksetDocument::TabBlocks
+                    : list == m_textureList ? BlocksetDocument::TabTextures
+                                            : BlocksetDocument::TabSounds;
+    const int row = list ? list->indexOfTopLevelItem(item) : -1;
+    if (column != 0 || row < 0)
+        return;
+    QList<QStringList> &shown = tab == BlocksetDocument::TabBlocks     ? m_shownBlocks
+                                : tab == BlocksetDocument::TabTextures ? m_shownTextures
+                                                                       : m_shownSounds;
+    const QString newName = item->text(0);
+    if (row >= shown.size() || newName == shown[row].value(0))
+        return;
+    if (renameItem(*m_document, ItemKind(tab), row, newName)) {
+        shown[row][0] = newName; // the label already shows it
+    } else {
+        const QSignalBlocker blocker(list);
+        item->setText(0, shown[row].value(0));
+    }
+    checkInterface();
+}
+
+void frmMain::remapSymbols()
+{
+    frmRemapSymbols dialog(this);
+    remapSymbolsCommand(*m_document, dialog);
+    checkInterface();
+}
+
+void frmMain::strictPrefixClicked(bool checked)
+{
+    SymbolSettings symbols = m_document->symbols();
+    ::strictPrefixClicked(symbols, checked, m_settings->getBoolSetting(u"syncDouble"_s));
+    m_document->setSymbolSettings(symbols);
+    checkInterface();
+}
+
+void frmMain::prefixListChosen(int index)
+{
+    remapPrefix(*m_document, m_prefixRemembered, index);
+    // The list shows what the document holds, also after a No.
+    m_shownSymbols.reset();
     checkInterface();
 }
 

@@ -21,6 +21,7 @@ class QSoundEffect;
 class QTabWidget;
 class QToolBar;
 class QTreeWidget;
+class QTreeWidgetItem;
 class Registry;
 class RegistryWrapper;
 class SettingsTab;
@@ -113,6 +114,11 @@ private:
     void showAbout();
     void addItem();
     void removeItem();
+    void renameItemLabel(QTreeWidgetItem *item, int column);
+    void remapSymbols();
+    void strictPrefixClicked(bool checked);
+    void prefixListChosen(int index);
+    QTreeWidget *itemList(int tab) const;
     void replaceItemFromToolbar();
     void editItem();
     void previewItem();
@@ -162,4 +168,7 @@ private:
     std::optional<SymbolSettings> m_shownSymbols;
     std::optional<QString> m_shownComment;
     std::optional<QStringList> m_shownTextureNames;
+    // The lstStrictPrefix position when it last received the focus; positions the
+    // program sets never come through the focus, so they ask nothing.
+    std::optional<int> m_prefixRemembered;
 };
