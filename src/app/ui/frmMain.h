@@ -80,8 +80,8 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private slots:
-    // Commands that belong to later work (adding, removing, replacing items,
-    // remapping symbols, the cache manager) answer through this one slot for now.
+    // Commands that belong to later work (adding and replacing items, the cache
+    // manager) answer through this one slot for now.
     void showNotYetImplemented();
 
 private:
