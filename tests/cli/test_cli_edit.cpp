@@ -47,8 +47,6 @@ private slots:
         QTest::newRow("rename") << QStringList{u"rename"_s, u"wall.block"_s, u"keep.block"_s} << 0 << u"file"_s
                                 << QStringList{u"floor.block"_s, u"gate.block"_s, u"keep.block"_s, u"torch.block"_s,
                                                u"tower.block"_s};
-        QTest::newRow("rename extension") << QStringList{u"rename"_s, u"wall.block"_s, u"wall.gif"_s} << 1 << u"file"_s
-                                          << files;
         QTest::newRow("remap all") << QStringList{u"remap"_s, u"--all"_s, u"--prefix"_s, u"!"_s} << 0 << u"double"_s
                                    << QStringList{u"!A"_s, u"!B"_s, u"!C"_s, u"!D"_s, u"!E"_s};
         QTest::newRow("prefix") << QStringList{u"prefix"_s, u"x"_s} << 0 << u"double"_s
