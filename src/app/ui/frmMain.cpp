@@ -3,6 +3,7 @@
 #include "app/BlocksetDocument.h"
 #include "app/InterfaceState.h"
 #include "app/WorkingFolder.h"
+#include "app/ui/ItemListPage.h"
 #include "app/ui/MainWindowIcons.h"
 #include "app/ui/frmAbout.h"
 #include "app/ui/frmNew.h"
@@ -33,17 +34,14 @@
 #include <QDropEvent>
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QKeySequence>
 #include <QLabel>
 #include <QMediaDevices>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QSoundEffect>
-#include <QStyledItemDelegate>
 #include <QStatusBar>
 #include <QStyle>
 #include <QTabWidget>
@@ -97,58 +95,6 @@ QString dropType(const QString &path)
 {
     const qsizetype dot = path.lastIndexOf(u'.');
     return dot < 0 ? QString() : path.mid(dot + 1);
-}
-
-// Only the file name (the label) of a row can be edited in place.
-class LabelEditDelegate : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-    QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option, const QModelIndex &index) const override
-    {
-        return index.column() == 0 ? QStyledItemDelegate::createEditor(parent, option, index) : nullptr;
-    }
-};
-
-QTreeWidget *makeList(const QString &name, const QStringList &columns, const QList<int> &widths, QWidget *parent)
-{
-    auto *list = new QTreeWidget(parent);
-    list->setItemDelegate(new LabelEditDelegate(list));
-    list->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
-    list->setObjectName(name);
-    list->setColumnCount(int(columns.size()));
-    list->setHeaderLabels(columns);
-    list->setRootIsDecorated(false);
-    list->setUniformRowHeights(true);
-    list->setAlternatingRowColors(true);
-    list->setAllColumnsShowFocus(true);
-    list->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    list->setSelectionBehavior(QAbstractItemView::SelectRows);
-    for (int i = 0; i < widths.size(); ++i)
-        list->setColumnWidth(i, widths.at(i));
-    // Columns keep their widths when the window grows, as in a report-style list:
-    // a stretched last column would push the sizes far away from their names.
-    list->header()->setStretchLastSection(false);
-    // The size column is the last one: its numbers line up on the right.
-    list->headerItem()->setTextAlignment(int(columns.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
-    return list;
-}
-
-// Replaces the rows of `list` with `rows`; the last cell of a row is its size.
-void fillList(QTreeWidget *list, const QList<QStringList> &rows)
-{
-    list->clear();
-    QList<QTreeWidgetItem *> items;
-    items.reserve(rows.size());
-    for (const QStringList &cells : rows) {
-        auto *item = new QTreeWidgetItem(cells);
-        item->setFlags(item->flags() | Qt::ItemIsEditable);
-        item->setTextAlignment(int(cells.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
-        items.append(item);
-    }
-    list->addTopLevelItems(items);
-    // As in a report-style list, the first row is the selected one after filling.
-    if (!items.isEmpty())
-        list->setCurrentItem(items.first());
 }
 
 QLabel *makePanel(const QString &name, QWidget *parent)
@@ -208,9 +154,9 @@ frmMain::~frmMain()
         m_versionTab->disconnect(this);
     if (m_tabs)
         m_tabs->disconnect(this);
-    for (QTreeWidget *list : {m_blockList, m_textureList, m_soundList}) {
-        if (list)
-            list->disconnect(this);
+    for (ItemListPage *page : {m_blockPage, m_texturePage, m_soundPage}) {
+        if (page)
+            page->disconnect(this);
     }
     if (m_document)
         m_document->setView(nullptr);
@@ -309,48 +255,16 @@ void frmMain::createTabs()
     m_tabs->setObjectName(u"SSTab1"_s);
     m_tabs->setDocumentMode(false);
 
-    // Blocks
-    auto *blocksPage = new QWidget(m_tabs);
-    m_blockList = makeList(u"BlockList"_s,
-                           {u"File"_s, u"Name"_s, u"Symbol"_s, u"Double"_s, u"Type"_s, u"BSP"_s, u"Size"_s},
-                           {170, 170, 60, 60, 100, 60, 80}, blocksPage);
-    auto *blocksLayout = new QVBoxLayout(blocksPage);
-    blocksLayout->addWidget(m_blockList);
-    m_tabs->addTab(blocksPage, u"&Blocks"_s);
-
-    // Textures, with the preview beside the list
-    auto *texturesPage = new QWidget(m_tabs);
-    m_textureList = makeList(u"TextureList"_s, {u"File"_s, u"Size"_s}, {220, 80}, texturesPage);
-    m_texturePreview = new QLabel(texturesPage);
-    m_texturePreview->setObjectName(u"TexturePreview"_s);
-    m_texturePreview->setAlignment(Qt::AlignCenter);
-    m_previewArea = new QScrollArea(texturesPage);
-    m_previewArea->setObjectName(u"TexturePreviewArea"_s);
-    m_previewArea->setWidget(m_texturePreview);
-    m_previewArea->setWidgetResizable(true);
-    m_previewArea->setAlignment(Qt::AlignCenter);
-    m_previewArea->setMinimumSize(220, 220);
-    m_texturePreview->hide(); // hidden until a texture is previewed
-    m_textureName = new QLabel(texturesPage);
-    m_textureName->setObjectName(u"TextureName"_s);
-    m_textureName->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_textureSize = new QLabel(texturesPage);
-    m_textureSize->setObjectName(u"TextureSize"_s);
-    auto *previewLayout = new QVBoxLayout;
-    previewLayout->addWidget(m_previewArea, 1);
-    previewLayout->addWidget(m_textureName);
-    previewLayout->addWidget(m_textureSize);
-    auto *texturesLayout = new QHBoxLayout(texturesPage);
-    texturesLayout->addWidget(m_textureList, 3);
-    texturesLayout->addLayout(previewLayout, 2);
-    m_tabs->addTab(texturesPage, u"&Textures"_s);
-
-    // Sounds
-    auto *soundsPage = new QWidget(m_tabs);
-    m_soundList = makeList(u"SoundList"_s, {u"File"_s, u"Size"_s}, {220, 80}, soundsPage);
-    auto *soundsLayout = new QVBoxLayout(soundsPage);
-    soundsLayout->addWidget(m_soundList);
-    m_tabs->addTab(soundsPage, u"&Sounds"_s);
+    m_blockPage = new ItemListPage(u"BlockList"_s,
+                                   {u"File"_s, u"Name"_s, u"Symbol"_s, u"Double"_s, u"Type"_s, u"BSP"_s, u"Size"_s},
+                                   {170, 170, 60, 60, 100, 60, 80}, ItemListPage::Preview::None, m_tabs);
+    m_tabs->addTab(m_blockPage, u"&Blocks"_s);
+    m_texturePage = new ItemListPage(u"TextureList"_s, {u"File"_s, u"Size"_s}, {220, 80},
+                                     ItemListPage::Preview::Picture, m_tabs);
+    m_tabs->addTab(m_texturePage, u"&Textures"_s);
+    m_soundPage = new ItemListPage(u"SoundList"_s, {u"File"_s, u"Size"_s}, {220, 80}, ItemListPage::Preview::None,
+                                   m_tabs);
+    m_tabs->addTab(m_soundPage, u"&Sounds"_s);
 
     // Style values and update comment
     m_settingsTab = new SettingsTab(m_tabs);
@@ -412,8 +326,11 @@ void frmMain::connectCommands()
     on(u"btnReplaceItem"_s, &frmMain::replaceItemFromToolbar);
     on(u"mnuReplaceItem"_s, &frmMain::showNotYetImplemented);
     on(u"mnuRemapSymbols"_s, &frmMain::remapSymbols);
-    for (QTreeWidget *list : {m_blockList, m_textureList, m_soundList})
-        connect(list, &QTreeWidget::itemChanged, this, &frmMain::renameItemLabel);
+    for (int tab : {BlocksetDocument::TabBlocks, BlocksetDocument::TabTextures, BlocksetDocument::TabSounds}) {
+        itemPage(tab)->setLabelsEditable(true);
+        connect(itemPage(tab), &ItemListPage::labelEdited, this,
+                [this, tab](int row, const QString &, const QString &newText) { renameItemLabel(tab, row, newText); });
+    }
     on(u"mnuOptions"_s, &frmMain::showOptions);
     on(u"mnuAbout"_s, &frmMain::showAbout);
     on(u"mnuExit"_s, &frmMain::close);
@@ -518,10 +435,7 @@ void frmMain::letEventsRun()
 
 void frmMain::viewReset()
 {
-    m_texturePreview->clear();
-    m_texturePreview->hide();
-    m_textureName->clear();
-    m_textureSize->clear();
+    m_texturePage->clearPreview();
     {
         const QSignalBlocker settingsBlocker(m_settingsTab);
         const QSignalBlocker versionBlocker(m_versionTab);
@@ -583,26 +497,15 @@ void frmMain::renderLists()
     QList<QStringList> blocks;
     for (const BlockRow &row : m_document->blocks())
         blocks.append({row.file, row.name, row.symbol, row.doubleSymbol, row.type, row.bsp, row.sizeText});
-    if (blocks != m_shownBlocks) {
-        fillList(m_blockList, blocks);
-        m_shownBlocks = blocks;
-    }
+    m_blockPage->showRows(blocks);
     const auto itemCells = [](const QList<ItemRow> &rows) {
         QList<QStringList> cells;
         for (const ItemRow &row : rows)
             cells.append({row.file, row.sizeText});
         return cells;
     };
-    const QList<QStringList> textures = itemCells(m_document->textures());
-    if (textures != m_shownTextures) {
-        fillList(m_textureList, textures);
-        m_shownTextures = textures;
-    }
-    const QList<QStringList> sounds = itemCells(m_document->sounds());
-    if (sounds != m_shownSounds) {
-        fillList(m_soundList, sounds);
-        m_shownSounds = sounds;
-    }
+    m_texturePage->showRows(itemCells(m_document->textures()));
+    m_soundPage->showRows(itemCells(m_document->sounds()));
 }
 
 void frmMain::renderPages()
@@ -651,9 +554,9 @@ void frmMain::focusTab(int index)
 {
     QWidget *target = nullptr;
     switch (index) {
-    case BlocksetDocument::TabBlocks: target = m_blockList; break;
-    case BlocksetDocument::TabTextures: target = m_textureList; break;
-    case BlocksetDocument::TabSounds: target = m_soundList; break;
+    case BlocksetDocument::TabBlocks: target = m_blockPage->list(); break;
+    case BlocksetDocument::TabTextures: target = m_texturePage->list(); break;
+    case BlocksetDocument::TabSounds: target = m_soundPage->list(); break;
     case BlocksetDocument::TabSettings: target = m_settingsTab->firstField(); break;
     case BlocksetDocument::TabVersion: target = m_versionTab->firstField(); break;
     default: break;
@@ -698,12 +601,12 @@ void frmMain::addItem()
     checkInterface();
 }
 
-QTreeWidget *frmMain::itemList(int tab) const
+ItemListPage *frmMain::itemPage(int tab) const
 {
     switch (tab) {
-    case BlocksetDocument::TabBlocks: return m_blockList;
-    case BlocksetDocument::TabTextures: return m_textureList;
-    case BlocksetDocument::TabSounds: return m_soundList;
+    case BlocksetDocument::TabBlocks: return m_blockPage;
+    case BlocksetDocument::TabTextures: return m_texturePage;
+    case BlocksetDocument::TabSounds: return m_soundPage;
     default: return nullptr;
     }
 }
@@ -712,46 +615,27 @@ QTreeWidget *frmMain::itemList(int tab) const
 void frmMain::removeItem()
 {
     const int tab = m_document->tab();
-    QTreeWidget *list = itemList(tab);
-    if (!list) {
+    ItemListPage *page = itemPage(tab);
+    if (!page) {
         checkInterface();
         return;
     }
-    ListSelection selection;
-    for (QTreeWidgetItem *item : list->selectedItems())
-        selection.selected.append(list->indexOfTopLevelItem(item));
-    selection.current = list->currentItem() ? list->indexOfTopLevelItem(list->currentItem()) : -1;
+    ListSelection selection{page->selectedRows(), page->currentRow()};
     const bool removed = removeItems(*m_document, ItemKind(tab), selection);
     checkInterface();
     if (removed) {
-        list->setFocus();
-        if (QTreeWidgetItem *current = list->topLevelItem(selection.current))
-            list->setCurrentItem(current);
+        page->list()->setFocus();
+        page->selectRow(selection.current);
     }
 }
 
-void frmMain::renameItemLabel(QTreeWidgetItem *item, int column)
+void frmMain::renameItemLabel(int tab, int row, const QString &newText)
 {
-    auto *list = qobject_cast<QTreeWidget *>(sender());
-    const int tab = list == m_blockList ? BlocksetDocument::TabBlocks
-                    : list == m_textureList ? BlocksetDocument::TabTextures
-                                            : BlocksetDocument::TabSounds;
-    const int row = list ? list->indexOfTopLevelItem(item) : -1;
-    if (column != 0 || row < 0)
-        return;
-    QList<QStringList> &shown = tab == BlocksetDocument::TabBlocks     ? m_shownBlocks
-                                : tab == BlocksetDocument::TabTextures ? m_shownTextures
-                                                                       : m_shownSounds;
-    const QString newName = item->text(0);
-    if (row >= shown.size() || newName == shown[row].value(0))
-        return;
-    if (renameItem(*m_document, ItemKind(tab), row, newName)) {
-        shown[row][0] = newName; // the label already shows it
-    } else {
-        const QSignalBlocker blocker(list);
-        item->setText(0, shown[row].value(0));
-    }
+    // A refused edit puts the old label back at the refresh.
+    if (!renameItem(*m_document, ItemKind(tab), row, newText))
+        itemPage(tab)->forgetShownRows();
     checkInterface();
+    itemPage(tab)->selectRow(row);
 }
 
 void frmMain::remapSymbols()
@@ -812,35 +696,17 @@ void frmMain::addBSP()
     checkInterface();
 }
 
-QString frmMain::selectedFile(QTreeWidget *list) const
-{
-    QTreeWidgetItem *item = list->currentItem();
-    if (!item) {
-        const QList<QTreeWidgetItem *> selected = list->selectedItems();
-        if (!selected.isEmpty())
-            item = selected.first();
-    }
-    return item ? item->text(0) : QString();
-}
-
 void frmMain::previewTexture()
 {
-    const QString file = selectedFile(m_textureList);
-    if (file.isEmpty())
-        return;
-    QPixmap picture;
+    const QString file = m_texturePage->selectedFile();
     // A file that is no readable picture leaves the preview as it was.
-    if (!picture.load(m_folder->texturesFolder() + u'/' + file))
-        return;
-    m_texturePreview->setPixmap(picture);
-    m_texturePreview->show();
-    m_textureName->setText(file);
-    m_textureSize->setText(QString::number(picture.width()) + u" x "_s + QString::number(picture.height()));
+    if (!file.isEmpty())
+        m_texturePage->showPicture(m_folder->texturesFolder() + u'/' + file, file);
 }
 
 void frmMain::playSound()
 {
-    const QString file = selectedFile(m_soundList);
+    const QString file = m_soundPage->selectedFile();
     if (file.isEmpty() || !m_soundAvailable)
         return;
     if (!m_sound)

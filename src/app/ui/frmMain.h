@@ -13,15 +13,13 @@
 
 class BlocksetDocument;
 class GuiPrompts;
+class ItemListPage;
 class Prompts;
 class QAction;
 class QLabel;
-class QScrollArea;
 class QSoundEffect;
 class QTabWidget;
 class QToolBar;
-class QTreeWidget;
-class QTreeWidgetItem;
 class Registry;
 class RegistryWrapper;
 class SettingsTab;
@@ -114,18 +112,17 @@ private:
     void showAbout();
     void addItem();
     void removeItem();
-    void renameItemLabel(QTreeWidgetItem *item, int column);
+    void renameItemLabel(int tab, int row, const QString &newText);
     void remapSymbols();
     void strictPrefixClicked(bool checked);
     void prefixListChosen(int index);
-    QTreeWidget *itemList(int tab) const;
+    ItemListPage *itemPage(int tab) const;
     void replaceItemFromToolbar();
     void editItem();
     void previewItem();
     void addBSP();
     void previewTexture();
     void playSound();
-    QString selectedFile(QTreeWidget *list) const;
 
     // Settings store, prompts and document, in the order they are made.
     std::unique_ptr<Registry> m_ownedRegistry;
@@ -144,13 +141,9 @@ private:
     QHash<QString, QAction *> m_actions; // every command by object name
     QToolBar *m_toolbar = nullptr;
     QTabWidget *m_tabs = nullptr;
-    QTreeWidget *m_blockList = nullptr;
-    QTreeWidget *m_textureList = nullptr;
-    QTreeWidget *m_soundList = nullptr;
-    QLabel *m_texturePreview = nullptr;
-    QScrollArea *m_previewArea = nullptr;
-    QLabel *m_textureName = nullptr;
-    QLabel *m_textureSize = nullptr;
+    ItemListPage *m_blockPage = nullptr;
+    ItemListPage *m_texturePage = nullptr;
+    ItemListPage *m_soundPage = nullptr;
     SettingsTab *m_settingsTab = nullptr;
     VersionTab *m_versionTab = nullptr;
     QLabel *m_stbBlocks = nullptr;
@@ -159,11 +152,8 @@ private:
     QLabel *m_stbVersion = nullptr;
     QLabel *m_stbProcess = nullptr;
 
-    // What the lists and pages show, so that a refresh rewrites only what changed
+    // What the pages show, so that a refresh rewrites only what changed
     // (rewriting would lose the selection, or move the cursor of the field being typed in).
-    QList<QStringList> m_shownBlocks;
-    QList<QStringList> m_shownTextures;
-    QList<QStringList> m_shownSounds;
     std::optional<StyleValues> m_shownStyle;
     std::optional<SymbolSettings> m_shownSymbols;
     std::optional<QString> m_shownComment;

@@ -31,13 +31,11 @@ public:
     // The New Blockset dialog, set by the main window.
     std::function<NewBlocksetChoice(bool strictPrefixSetting, bool syncDoubleSetting)> newBlocksetDialog;
 
+private:
     // Sets up a dialog as the three file prompts do: title, filters with the
-    // first one selected, start folder ("" = the current directory). Public so
-    // that the set-up can be checked without running the dialog.
+    // first one selected, start folder ("" = the current directory).
     static void prepareFileDialog(QFileDialog &dialog, const QString &title, const QString &filter,
                                   const QString &folder);
-
-private:
     QWidget *owner() const;
     QStringList runFileDialog(QFileDialog &dialog);
 

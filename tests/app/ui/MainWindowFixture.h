@@ -7,7 +7,7 @@
 // it on any prompt it did not expect. A test file that derives from
 // MainWindowTest ends with #include "moc_MainWindowFixture.cpp".
 
-#include "app/Archive.h"
+#include "support/BlocksetFiles.h"
 #include "app/BlocksetDocument.h"
 #include "app/WorkingFolder.h"
 #include "app/ui/frmMain.h"
@@ -173,22 +173,9 @@ public:
     // The text of one file inside an archive.
     static QString fileIn(const QString &archivePath, const QString &name)
     {
-        QTemporaryDir target;
-        Archive archive;
-        if (!archive.openArchive(archivePath) || !archive.extractAll(target.path()))
-            return "<cannot unpack " + archivePath + ">";
-        return QString::fromLatin1(readFile(target.filePath(name)));
+        return QString::fromLatin1(readBset(archivePath).value(name, "<not in " + archivePath.toLatin1() + ">"));
     }
-    static bool writeFile(const QString &path, const QByteArray &bytes)
-    {
-        QFile file(path);
-        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-    }
-    static QByteArray readFile(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    static QByteArray readFile(const QString &path) { return ::readFile(path); }
 
     QTemporaryDir dir;
     ScriptedPrompts prompts;

@@ -1,8 +1,7 @@
-// checkInterface as the user sees it on the real window: which toolbar buttons
-// and menu entries are usable per tab and state, the caption and status panels,
-// result texts that vanish at the next refresh, the options dialog's effect on
-// the update group, the focus on a tab switch, and the window's own item
-// commands (texture preview, "Oops...").
+// checkInterface as the user sees it on the real window: result texts that
+// vanish at the next refresh, the options dialog's effect on the update group,
+// the focus on a tab switch, and the window's own item commands (texture
+// preview, "Oops..."). Which commands are usable is decided in the core.
 // Leaves out: the rules' own unit tests (core), edits marking the caption
 // (test_settings_edits_gui) and unload (test_unload).
 
@@ -13,79 +12,11 @@
 #include <QPushButton>
 #include <QTimer>
 
-namespace {
-
-const QStringList kCommands = {"New",     "Open",    "Close",       "Save",   "SaveAs",       "AddItem",
-                               "RemoveItem", "ReplaceItem", "EditItem", "PreviewItem", "AddBSP", "RemapSymbols",
-                               "Manager", "Options", "About",       "Exit"};
-
-// The commands whose menu entry is usable, in the order of kCommands; a toolbar
-// button that disagrees with its menu entry is listed as a fault.
-QStringList usableCommands(const MainWindowFixture &fixture)
-{
-    QStringList usable;
-    for (const QString &command : kCommands) {
-        const bool on = fixture.enabled("mnu" + command);
-        if (fixture.action("btn" + command) && fixture.enabled("btn" + command) != on)
-            usable << "btn" + command + " differs from mnu" + command;
-        if (on)
-            usable << command;
-    }
-    return usable;
-}
-
-} // namespace
 
 class TestInterfaceStateGui : public MainWindowTest {
     Q_OBJECT
 
 private slots:
-    void enabledCommands_data()
-    {
-        QTest::addColumn<int>("blocks"); // -1: no blockset open
-        QTest::addColumn<int>("textures");
-        QTest::addColumn<int>("sounds");
-        QTest::addColumn<int>("tab");
-        QTest::addColumn<bool>("switched"); // the test shows the tab; else opening chose it
-        QTest::addColumn<QString>("status"); // caption and the four count panels
-        QTest::addColumn<QString>("usable"); // in the order of kCommands; Manager, Options, About, Exit always
-        const QString full = "Cubrix - Sample.bset | 89 Blocks | 2 Textures | 1 Sound | 1.0";
-        const QString open = "New Open Close SaveAs", fileItems = " AddItem RemoveItem PreviewItem",
-                      withBlocks = " AddBSP RemapSymbols";
-        QTest::newRow("no blockset") << -1 << 0 << 0 << 0 << false << "Cubrix |  |  |  | " << "New Open";
-        // 89 blocks: the block limit is reached, so Add is off on the Blocks tab only.
-        QTest::newRow("89 blocks, Blocks") << 89 << 2 << 1 << 0 << true << full
-                                           << open + " RemoveItem ReplaceItem EditItem PreviewItem" + withBlocks;
-        QTest::newRow("89 blocks, Textures") << 89 << 2 << 1 << 1 << true << full << open + fileItems + withBlocks;
-        QTest::newRow("89 blocks, Settings") << 89 << 2 << 1 << 3 << true << full << open + withBlocks;
-        // No blocks: no Remap Symbols, no Add BSP Trees.
-        QTest::newRow("textures only") << 0 << 1 << 0 << 1 << false
-                                       << "Cubrix - Sample.bset | No Blocks | 1 Texture | No Sounds | 1.0"
-                                       << open + fileItems;
-        QTest::newRow("no items") << 0 << 0 << 0 << 3 << false
-                                  << "Cubrix - Sample.bset | No Blocks | No Textures | No Sounds | 1.0" << open;
-    }
-
-    void enabledCommands()
-    {
-        QFETCH(int, blocks);
-        QFETCH(int, textures);
-        QFETCH(int, sounds);
-        QFETCH(int, tab);
-        QFETCH(bool, switched);
-        QFETCH(QString, usable);
-        if (blocks >= 0)
-            QVERIFY(fixture->openBlockset({.blocks = blocks, .textures = textures, .sounds = sounds}));
-        if (switched)
-            fixture->tabs()->setCurrentIndex(tab);
-        QCOMPARE(fixture->tabs()->currentIndex(), tab);
-        QStringList shown = {fixture->caption()};
-        for (const char *panel : {"stbBlocks", "stbTextures", "stbSounds", "stbVersion"})
-            shown << fixture->panel(panel);
-        QTEST(shown.join(" | "), "status");
-        QCOMPARE(usableCommands(*fixture), (usable + " Manager Options About Exit").split(' '));
-    }
-
     void optionsTurnUpdateGroupOff()
     {
         QVERIFY(fixture->openBlockset({.blocks = 1}));

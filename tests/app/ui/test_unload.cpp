@@ -119,7 +119,7 @@ private slots:
         const QString first = fixture->makeBlockset({.name = "First", .blocks = 4});
         const QString second = fixture->makeBlockset({.name = "Second", .blocks = 2});
         const QString block = fixture->dir.filePath("loose.block");
-        MainWindowFixture::writeFile(block, "<BLOCK NAME=\"loose\">");
+        writeFile(block, "<BLOCK NAME=\"loose\">");
 
         // The first archive of the drop is opened; the block and the second archive are ignored.
         fixture->window->dropFiles({block, first, second});

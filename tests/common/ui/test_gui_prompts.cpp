@@ -156,23 +156,31 @@ private slots:
         QFETCH(QStringList, labels);
         const QString old = QDir::currentPath();
         QVERIFY(QDir::setCurrent(title.isEmpty() ? m_dir.path() : QDir::rootPath()));
-        QFileDialog dialog;
-        GuiPrompts::prepareFileDialog(dialog, title, filter, title.isEmpty() ? QString() : m_dir.path());
+        bool inspected = false;
+        onNextModal([&](QWidget *w) {
+            auto *dialog = qobject_cast<QFileDialog *>(w);
+            QVERIFY(dialog);
+            QCOMPARE(dialog->windowTitle(), title.isEmpty() ? QString("Open File") : title);
+            QCOMPARE(QDir(dialog->directory()).canonicalPath(), QDir(m_dir.path()).canonicalPath());
+            auto *types = dialog->findChild<QComboBox *>("fileTypeCombo");
+            QCOMPARE(types->currentIndex(), 0);
+            auto *model = dialog->findChild<QFileSystemModel *>();
+            const QList<FileFilterEntry> entries = FileFilter::parse(filter.isEmpty() ? "All files (*.*),*.*" : filter);
+            QCOMPARE(types->count(), labels.size());
+            for (int i = labels.size() - 1; i >= 0; --i) {
+                dialog->selectNameFilter(dialog->nameFilters()[i]);
+                QCOMPARE(types->itemText(i), labels[i]);
+                QCOMPARE(dialog->selectedNameFilter(), labels[i]);
+                // Each pattern reaches the dialog alone ("*.*" as "*", which is what it means).
+                QCOMPARE(model->nameFilters(), entries[i].patterns.join(' ').replace("*.*", "*").split(' '));
+            }
+            inspected = true;
+            dialog->reject();
+        });
+        GuiPrompts prompts;
+        QCOMPARE(prompts.openFile(title, filter, title.isEmpty() ? QString() : m_dir.path()), QString());
         QVERIFY(QDir::setCurrent(old));
-        QCOMPARE(dialog.windowTitle(), title.isEmpty() ? QString("Open File") : title);
-        QCOMPARE(QDir(dialog.directory()).canonicalPath(), QDir(m_dir.path()).canonicalPath());
-        auto *types = dialog.findChild<QComboBox *>("fileTypeCombo");
-        QCOMPARE(types->currentIndex(), 0);
-        auto *model = dialog.findChild<QFileSystemModel *>();
-        const QList<FileFilterEntry> entries = FileFilter::parse(filter.isEmpty() ? "All files (*.*),*.*" : filter);
-        QCOMPARE(types->count(), labels.size());
-        for (int i = labels.size() - 1; i >= 0; --i) {
-            dialog.selectNameFilter(dialog.nameFilters()[i]);
-            QCOMPARE(types->itemText(i), labels[i]);
-            QCOMPARE(dialog.selectedNameFilter(), labels[i]);
-            // Each pattern reaches the dialog alone ("*.*" as "*", which is what it means).
-            QCOMPARE(model->nameFilters(), entries[i].patterns.join(' ').replace("*.*", "*").split(' '));
-        }
+        QVERIFY(inspected);
     }
 
     void chosenFilesAreFullPaths()

@@ -1,0 +1,180 @@
+#include "app/ui/ItemListPage.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPixmap>
+#include <QScrollArea>
+#include <QSignalBlocker>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+ItemListPage::ItemListPage(const QString &listName, const QStringList &columns, const QList<int> &widths,
+                           Preview preview, QWidget *parent)
+    : QWidget(parent)
+{
+    m_list = new QTreeWidget(this);
+    m_list->setObjectName(listName);
+    m_list->setColumnCount(int(columns.size()));
+    m_list->setHeaderLabels(columns);
+    m_list->setRootIsDecorated(false);
+    m_list->setUniformRowHeights(true);
+    m_list->setAlternatingRowColors(true);
+    m_list->setAllColumnsShowFocus(true);
+    m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    for (int i = 0; i < widths.size(); ++i)
+        m_list->setColumnWidth(i, widths.at(i));
+    // Columns keep their widths when the window grows, as in a report-style list:
+    // a stretched last column would push the sizes far away from their names.
+    m_list->header()->setStretchLastSection(false);
+    // The size column is the last one: its numbers line up on the right.
+    m_list->headerItem()->setTextAlignment(int(columns.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
+    connect(m_list, &QTreeWidget::itemChanged, this, &ItemListPage::itemChanged);
+
+    if (preview == Preview::None) {
+        auto *layout = new QVBoxLayout(this);
+        layout->addWidget(m_list);
+        return;
+    }
+    m_picture = new QLabel(this);
+    m_picture->setObjectName(u"TexturePreview"_s);
+    m_picture->setAlignment(Qt::AlignCenter);
+    m_pictureArea = new QScrollArea(this);
+    m_pictureArea->setObjectName(u"TexturePreviewArea"_s);
+    m_pictureArea->setWidget(m_picture);
+    m_pictureArea->setWidgetResizable(true);
+    m_pictureArea->setAlignment(Qt::AlignCenter);
+    m_pictureArea->setMinimumSize(220, 220);
+    m_picture->hide(); // hidden until a texture is previewed
+    m_pictureName = new QLabel(this);
+    m_pictureName->setObjectName(u"TextureName"_s);
+    m_pictureName->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_pictureSize = new QLabel(this);
+    m_pictureSize->setObjectName(u"TextureSize"_s);
+    auto *previewLayout = new QVBoxLayout;
+    previewLayout->addWidget(m_pictureArea, 1);
+    previewLayout->addWidget(m_pictureName);
+    previewLayout->addWidget(m_pictureSize);
+    auto *layout = new QHBoxLayout(this);
+    layout->addWidget(m_list, 3);
+    layout->addLayout(previewLayout, 2);
+}
+
+void ItemListPage::showRows(const QList<QStringList> &rows)
+{
+    if (m_shownValid && rows == m_shownRows)
+        return;
+    m_shownRows = rows;
+    m_shownValid = true;
+    m_filling = true;
+    m_list->clear();
+    QList<QTreeWidgetItem *> items;
+    items.reserve(rows.size());
+    for (const QStringList &cells : rows) {
+        auto *item = new QTreeWidgetItem(cells);
+        item->setTextAlignment(int(cells.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
+        if (m_editable)
+            item->setFlags(item->flags() | Qt::ItemIsEditable);
+        items.append(item);
+    }
+    m_list->addTopLevelItems(items);
+    // As in a report-style list, the first row is the selected one after filling.
+    if (!items.isEmpty())
+        m_list->setCurrentItem(items.first());
+    m_filling = false;
+}
+
+QList<int> ItemListPage::selectedRows() const
+{
+    QList<int> rows;
+    for (QTreeWidgetItem *item : m_list->selectedItems())
+        rows.append(m_list->indexOfTopLevelItem(item));
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+int ItemListPage::currentRow() const
+{
+    QTreeWidgetItem *item = m_list->currentItem();
+    return item ? m_list->indexOfTopLevelItem(item) : -1;
+}
+
+QString ItemListPage::selectedFile() const
+{
+    QTreeWidgetItem *item = m_list->currentItem();
+    if (!item) {
+        const QList<QTreeWidgetItem *> selected = m_list->selectedItems();
+        if (!selected.isEmpty())
+            item = selected.first();
+    }
+    return item ? item->text(0) : QString();
+}
+
+void ItemListPage::selectRow(int row)
+{
+    QTreeWidgetItem *item = m_list->topLevelItem(row);
+    if (!item)
+        return;
+    m_list->clearSelection();
+    m_list->setCurrentItem(item);
+    item->setSelected(true);
+}
+
+void ItemListPage::setLabelsEditable(bool editable)
+{
+    m_editable = editable;
+    m_list->setEditTriggers(editable ? QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked
+                                     : QAbstractItemView::NoEditTriggers);
+    forgetShownRows();
+}
+
+void ItemListPage::editCurrentLabel()
+{
+    if (QTreeWidgetItem *item = m_list->currentItem(); item && m_editable)
+        m_list->editItem(item, 0);
+}
+
+void ItemListPage::itemChanged(QTreeWidgetItem *item, int column)
+{
+    const int row = m_list->indexOfTopLevelItem(item);
+    if (m_filling || row < 0 || row >= m_shownRows.size())
+        return;
+    if (column != 0) { // only the file name is a label; other cells show the document
+        const QSignalBlocker blocker(m_list);
+        item->setText(column, m_shownRows.at(row).value(column));
+        return;
+    }
+    const QString oldText = m_shownRows.at(row).value(0);
+    if (item->text(0) != oldText)
+        emit labelEdited(row, oldText, item->text(0));
+}
+
+bool ItemListPage::showPicture(const QString &path, const QString &file)
+{
+    if (!m_picture)
+        return false;
+    QPixmap picture;
+    if (!picture.load(path))
+        return false;
+    m_picture->setPixmap(picture);
+    m_picture->show();
+    m_pictureName->setText(file);
+    m_pictureSize->setText(QString::number(picture.width()) + u" x "_s + QString::number(picture.height()));
+    return true;
+}
+
+void ItemListPage::clearPreview()
+{
+    if (!m_picture)
+        return;
+    m_picture->clear();
+    m_picture->hide();
+    m_pictureName->clear();
+    m_pictureSize->clear();
+}

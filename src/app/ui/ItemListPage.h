@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QList>
+#include <QStringList>
+#include <QWidget>
+
+class QLabel;
+class QScrollArea;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+// One item tab of the editor: a report-style list of blocks, textures or sounds
+// (object names BlockList, TextureList, SoundList) and, for textures, the preview
+// beside it. It shows the rows it is given, rewriting the list only when they
+// changed so that a refresh keeps the selection, and tells which rows the user
+// selected and which label the user edited.
+class ItemListPage : public QWidget {
+    Q_OBJECT
+
+public:
+    enum class Preview { None, Picture };
+
+    ItemListPage(const QString &listName, const QStringList &columns, const QList<int> &widths,
+                 Preview preview = Preview::None, QWidget *parent = nullptr);
+
+    QTreeWidget *list() const { return m_list; }
+
+    // Shows `rows` (the last cell of a row is its size, aligned right); rows equal
+    // to the ones shown leave the list and its selection alone.
+    void showRows(const QList<QStringList> &rows);
+    // Rewrites the list at the next showRows, e.g. after a refused label edit.
+    void forgetShownRows() { m_shownRows.clear(); m_shownValid = false; }
+
+    // The selected rows in ascending order, the current row (-1: none) and the
+    // file name of the current row, else of the first selected one.
+    QList<int> selectedRows() const;
+    int currentRow() const;
+    QString selectedFile() const;
+    // Makes `row` current and selects only it (nothing when out of range).
+    void selectRow(int row);
+
+    // Lets the user edit file names (F2 or a click on the current row); off at first.
+    void setLabelsEditable(bool editable);
+    // Starts editing the file name of the current row.
+    void editCurrentLabel();
+
+    // The texture preview: shows the picture at `path` under the name `file`;
+    // false when the file is no readable picture (the preview stays as it was).
+    bool showPicture(const QString &path, const QString &file);
+    void clearPreview();
+
+signals:
+    // The user finished editing the file name of `row`, from `oldText` to `newText`.
+    void labelEdited(int row, const QString &oldText, const QString &newText);
+
+private:
+    void itemChanged(QTreeWidgetItem *item, int column);
+
+    QTreeWidget *m_list = nullptr;
+    QLabel *m_picture = nullptr;
+    QScrollArea *m_pictureArea = nullptr;
+    QLabel *m_pictureName = nullptr;
+    QLabel *m_pictureSize = nullptr;
+    QList<QStringList> m_shownRows;
+    bool m_shownValid = false;
+    bool m_filling = false;
+    bool m_editable = false;
+};
