@@ -3,6 +3,7 @@
 #include "app/BlocksetDocument.h"
 #include "app/WorkingFolder.h"
 #include "cli/CliCache.h"
+#include "cli/CliEditCommands.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliReport.h"
 #include "common/Registry.h"
@@ -30,8 +31,8 @@ QString CliApp::usageText()
     return u"Usage: cubrix-cli info FILE.bset [--json] [--no]\n"
            "       cubrix-cli save IN.bset OUT.bset [--no]\n"
            "       cubrix-cli cache [--browser ie|netscape] [--json]\n"
-           "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"
-           "       cubrix-cli --help\n"_s;
+           "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s
+           + CliEditCommands::usageLines() + u"       cubrix-cli --help\n"_s;
 }
 
 QString CliApp::helpText()
@@ -51,8 +52,9 @@ QString CliApp::helpText()
              "                     Save As does: OUT gets a style file of its own name and,\n"
              "                     with the updateFile setting on, the update file OUT.txt\n"
              "                     beside it. IN is left as it was. Like the editor, it\n"
-             "                     remembers OUT's folder in the pathBlockset setting.\n"
-             "\n"
+             "                     remembers OUT's folder in the pathBlockset setting.\n"_s
+           + CliEditCommands::helpLines()
+           + u"\n"
              "Options:\n"
              "  --json             (info) Print one JSON object (UTF-8) with the keys file,\n"
              "                     tab (0 blocks, 1 textures, 2 sounds, 3 settings), changed,\n"
@@ -104,6 +106,10 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
                 options.json = true;
             else if (argument == "--no"_L1)
                 options.answerNo = true;
+            else if (argument == "--all"_L1 || argument == "--sync-double"_L1)
+                options.commandOptions.append(argument);
+            else if (argument == "--prefix"_L1 && i + 1 < arguments.size())
+                options.commandOptions << argument << arguments[++i];
             else
                 return u"unknown option \""_s + argument + u'"';
             continue;
@@ -125,10 +131,18 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
             return u"save takes two files"_s;
         if (options.json)
             return u"--json is an option of info"_s;
+    } else if (CliEditCommands::handles(options.command)) {
+        const QString problem = CliEditCommands::check(options.command, options.files, options.commandOptions);
+        if (!problem.isEmpty())
+            return problem;
     } else {
         return u"unknown command \""_s + options.command + u'"';
     }
-    for (const QString &file : std::as_const(options.files)) {
+    if (!CliEditCommands::handles(options.command) && !options.commandOptions.isEmpty())
+        return options.commandOptions.first() + u" is an option of remap"_s;
+    // Names and values after the blockset's file may be empty (an empty value clears).
+    const QStringList files = CliEditCommands::handles(options.command) ? options.files.mid(0, 1) : options.files;
+    for (const QString &file : files) {
         if (file.isEmpty())
             return u"empty file name"_s;
     }
@@ -169,7 +183,11 @@ int CliApp::runCommand(const Options &options)
     int code = Failed;
     {
         BlocksetDocument document(prompts, settings, folder);
-        code = options.command == "info"_L1 ? info(options, document, prompts) : save(options, document, prompts);
+        if (CliEditCommands::handles(options.command))
+            code = CliEditCommands(m_out, m_err).run(options.command, options.files, options.commandOptions,
+                                                     options.json, document, prompts);
+        else
+            code = options.command == "info"_L1 ? info(options, document, prompts) : save(options, document, prompts);
     }
     folder.removeWorkingFolders();
     return code;

@@ -11,6 +11,7 @@ class CliPrompts;
 // cubrix-cli: runs the editor's document commands without a window.
 //   info FILE.bset [--json] [--no]   open the file and print what the editor shows
 //   save IN.bset OUT.bset [--no]     open IN, then Save As to OUT
+//   remove, rename, remap, prefix, set  the item and symbol commands (CliEditCommands)
 // Questions are answered Yes (No with --no); settings come from the same store
 // as the editor's ($CUBRIX_REGISTRY honoured); the working folder is the CLI's own
 // and is removed before it exits.
@@ -30,6 +31,7 @@ private:
     struct Options {
         QString command;
         QStringList files;
+        QStringList commandOptions; // --all, --sync-double, --prefix C (remap)
         bool json = false;
         bool answerNo = false;
         bool help = false;

@@ -16,7 +16,12 @@
 #include "common/ui/frmOptions.h"
 #include "formats/ui/SettingsTab.h"
 #include "formats/ui/VersionTab.h"
+#include "symbols/RemapSymbols.h"
+#include "symbols/RemoveItems.h"
+#include "symbols/RenameItem.h"
+#include "symbols/StrictPrefix.h"
 #include "symbols/SymbolScheme.h"
+#include "symbols/ui/frmRemapSymbols.h"
 
 #include <QAction>
 #include <QApplication>
@@ -149,6 +154,10 @@ frmMain::~frmMain()
         m_versionTab->disconnect(this);
     if (m_tabs)
         m_tabs->disconnect(this);
+    for (ItemListPage *page : {m_blockPage, m_texturePage, m_soundPage}) {
+        if (page)
+            page->disconnect(this);
+    }
     if (m_document)
         m_document->setView(nullptr);
     // A window destroyed without being closed still leaves no files behind.
@@ -315,8 +324,12 @@ void frmMain::connectCommands()
     // Update/Replace: the toolbar button acts on the Blocks tab only, the menu entry on any tab.
     on(u"btnReplaceItem"_s, &frmMain::replaceItemFromToolbar);
     on(u"mnuReplaceItem"_s, &frmMain::showNotYetImplemented);
-    // Remapping symbols (frmRemapSymbols) comes with the symbol work.
-    on(u"mnuRemapSymbols"_s, &frmMain::showNotYetImplemented);
+    on(u"mnuRemapSymbols"_s, &frmMain::remapSymbols);
+    for (int tab : {BlocksetDocument::TabBlocks, BlocksetDocument::TabTextures, BlocksetDocument::TabSounds}) {
+        itemPage(tab)->setLabelsEditable(true);
+        connect(itemPage(tab), &ItemListPage::labelEdited, this,
+                [this, tab](int row, const QString &, const QString &newText) { renameItemLabel(tab, row, newText); });
+    }
     on(u"mnuOptions"_s, &frmMain::showOptions);
     on(u"mnuAbout"_s, &frmMain::showAbout);
     on(u"mnuExit"_s, &frmMain::close);
@@ -340,6 +353,10 @@ void frmMain::connectCommands()
         m_shownComment = comment;
         checkInterface();
     });
+    connect(m_settingsTab, &SettingsTab::strictPrefixClicked, this, &frmMain::strictPrefixClicked);
+    connect(m_settingsTab, &SettingsTab::prefixListFocused, this,
+            [this] { m_prefixRemembered = m_document->symbols().prefixIndex; });
+    connect(m_settingsTab, &SettingsTab::prefixListChosen, this, &frmMain::prefixListChosen);
     connect(m_settingsTab, &SettingsTab::symbolControlsEdited, this, [this] {
         m_document->setSymbolSettings(m_settingsTab->shownSymbols());
         m_shownSymbols = m_document->symbols();
@@ -583,11 +600,63 @@ void frmMain::addItem()
     checkInterface();
 }
 
+ItemListPage *frmMain::itemPage(int tab) const
+{
+    switch (tab) {
+    case BlocksetDocument::TabBlocks: return m_blockPage;
+    case BlocksetDocument::TabTextures: return m_texturePage;
+    case BlocksetDocument::TabSounds: return m_soundPage;
+    default: return nullptr;
+    }
+}
+
+// The tab order of the three lists is the order of ItemKind.
 void frmMain::removeItem()
 {
-    // Removing items comes with the item operations.
-    if (m_document->tab() <= BlocksetDocument::TabSounds)
-        showOops();
+    const int tab = m_document->tab();
+    ItemListPage *page = itemPage(tab);
+    if (!page) {
+        checkInterface();
+        return;
+    }
+    ListSelection selection{page->selectedRows(), page->currentRow()};
+    const bool removed = removeItems(*m_document, ItemKind(tab), selection);
+    checkInterface();
+    if (removed) {
+        page->list()->setFocus();
+        page->selectRow(selection.current);
+    }
+}
+
+void frmMain::renameItemLabel(int tab, int row, const QString &newText)
+{
+    // A refused edit puts the old label back at the refresh.
+    if (!renameItem(*m_document, ItemKind(tab), row, newText))
+        itemPage(tab)->forgetShownRows();
+    checkInterface();
+    itemPage(tab)->selectRow(row);
+}
+
+void frmMain::remapSymbols()
+{
+    frmRemapSymbols dialog(this);
+    remapSymbolsCommand(*m_document, dialog);
+    checkInterface();
+}
+
+void frmMain::strictPrefixClicked(bool checked)
+{
+    SymbolSettings symbols = m_document->symbols();
+    ::strictPrefixClicked(symbols, checked, m_settings->getBoolSetting(u"syncDouble"_s));
+    m_document->setSymbolSettings(symbols);
+    checkInterface();
+}
+
+void frmMain::prefixListChosen(int index)
+{
+    remapPrefix(*m_document, m_prefixRemembered, index);
+    // The list shows what the document holds, also after a No.
+    m_shownSymbols.reset();
     checkInterface();
 }
 

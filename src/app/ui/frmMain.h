@@ -86,8 +86,8 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private slots:
-    // Commands that belong to later work (adding, removing, replacing items,
-    // remapping symbols, the cache manager) answer through this one slot for now.
+    // Commands that belong to later work (adding and replacing items, the cache
+    // manager) answer through this one slot for now.
     void showNotYetImplemented();
 
 private:
@@ -119,6 +119,11 @@ private:
     void showOptions();
     void addItem();
     void removeItem();
+    void renameItemLabel(int tab, int row, const QString &newText);
+    void remapSymbols();
+    void strictPrefixClicked(bool checked);
+    void prefixListChosen(int index);
+    ItemListPage *itemPage(int tab) const;
     void replaceItemFromToolbar();
     void editItem();
     void previewItem();
@@ -160,4 +165,7 @@ private:
     std::optional<SymbolSettings> m_shownSymbols;
     std::optional<QString> m_shownComment;
     std::optional<QStringList> m_shownTextureNames;
+    // The lstStrictPrefix position when it last received the focus; positions the
+    // program sets never come through the focus, so they ask nothing.
+    std::optional<int> m_prefixRemembered;
 };

@@ -110,9 +110,18 @@ SettingsTab::SettingsTab(QWidget *parent)
         if (!m_showing)
             emit symbolControlsEdited();
     };
-    connect(cbxStrictPrefix, &QCheckBox::toggled, this, symbolsEdited);
     connect(cbxSyncDouble, &QCheckBox::toggled, this, symbolsEdited);
-    connect(lstStrictPrefix, &QComboBox::currentIndexChanged, this, symbolsEdited);
+    // The strict prefix box and list report the user's own actions only; the
+    // window decides what they do to the symbols and shows the result.
+    connect(cbxStrictPrefix, &QCheckBox::clicked, this, [this](bool checked) {
+        if (!m_showing)
+            emit strictPrefixClicked(checked);
+    });
+    connect(lstStrictPrefix, &QComboBox::activated, this, [this](int index) {
+        if (!m_showing)
+            emit prefixListChosen(index);
+    });
+    lstStrictPrefix->installEventFilter(this);
 
     buildLayout();
     paintPrefixList(lstStrictPrefix->isEnabled());
@@ -379,6 +388,11 @@ void SettingsTab::commitTextureEdit()
 
 bool SettingsTab::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == lstStrictPrefix) {
+        if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent *>(event)->reason() != Qt::PopupFocusReason)
+            emit prefixListFocused();
+        return QWidget::eventFilter(watched, event);
+    }
     if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
         // Opening and closing the drop-down list moves the focus to the list and
         // back; that is still the same visit to the box.

@@ -51,8 +51,14 @@ public:
 signals:
     // The user changed a scene value; `value` is the control's text after the change.
     void styleValueEdited(StyleField field, const QString &value);
-    // The user changed cbxStrictPrefix, cbxSyncDouble or the lstStrictPrefix selection.
+    // The user changed cbxSyncDouble.
     void symbolControlsEdited();
+    // The user clicked cbxStrictPrefix, leaving it `checked`.
+    void strictPrefixClicked(bool checked);
+    // lstStrictPrefix received the focus (not from its own drop-down).
+    void prefixListFocused();
+    // The user chose the entry `index` of lstStrictPrefix.
+    void prefixListChosen(int index);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -1,0 +1,361 @@
+#include "cli/CliEditCommands.h"
+
+#include "app/BlocksetDocument.h"
+#include "cli/CliPrompts.h"
+#include "cli/CliReport.h"
+#include "common/RegistryWrapper.h"
+#include "formats/ValueFormats.h"
+#include "symbols/RemapDialog.h"
+#include "symbols/RemapSymbols.h"
+#include "symbols/RemoveItems.h"
+#include "symbols/RenameItem.h"
+#include "symbols/StrictPrefix.h"
+#include "symbols/SymbolScheme.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const ItemKind kKinds[] = {ItemKind::Block, ItemKind::Texture, ItemKind::Sound};
+
+// The row named `name` (ignoring case, as Windows names match) in the lists.
+bool findItem(BlocksetDocument &document, const QString &name, ItemKind &kind, int &row)
+{
+    for (ItemKind candidate : kKinds) {
+        const QStringList names = itemFileNames(document, candidate);
+        for (qsizetype i = 0; i < names.size(); ++i) {
+            if (names[i].compare(name, Qt::CaseInsensitive) == 0) {
+                kind = candidate;
+                row = int(i);
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+// The dialog answered with the method and prefix of the command line; a No to
+// the method's question leaves the dialog open, which here means cancelled.
+class ChosenRemap : public RemapDialog {
+public:
+    explicit ChosenRemap(RemapChoice choice) : m_choice(choice) {}
+    bool run(const std::function<bool(const RemapChoice &)> &accept) override { return accept(m_choice); }
+
+private:
+    RemapChoice m_choice;
+};
+
+// How a control of the settings or version page takes a whole typed value.
+enum class ValueRule { Line, Color, Percentage, Position };
+
+struct SetField {
+    QLatin1String key;
+    StyleField field;
+    QLatin1String control;
+    ValueRule rule;
+};
+
+const SetField kSetFields[] = {
+    {"version"_L1, StyleField::Version, "fldVersion"_L1, ValueRule::Line},
+    {"name"_L1, StyleField::Name, "fldBlocksetName"_L1, ValueRule::Line},
+    {"synopsis"_L1, StyleField::Synopsis, "fldSynopsis"_L1, ValueRule::Line},
+    {"author"_L1, StyleField::Author, "fldAuthor"_L1, ValueRule::Line},
+    {"copyright"_L1, StyleField::Copyright, "fldCopyright"_L1, ValueRule::Line},
+    {"placeholderTexture"_L1, StyleField::PlaceholderTexture, "lstPlaceholderTexture"_L1, ValueRule::Line},
+    {"skyTexture"_L1, StyleField::SkyTexture, "lstSkyTexture"_L1, ValueRule::Line},
+    {"skyColor"_L1, StyleField::SkyColor, "rgbSky"_L1, ValueRule::Color},
+    {"skyBrightness"_L1, StyleField::SkyBrightness, "prcSky"_L1, ValueRule::Percentage},
+    {"groundTexture"_L1, StyleField::GroundTexture, "lstGroundTexture"_L1, ValueRule::Line},
+    {"groundColor"_L1, StyleField::GroundColor, "rgbGround"_L1, ValueRule::Color},
+    {"orbTexture"_L1, StyleField::OrbTexture, "lstOrbTexture"_L1, ValueRule::Line},
+    {"orbColor"_L1, StyleField::OrbColor, "rgbOrb"_L1, ValueRule::Color},
+    {"orbBrightness"_L1, StyleField::OrbBrightness, "prcOrb"_L1, ValueRule::Percentage},
+    {"orbPosition"_L1, StyleField::OrbPosition, "posOrb"_L1, ValueRule::Position},
+    {"orbHref"_L1, StyleField::OrbHref, "fldOrbHREF"_L1, ValueRule::Line},
+    {"orbTarget"_L1, StyleField::OrbTarget, "fldOrbTarget"_L1, ValueRule::Line},
+    {"orbText"_L1, StyleField::OrbText, "fldOrbText"_L1, ValueRule::Line},
+};
+
+const SetField *findSetField(const QString &key)
+{
+    for (const SetField &entry : kSetFields) {
+        if (key == entry.key)
+            return &entry;
+    }
+    return nullptr;
+}
+
+// The text the control shows after `value` was typed into it, or nullopt with
+// `rule` saying what the control takes.
+std::optional<QString> acceptValue(ValueRule kind, const QString &value, QString &rule)
+{
+    switch (kind) {
+    case ValueRule::Line:
+        rule = u"one line of text"_s;
+        if (value.contains(u'\n') || value.contains(u'\r'))
+            return std::nullopt;
+        return value;
+    case ValueRule::Color:
+        rule = u"a colour \"(red,green,blue)\", each 0 to 255, or nothing"_s;
+        return value.isEmpty() ? std::optional<QString>(value) : acceptColor(value);
+    case ValueRule::Percentage:
+        rule = u"a percentage \"n%\" from 0 to 100, or nothing"_s;
+        return value.isEmpty() ? std::optional<QString>(value) : acceptPercentage(value);
+    case ValueRule::Position:
+        rule = u"a position \"(turn,tilt)\", turn 0 to 360 and tilt -90 to 90, or nothing"_s;
+        return value.isEmpty() ? std::optional<QString>(value) : acceptPosition(value);
+    }
+    return std::nullopt;
+}
+
+// Whether the command's last message was a question answered No: the user
+// declined, which is not a failure of the command.
+bool declined(const CliPrompts &prompts, qsizetype first)
+{
+    const QList<CliPrompts::Message> &messages = prompts.messages();
+    return messages.size() > first && messages.last().buttons != PromptButtons::Ok;
+}
+
+} // namespace
+
+bool CliEditCommands::handles(const QString &command)
+{
+    static const QStringList commands{u"remove"_s, u"rename"_s, u"remap"_s, u"prefix"_s, u"set"_s};
+    return commands.contains(command);
+}
+
+QString CliEditCommands::check(const QString &command, const QStringList &arguments, const QStringList &options)
+{
+    const qsizetype n = arguments.size();
+    if (command == "remap"_L1) {
+        const int methods = int(options.count(u"--all"_s) + options.count(u"--sync-double"_s));
+        if (n != 1)
+            return u"remap takes one file"_s;
+        if (methods != 1)
+            return u"remap takes exactly one of --all and --sync-double"_s;
+        const qsizetype at = options.indexOf(u"--prefix"_s);
+        const QString prefix = at >= 0 ? options.value(at + 1) : u"."_s;
+        if (prefix.size() != 1 || !prefixAlphabet().contains(prefix))
+            return u"\""_s + prefix + u"\" is not in the prefix list"_s;
+        return QString();
+    }
+    if (!options.isEmpty())
+        return options.first() + u" is an option of remap"_s;
+    if (command == "remove"_L1 && n < 2)
+        return u"remove takes a file and at least one name"_s;
+    if (command == "rename"_L1 && n != 3)
+        return u"rename takes a file, the old and the new name"_s;
+    if (command == "prefix"_L1) {
+        if (n != 2)
+            return u"prefix takes a file and one character"_s;
+        if (arguments[1].size() != 1 || !prefixAlphabet().contains(arguments[1]))
+            return u"\""_s + arguments[1] + u"\" is not in the prefix list"_s;
+    }
+    if (command == "set"_L1) {
+        if (n != 3)
+            return u"set takes a file, a field and a value"_s;
+        const QString &field = arguments[1];
+        if (!findSetField(field) && field != "update"_L1 && field != "strictPrefix"_L1)
+            return u"unknown field \""_s + field + u'"';
+        if (field == "strictPrefix"_L1 && arguments[2] != "on"_L1 && arguments[2] != "off"_L1)
+            return u"strictPrefix takes on or off"_s;
+    }
+    return QString();
+}
+
+QString CliEditCommands::usageLines()
+{
+    return u"       cubrix-cli remove FILE.bset NAME... [--json] [--no]\n"
+           "       cubrix-cli rename FILE.bset OLD NEW [--json] [--no]\n"
+           "       cubrix-cli remap FILE.bset --all|--sync-double [--prefix C] [--json] [--no]\n"
+           "       cubrix-cli prefix FILE.bset C [--json] [--no]\n"
+           "       cubrix-cli set FILE.bset FIELD VALUE [--json] [--no]\n"_s;
+}
+
+QString CliEditCommands::helpLines()
+{
+    return u"  remove FILE.bset NAME...\n"
+           "                     Removes the named blocks, textures and sounds (file names,\n"
+           "                     any case) as the Remove command of each list does.\n"
+           "  rename FILE.bset OLD NEW\n"
+           "                     Renames the item OLD to NEW as editing its label does.\n"
+           "  remap FILE.bset --all|--sync-double [--prefix C]\n"
+           "                     OK on the Remap All or Sync Double tab of Remap Symbols\n"
+           "                     with the prefix C (default \".\").\n"
+           "  prefix FILE.bset C Chooses C in the strict prefix list of the settings page.\n"
+           "  set FILE.bset FIELD VALUE\n"
+           "                     Types VALUE into one settings or version control: FIELD is\n"
+           "                     a key of \"style\" in info --json, update (the update\n"
+           "                     comment) or strictPrefix (on or off: the check box).\n"
+           "                     These five commands save the blockset with Save when it\n"
+           "                     changed; with --json they print the info object read\n"
+           "                     after the save plus \"results\" (the status texts shown).\n"_s;
+}
+
+void CliEditCommands::print(std::FILE *stream, const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
+    std::fflush(stream);
+}
+
+int CliEditCommands::run(const QString &command, const QStringList &arguments, const QStringList &options,
+                         bool json, BlocksetDocument &document, CliPrompts &prompts)
+{
+    const QString &file = arguments.first();
+    document.openBlockset(QFileInfo(file).absoluteFilePath());
+    const auto printMessages = [this, &prompts](qsizetype first) {
+        const QList<CliPrompts::Message> &messages = prompts.messages();
+        for (qsizetype i = first; i < messages.size(); ++i)
+            print(m_err, messages[i].title + u": "_s + messages[i].text + u'\n');
+    };
+    if (!document.blocksetOpen()) {
+        printMessages(0);
+        return Failed;
+    }
+
+    const qsizetype first = prompts.messageCount();
+    document.clearProcess();
+    QString error;
+    int code = Failed;
+    if (command == "remove"_L1)
+        code = remove(arguments.mid(1), document, error);
+    else if (command == "rename"_L1)
+        code = rename(arguments[1], arguments[2], document, error);
+    else if (command == "remap"_L1)
+        code = remap(options, document);
+    else if (command == "prefix"_L1)
+        code = prefix(arguments[1], document, error);
+    else
+        code = set(arguments[1], arguments[2], document, error);
+    if (code == Failed && error.isEmpty() && declined(prompts, first))
+        code = Success;
+    QStringList results;
+    if (!document.processText().isEmpty())
+        results.append(document.processText());
+
+    if (code != UsageError && document.isChanged()) {
+        if (!document.saveBlockset() || document.isChanged()) {
+            code = Failed;
+            if (error.isEmpty())
+                error = u"the blockset was not saved"_s;
+        }
+    }
+    if (!error.isEmpty())
+        print(m_err, u"cubrix-cli: "_s + error + u'\n');
+    if (code == UsageError)
+        return code;
+
+    if (json) {
+        if (code != Success)
+            printMessages(first);
+        QJsonObject report = QJsonDocument::fromJson(CliReport::infoJson(file, document, prompts.messages())).object();
+        report.insert(u"results"_s, QJsonArray::fromStringList(results));
+        print(m_out, QString::fromUtf8(QJsonDocument(report).toJson()));
+    } else {
+        printMessages(first);
+        for (const QString &result : std::as_const(results))
+            print(m_out, result + u'\n');
+    }
+    return code;
+}
+
+int CliEditCommands::remove(const QStringList &names, BlocksetDocument &document, QString &error)
+{
+    QList<ListSelection> selections(3);
+    for (const QString &name : names) {
+        ItemKind kind;
+        int row;
+        if (!findItem(document, name, kind, row)) {
+            error = u"\""_s + name + u"\" is in no list"_s;
+            return UsageError;
+        }
+        ListSelection &selection = selections[int(kind)];
+        if (!selection.selected.contains(row))
+            selection.selected.append(row);
+    }
+    bool removedAll = true;
+    for (ItemKind kind : kKinds) {
+        ListSelection &selection = selections[int(kind)];
+        if (selection.selected.isEmpty())
+            continue;
+        selection.current = *std::min_element(selection.selected.begin(), selection.selected.end());
+        if (!removeItems(document, kind, selection))
+            removedAll = false;
+    }
+    return removedAll ? Success : Failed;
+}
+
+int CliEditCommands::rename(const QString &oldName, const QString &newName, BlocksetDocument &document,
+                            QString &error)
+{
+    ItemKind kind;
+    int row;
+    if (!findItem(document, oldName, kind, row)) {
+        error = u"\""_s + oldName + u"\" is in no list"_s;
+        return UsageError;
+    }
+    if (newName == itemFileNames(document, kind)[row])
+        return Success; // the label left as it was
+    return renameItem(document, kind, row, newName) ? Success : Failed;
+}
+
+int CliEditCommands::remap(const QStringList &options, BlocksetDocument &document)
+{
+    RemapChoice choice;
+    choice.method = options.contains(u"--all"_s) ? RemapChoice::RemapAll : RemapChoice::SyncDouble;
+    const qsizetype at = options.indexOf(u"--prefix"_s);
+    choice.prefixIndex = at >= 0 ? int(prefixAlphabet().indexOf(options.value(at + 1))) : 0;
+    ChosenRemap dialog(choice);
+    return remapSymbolsCommand(document, dialog) ? Success : Failed;
+}
+
+int CliEditCommands::prefix(const QString &character, BlocksetDocument &document, QString &error)
+{
+    if (!document.symbols().prefixListEnabled) {
+        error = u"the strict prefix list is disabled (strict prefix is off)"_s;
+        return Failed;
+    }
+    std::optional<int> remembered = document.symbols().prefixIndex;
+    const int chosen = int(prefixAlphabet().indexOf(character));
+    return remapPrefix(document, remembered, chosen) == chosen ? Success : Failed;
+}
+
+int CliEditCommands::set(const QString &field, const QString &value, BlocksetDocument &document, QString &error)
+{
+    if (field == "strictPrefix"_L1) {
+        SymbolSettings symbols = document.symbols();
+        if (!symbols.strictPrefixBoxEnabled) {
+            error = u"cbxStrictPrefix is disabled"_s;
+            return Failed;
+        }
+        const bool on = value == "on"_L1;
+        if (symbols.strictPrefixBoxChecked != on) {
+            strictPrefixClicked(symbols, on, document.settings().getBoolSetting(u"syncDouble"_s));
+            document.setSymbolSettings(symbols);
+        }
+        return Success;
+    }
+    if (field == "update"_L1) {
+        if (value != document.updateComment())
+            document.editUpdateComment(value);
+        return Success;
+    }
+    const SetField *entry = findSetField(field);
+    QString rule;
+    const std::optional<QString> shown = acceptValue(entry->rule, value, rule);
+    if (!shown) {
+        error = QString(entry->control) + u" does not take \""_s + value + u"\": it takes "_s + rule;
+        return Failed;
+    }
+    if (*shown != styleValue(document.style(), entry->field))
+        document.editStyleValue(entry->field, *shown);
+    return Success;
+}

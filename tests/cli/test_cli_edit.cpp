@@ -1,0 +1,82 @@
+// Runs cubrix-cli's item and symbol commands on a copy of the Castle example
+// (floor, gate, torch, tower, wall with a..e) and reads the saved result back.
+
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+
+class TestCliEdit : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    QPair<int, QJsonObject> cli(const QStringList &arguments)
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(u"CUBRIX_REGISTRY"_s, m_dir.filePath(u"registry.reg"_s));
+        env.insert(u"Temp"_s, m_dir.path());
+        QProcess process;
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(CUBRIX_CLI_PATH), arguments + QStringList{u"--json"_s});
+        process.waitForFinished(120000);
+        return {process.exitCode(), QJsonDocument::fromJson(process.readAllStandardOutput()).object()};
+    }
+
+    // The values of `key` in the blocks, sorted, or the style value `key`.
+    static QStringList values(const QJsonObject &info, const QString &key)
+    {
+        if (info.value(u"style"_s).toObject().contains(key))
+            return {info.value(u"style"_s).toObject().value(key).toString()};
+        QStringList found;
+        for (const QJsonValue &row : info.value(u"blocks"_s).toArray())
+            found.append(row.toObject().value(key).toString());
+        return found.sort(), found;
+    }
+
+private slots:
+    void commands_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QStringList>("saved");
+        const QStringList files{u"floor.block"_s, u"gate.block"_s, u"torch.block"_s, u"tower.block"_s, u"wall.block"_s};
+        QTest::newRow("remove") << QStringList{u"remove"_s, u"GATE.block"_s, u"bell.wav"_s, u"wall.block"_s} << 0
+                                << u"file"_s << QStringList{u"floor.block"_s, u"torch.block"_s, u"tower.block"_s};
+        QTest::newRow("remove unknown") << QStringList{u"remove"_s, u"moat.block"_s} << 2 << u"file"_s << files;
+        QTest::newRow("rename") << QStringList{u"rename"_s, u"wall.block"_s, u"keep.block"_s} << 0 << u"file"_s
+                                << QStringList{u"floor.block"_s, u"gate.block"_s, u"keep.block"_s, u"torch.block"_s,
+                                               u"tower.block"_s};
+        QTest::newRow("remap all") << QStringList{u"remap"_s, u"--all"_s, u"--prefix"_s, u"!"_s} << 0 << u"double"_s
+                                   << QStringList{u"!A"_s, u"!B"_s, u"!C"_s, u"!D"_s, u"!E"_s};
+        QTest::newRow("prefix") << QStringList{u"prefix"_s, u"x"_s} << 0 << u"double"_s
+                                << QStringList{u"xa"_s, u"xb"_s, u"xc"_s, u"xd"_s, u"xe"_s};
+        QTest::newRow("set colour") << QStringList{u"set"_s, u"skyColor"_s, u"(1,2,3)"_s} << 0 << u"skyColor"_s
+                                    << QStringList{u"(1,2,3)"_s};
+        QTest::newRow("set bad colour") << QStringList{u"set"_s, u"skyColor"_s, u"(1,2,300)"_s} << 1 << u"skyColor"_s
+                                        << QStringList{u"(96,160,255)"_s};
+    }
+
+    void commands()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, key);
+        QFETCH(QStringList, saved);
+        const QString file = m_dir.filePath(u"Castle.bset"_s);
+        QFile::remove(file);
+        QVERIFY(QFile::copy(QStringLiteral(CUBRIX_EXAMPLES) + u"/Castle.bset"_s, file));
+        QFile(file).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        arguments.insert(1, file);
+
+        const auto [exitCode, report] = cli(arguments);
+        QTEST(exitCode, "exitCode");
+        if (exitCode == 0) // the command's own report: what it left in memory, plus its status texts
+            QVERIFY(values(report, key) == saved && report.value(u"results"_s).isArray());
+        const auto [infoCode, info] = cli({u"info"_s, file});
+        QCOMPARE(infoCode, 0);
+        QCOMPARE(values(info, key), saved);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCliEdit)
+#include "test_cli_edit.moc"
