@@ -1,5 +1,6 @@
 #include "VersionTab.h"
 
+#include "AttributeValueValidator.h"
 #include "FieldText.h"
 
 #include <QFormLayout>
@@ -52,6 +53,7 @@ QLineEdit *VersionTab::makeTextField(const QString &name, StyleField field)
 {
     auto *edit = new QLineEdit(this);
     edit->setObjectName(name);
+    edit->setValidator(new AttributeValueValidator(edit));
     connect(edit, &QLineEdit::textChanged, this, [this, field](const QString &text) {
         if (!m_showing)
             emit styleValueEdited(field, text);
