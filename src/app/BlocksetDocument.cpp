@@ -1,6 +1,7 @@
 #include "app/BlocksetDocument.h"
 
 #include "app/DocumentView.h"
+#include "app/RoverCompatibility.h"
 #include "app/WorkingFolder.h"
 #include "common/CommonFunctions.h"
 #include "common/Prompts.h"
@@ -392,10 +393,15 @@ bool BlocksetDocument::saveBlockset()
     };
 
     QString result;
+    QString styleName;
+    QString updateName;
+    QByteArray styleBytes;
+    QByteArray updateBytes;
     if (m_blocksetChanged) {
         showProcess(u"Saving blockset..."_s);
-        const QString styleName = nativeBaseName(m_blocksetFileName) + u".style"_s;
-        if (!writeWholeFile(m_folder.workingFolder() + u'/' + styleName, writeStyle(m_content.style, m_content.blocks)))
+        styleName = nativeBaseName(m_blocksetFileName) + u".style"_s;
+        styleBytes = writeStyle(m_content.style, m_content.blocks);
+        if (!writeWholeFile(m_folder.workingFolder() + u'/' + styleName, styleBytes))
             return fail(u"Unable to write style file!"_s);
         // Where file names tell case apart, a style file unpacked as "Castle.STYLE"
         // is still the blockset's own: drop it so only the one just written is packed.
@@ -417,8 +423,9 @@ bool BlocksetDocument::saveBlockset()
         if (m_blocksetPath.isEmpty() || !archiveInfo.isFile()
             || archiveInfo.size() > std::numeric_limits<qint32>::max())
             return fail(u"Unable to save update information!"_s);
-        const QByteArray bytes = writeUpdate(m_content.style.version, m_updateComment, qint32(archiveInfo.size()));
-        if (!writeWholeFile(updateFilePath(), bytes))
+        updateBytes = writeUpdate(m_content.style.version, m_updateComment, qint32(archiveInfo.size()));
+        updateName = QFileInfo(updateFilePath()).fileName();
+        if (!writeWholeFile(updateFilePath(), updateBytes))
             return fail(u"Unable to save update information!"_s);
         result = result.isEmpty() ? u"Update file "_s : result + u"and update file "_s;
     }
@@ -430,6 +437,8 @@ bool BlocksetDocument::saveBlockset()
     showProcess(result + u"saved."_s);
     m_processMessageShown = true;
     setBusy(false);
+    if (m_settings.getBoolSetting(u"showWarnings"_s))
+        reportRoverCompatibility(m_prompts, styleName, styleBytes, updateName, updateBytes);
     return true;
 }
 

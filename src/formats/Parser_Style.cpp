@@ -244,7 +244,11 @@ QByteArray writeStyle(const StyleValues &style, const QList<BlockRow> &rows)
         text += line + u"/>"_s + crlf;
 
     for (const BlockRow &row : rows) {
-        // The symbol is written even when empty; the block name is not written.
+        // Rover rejects the whole blockset on symbol="", so a row without a
+        // single symbol gets no line (its double alone means nothing to
+        // Rover); its file stays in blocks/. The block name is not written.
+        if (row.symbol.isEmpty())
+            continue;
         line = u"<block symbol=\""_s + row.symbol + u'"';
         appendAttribute(line, "double"_L1, row.doubleSymbol);
         line += u" file=\""_s + row.file + u'"';

@@ -126,3 +126,8 @@ std::optional<QString> acceptPosition(const QString &text)
         return std::nullopt;
     return formatPosition((*position)[0], (*position)[1]);
 }
+
+bool isAcceptableAttributeValue(const QString &text)
+{
+    return !text.contains(u'"');
+}

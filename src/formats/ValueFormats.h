@@ -21,3 +21,7 @@ QString formatPosition(int turn, int tilt);
 std::optional<QString> acceptColor(const QString &text);
 std::optional<QString> acceptPercentage(const QString &text);
 std::optional<QString> acceptPosition(const QString &text);
+
+// Whether `text` can be written as a quoted attribute value that Rover reads
+// back whole: its values have no escaping, so a '"' would end the value early.
+bool isAcceptableAttributeValue(const QString &text);

@@ -225,7 +225,7 @@ private slots:
         const QString castle = env.addSet(QStringLiteral("Castle.bset"), castleFiles());
         const QString draft = env.setPath(QStringLiteral("Draft.bset"));
         if (state == "untitled") {
-            env.prompts.newAnswers = {choice(QStringLiteral("Draft"))};
+            env.prompts.newAnswers = {choice(QStringLiteral("Draft"), QStringLiteral("1.0"))};
             env.document.newBlockset();
             env.prompts.fileAnswers = {draft};
         } else {

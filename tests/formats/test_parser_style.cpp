@@ -65,9 +65,9 @@ private slots:
         header.name = "Only name";
         BlockRow named = row("x.block");
         named.name = "Not written";
-        QTest::newRow("all scene values empty, block without symbols")
-            << header << QList<BlockRow>{named, row("y.block", "y", "-y")}
-            << "<style name=\"Only name\">\r\n" + generatorLine() + "\r\n<block symbol=\"\" file=\"x.block\"/>\r\n"
+        QTest::newRow("all scene values empty, blocks without a single symbol not listed")
+            << header << QList<BlockRow>{named, row("y.block", "y", "-y"), row("z.block", "", "zz")}
+            << "<style name=\"Only name\">\r\n" + generatorLine() + "\r\n"
                    "<block symbol=\"y\" double=\"-y\" file=\"y.block\"/>\r\n\r\n</style>\r\n";
         StyleValues partial;
         partial.skyBrightness = "5%";
@@ -104,7 +104,7 @@ private slots:
     void roundTrip()
     {
         QFETCH(StyleValues, style);
-        const QList<BlockRow> written{row("a.block", "a", ".a"), row("b.block", "b"), row("c.block", "", "xc"),
+        const QList<BlockRow> written{row("a.block", "a", ".a"), row("b.block", "b"), row("c.block"),
                                       row("d.block", "~", "~~")};
         StyleValues readBack;
         QList<BlockRow> rows{row("a.block"), row("b.block"), row("c.block"), row("d.block")};

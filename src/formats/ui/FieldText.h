@@ -1,6 +1,7 @@
 #pragma once
 
 #include "formats/BlocksetModel.h"
+#include "formats/ui/AttributeValueValidator.h"
 
 #include <QLineEdit>
 #include <QString>
@@ -21,6 +22,7 @@ QLineEdit *makeTextField(Page *page, const QString &name, StyleField field, cons
 {
     auto *edit = new QLineEdit(page);
     edit->setObjectName(name);
+    edit->setValidator(new AttributeValueValidator(edit)); // a quote would end the value in the file
     QObject::connect(edit, &QLineEdit::textChanged, page, [page, field, &showing](const QString &text) {
         if (!showing)
             emit page->styleValueEdited(field, text);

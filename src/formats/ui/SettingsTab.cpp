@@ -1,5 +1,6 @@
 #include "SettingsTab.h"
 
+#include "AttributeValueValidator.h"
 #include "FieldText.h"
 #include "usrColor.h"
 #include "usrPercentage.h"
@@ -139,6 +140,7 @@ QComboBox *SettingsTab::makeTextureBox(const QString &name, StyleField field)
     // Typed text is not completed from the list, so that leaving the box keeps
     // exactly what was typed (a texture may be named before it is added).
     box->setCompleter(nullptr);
+    box->setValidator(new AttributeValueValidator(box));
     box->installEventFilter(this);
     m_textureBoxes.append({box, field});
     return box;

@@ -1,5 +1,6 @@
 #include "VersionTab.h"
 
+#include "AttributeValueValidator.h"
 #include "FieldText.h"
 
 #include <QFormLayout>

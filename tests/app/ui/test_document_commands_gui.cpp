@@ -128,7 +128,7 @@ private slots:
         QTest::addColumn<QString>("control"); // where the keys go; its value control is the part before "/"
         QTest::addColumn<QString>("keys");
         QTest::addColumn<QString>("saved");
-        QTest::newRow("version") << "fldVersion" << "b" << "1.0b";
+        QTest::newRow("version") << "fldVersion" << "b2" << "1.0b2";
         QTest::newRow("copyright sign") << "fldCopyright" << QString::fromUtf8("\xc2\xa9 Me")
                                         << QString::fromUtf8("\xc2\xa9 Me");
         QTest::newRow("sky texture") << "lstSkyTexture" << "\b\b\bgif" << "texture0.gif";

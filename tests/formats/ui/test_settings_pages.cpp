@@ -113,6 +113,9 @@ private slots:
         QTest::newRow("synopsis") << StyleField::Synopsis << "" << "Walls" << "Walls" << 5;
         QTest::newRow("author") << StyleField::Author << "" << "Me" << "Me" << 2;
         QTest::newRow("copyright") << StyleField::Copyright << "" << "(c)" << "(c)" << 3;
+        // A '"' would end the attribute value early in the style file.
+        QTest::newRow("orb link quote refused") << StyleField::OrbHref << "" << "a\"b" << "ab" << 2;
+        QTest::newRow("synopsis quote refused") << StyleField::Synopsis << "" << "\"W\"" << "W" << 1;
     }
 
     void editsReportFieldAndValue()

@@ -1,0 +1,34 @@
+#include "app/RoverCompatibility.h"
+
+#include "common/Prompts.h"
+#include "rover/RoverStyleRules.h"
+#include "rover/RoverUpdateRules.h"
+
+#include <QStringList>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void listErrors(QStringList &lines, const QString &fileName, const RoverFindings &findings)
+{
+    for (const RoverFinding &f : findings)
+        if (f.severity == RoverFinding::Error)
+            lines.append(u"%1, line %2: %3"_s.arg(fileName).arg(f.line).arg(f.text));
+}
+
+} // namespace
+
+void reportRoverCompatibility(Prompts &prompts, const QString &styleName, const QByteArray &style,
+                              const QString &updateName, const QByteArray &update)
+{
+    QStringList lines;
+    if (!styleName.isEmpty())
+        listErrors(lines, styleName, checkRoverStyle(style));
+    if (!updateName.isEmpty())
+        listErrors(lines, updateName, checkRoverUpdate(update));
+    if (lines.isEmpty())
+        return;
+    prompts.message(u"Rover will not accept what was saved:\n"_s + lines.join(u'\n'), u"Rover compatibility"_s,
+                    PromptButtons::Ok, PromptIcon::Exclamation);
+}

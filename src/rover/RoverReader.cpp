@@ -1,0 +1,208 @@
+#include "rover/RoverReader.h"
+
+namespace {
+
+bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
+// Lines end at CR, LF or CR LF and a NUL ends its line early: the text is
+// rebuilt with one '\n' per line so that line counting is trivial.
+QByteArray normalise(QByteArrayView bytes)
+{
+    QByteArray out;
+    out.reserve(bytes.size());
+    bool cut = false;
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        const char c = bytes[i];
+        if (c == '\r' || c == '\n') {
+            if (c == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
+                ++i;
+            out += '\n';
+            cut = false;
+        } else if (c == '\0') {
+            cut = true;
+        } else if (!cut) {
+            out += c;
+        }
+    }
+    return out;
+}
+
+QByteArray trimmed(const QByteArray &v)
+{
+    qsizetype b = 0, e = v.size();
+    while (b < e && isBlank(v[b])) ++b;
+    while (e > b && isBlank(v[e - 1])) --e;
+    return v.mid(b, e - b);
+}
+
+} // namespace
+
+QString roverText(const char *text) { return QString::fromUtf8(text); }
+
+RoverReader::RoverReader(QByteArrayView bytes) : m_text(normalise(bytes)) {}
+
+void RoverReader::error(int line, const QString &text)
+{
+    m_findings.append({RoverFinding::Error, line, text});
+}
+
+void RoverReader::warning(int line, const QString &text)
+{
+    m_findings.append({RoverFinding::Warning, line, text});
+}
+
+bool RoverReader::fail(const QString &text)
+{
+    error(m_line, text);
+    m_failed = true;
+    return false;
+}
+
+void RoverReader::skipSpace()
+{
+    while (m_pos < m_text.size() && (isBlank(m_text[m_pos]) || m_text[m_pos] == '\n')) {
+        if (m_text[m_pos] == '\n') ++m_line;
+        ++m_pos;
+    }
+}
+
+bool RoverReader::readString(char quote, QByteArray *out)
+{
+    const qsizetype start = ++m_pos;
+    while (m_pos < m_text.size() && m_text[m_pos] != quote && m_text[m_pos] != '\n')
+        ++m_pos;
+    if (m_pos >= m_text.size() || m_text[m_pos] != quote)
+        return fail(roverText("String is missing closing quotation mark"));
+    if (out)
+        *out = trimmed(m_text.mid(start, m_pos - start));
+    ++m_pos;
+    return true;
+}
+
+bool RoverReader::next(Tag &tag)
+{
+    if (m_failed)
+        return false;
+    // Text between tags: a quote there still opens a string.
+    for (;;) {
+        while (m_pos < m_text.size() && m_text[m_pos] != '<') {
+            const char c = m_text[m_pos];
+            if (c == '"' || c == '\'') {
+                if (!readString(c, nullptr))
+                    return false;
+                continue;
+            }
+            if (c == '\n') ++m_line;
+            ++m_pos;
+        }
+        if (m_pos >= m_text.size())
+            return false;
+        if (!m_text.sliced(m_pos).startsWith("<!--"))
+            break;
+        const qsizetype close = m_text.indexOf("-->", m_pos + 4);
+        if (close < 0) {
+            m_line += int(m_text.sliced(m_pos).count('\n'));
+            return fail(roverText("Unexpected end of file"));
+        }
+        m_line += int(m_text.sliced(m_pos, close - m_pos).count('\n'));
+        m_pos = close + 3;
+    }
+    tag = Tag{};
+    tag.line = m_line;
+    ++m_pos;
+    if (m_pos < m_text.size() && m_text[m_pos] == '/') {
+        tag.end = true;
+        ++m_pos;
+    }
+    auto nameChar = [this](qsizetype i) {
+        const char c = m_text[i];
+        return !isBlank(c) && c != '\n' && c != '>' && c != '/' && c != '=' && c != '"' && c != '\'';
+    };
+    const qsizetype nameStart = m_pos;
+    while (m_pos < m_text.size() && nameChar(m_pos)) ++m_pos;
+    tag.name = m_text.mid(nameStart, m_pos - nameStart).toLower();
+    for (;;) {
+        skipSpace();
+        if (m_pos >= m_text.size())
+            return fail(roverText("Unexpected end of file"));
+        if (m_text[m_pos] == '>') {
+            ++m_pos;
+            return true;
+        }
+        if (m_text.sliced(m_pos).startsWith("/>")) {
+            tag.selfClosing = true;
+            m_pos += 2;
+            return true;
+        }
+        const qsizetype attrStart = m_pos;
+        while (m_pos < m_text.size() && nameChar(m_pos)) ++m_pos;
+        const QByteArray name = m_text.mid(attrStart, m_pos - attrStart).toLower();
+        if (name.isEmpty())
+            return fail(roverText("Unexpected character in tag \"%1\"").arg(QString::fromLatin1(tag.name)));
+        skipSpace();
+        if (m_pos >= m_text.size() || m_text[m_pos] != '=')
+            return fail(roverText("Attribute \"%1\" has no value").arg(QString::fromLatin1(name)));
+        ++m_pos;
+        skipSpace();
+        if (m_pos >= m_text.size())
+            return fail(roverText("Unexpected end of file"));
+        const char quote = m_text[m_pos];
+        if (quote != '"' && quote != '\'')
+            return fail(roverText("Value of attribute \"%1\" is not quoted").arg(QString::fromLatin1(name)));
+        QByteArray value;
+        if (!readString(quote, &value))
+            return false;
+        tag.attributes.append({name == "color" ? QByteArray("colour") : name, value});
+    }
+}
+
+bool RoverReader::skipContent(const Tag &tag)
+{
+    if (tag.end || tag.selfClosing)
+        return true;
+    int depth = 1;
+    Tag t;
+    while (next(t)) {
+        if (t.name != tag.name || t.selfClosing)
+            continue;
+        depth += t.end ? -1 : 1;
+        if (depth == 0)
+            return true;
+    }
+    if (!m_failed)
+        fail(roverText("Unexpected end of file"));
+    return false;
+}
+
+QList<QByteArray> RoverReader::attributes(const Tag &tag, const QList<Rule> &rules)
+{
+    QList<QByteArray> values(rules.size());
+    const QString tagName = QString::fromLatin1(tag.name);
+    for (qsizetype r = 0; r < rules.size(); ++r) {
+        const Rule &rule = rules[r];
+        const Attribute *found = nullptr;
+        for (const Attribute &a : tag.attributes)
+            if (a.name == rule.name) {
+                found = &a; // the first of a repeated attribute counts
+                break;
+            }
+        const QString attr = QString::fromLatin1(rule.name);
+        if (!found) {
+            if (rule.required)
+                error(tag.line, roverText("Tag \"%1\" is missing required attribute \"%2\"").arg(tagName, attr));
+            continue;
+        }
+        if (!isRoverValue(rule.type, found->value)) {
+            const QString text = roverText("Attribute \"%1\" of tag \"%2\" has an invalid %3 value \"%4\"")
+                                     .arg(attr, tagName, QString::fromLatin1(roverTypeName(rule.type)),
+                                          QString::fromLatin1(found->value));
+            if (rule.required)
+                error(tag.line, text);
+            else
+                warning(tag.line, text);
+            continue;
+        }
+        values[r] = found->value;
+    }
+    return values;
+}
