@@ -12,24 +12,6 @@
 #include <algorithm>
 #include <vector>
 
-#if defined(Q_OS_LINUX) && defined(__GLIBC__)
-#include <malloc.h>
-#endif
-#ifndef Q_OS_UNIX
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#include <io.h>
-#include <windows.h>
-
-#include <cstdio>
-#include <cstring>
-#include <string>
-#endif
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -55,80 +37,6 @@ QString errnoText(int err)
 QString fromFsName(const QByteArray &name)
 {
     return PlatformFile::decodeName(name);
-}
-
-#ifndef Q_OS_UNIX
-// Windows would read more into some names than they say: "a:b" names a data
-// stream of "a", trailing dots and spaces are dropped ("x." is "x"), device names
-// (CON, NUL, COM1, ...) reach devices, and some characters are not allowed at all.
-bool isWindowsName(QByteArrayView part)
-{
-    const char last = part.back();
-    if (last == '.' || last == ' ')
-        return false;
-    for (const char c : part) {
-        if (static_cast<unsigned char>(c) < 0x20 || std::strchr("<>:\"|?*", c))
-            return false;
-    }
-    const qsizetype dot = part.indexOf('.');
-    const QByteArray upper = part.first(dot < 0 ? part.size() : dot).toByteArray().trimmed().toUpper();
-    static const char *const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
-    for (const char *device : devices) {
-        if (upper == device)
-            return false;
-    }
-    if (!upper.startsWith("COM") && !upper.startsWith("LPT"))
-        return true;
-    const QByteArray number = upper.mid(3); // a digit, or superscript 1, 2 or 3 in UTF-8
-    return !((number.size() == 1 && number.at(0) >= '0' && number.at(0) <= '9') || number == "\xC2\xB9"
-             || number == "\xC2\xB2" || number == "\xC2\xB3");
-}
-#endif
-
-// Hands the open archive file to libzip. On success the archive owns `fd`; on
-// failure the caller still does.
-zip_t *openZip(int fd, int &zipCode)
-{
-#ifdef Q_OS_UNIX
-    return zip_fdopen(fd, ZIP_RDONLY | ZIP_CHECKCONS, &zipCode);
-#else
-    // libzip may use another C runtime than this program, so it gets a Windows
-    // handle of its own rather than the descriptor.
-    // The duplicate shares the file position, which the tail check moved.
-    _lseeki64(fd, 0, SEEK_SET);
-    HANDLE own = nullptr;
-    if (!DuplicateHandle(GetCurrentProcess(), reinterpret_cast<HANDLE>(_get_osfhandle(fd)), GetCurrentProcess(), &own,
-                         0, FALSE, DUPLICATE_SAME_ACCESS)) {
-        zipCode = ZIP_ER_OPEN;
-        return nullptr;
-    }
-    zip_error_t error;
-    zip_error_init(&error);
-    zip_source_t *source = zip_source_win32handle_create(own, 0, -1, &error);
-    zip_t *za = source ? zip_open_from_source(source, ZIP_RDONLY | ZIP_CHECKCONS, &error) : nullptr;
-    if (!za) {
-        if (source)
-            zip_source_free(source); // closes the handle
-        else
-            CloseHandle(own);
-        zipCode = zip_error_code_zip(&error);
-    } else {
-        PlatformFile::closeFile(fd);
-    }
-    zip_error_fini(&error);
-    return za;
-#endif
-}
-
-// A libzip source reading the file at `path` when the archive is written.
-zip_source_t *fileSource(const QByteArray &path, zip_error_t *error)
-{
-#ifdef Q_OS_UNIX
-    return zip_source_file_create(path.constData(), 0, 0, error);
-#else
-    const std::wstring name = PlatformFile::decodeName(path).toStdWString();
-    return zip_source_win32w_create(name.c_str(), 0, -1, error);
-#endif
 }
 
 QString zipErrorText(int zipCode)
@@ -175,10 +83,8 @@ bool splitEntryName(const QByteArray &name, std::vector<QByteArray> &parts, bool
             continue;
         if (part == "..")
             return false;
-#ifndef Q_OS_UNIX
-        if (!isWindowsName(part))
+        if (!PlatformFile::isPlainName(part))
             return false;
-#endif
         parts.push_back(part.toByteArray());
         if (int(parts.size()) > kMaxDepth)
             return false;
@@ -232,22 +138,6 @@ private:
     PlatformFile::Folder m_current;
     QByteArray m_key;
 };
-
-// Every deflated entry allocates and frees some 400 KiB of zlib state. glibc hands
-// that memory back to the system after each entry and faults it in again for the
-// next one, which costs a third of the packing time of a folder of small files;
-// letting the heap keep a few MiB avoids it. Done once, on the first save.
-void keepDeflateMemory()
-{
-#if defined(Q_OS_LINUX) && defined(__GLIBC__)
-    static const bool tuned = [] {
-        mallopt(M_MMAP_THRESHOLD, 1 << 20);
-        mallopt(M_TRIM_THRESHOLD, 8 << 20);
-        return true;
-    }();
-    Q_UNUSED(tuned);
-#endif
-}
 
 struct PackedFile {
     QByteArray entryName; // relative, "/" separated
@@ -321,10 +211,16 @@ bool Archive::openArchive(const QString &path)
         return d->fail(u"\"%1\" is not a ZIP archive"_s.arg(path));
     }
 
-    int zipCode = 0;
-    d->reader = openZip(fd, zipCode);
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t *source = PlatformFile::zipReadSource(fd, size, &error);
+    PlatformFile::closeFile(fd); // the source reads through a descriptor of its own
+    d->reader = source ? zip_open_from_source(source, ZIP_RDONLY | ZIP_CHECKCONS, &error) : nullptr;
+    const int zipCode = zip_error_code_zip(&error);
+    zip_error_fini(&error);
     if (!d->reader) {
-        PlatformFile::closeFile(fd);
+        if (source)
+            zip_source_free(source);
         return d->fail(u"\"%1\" is not a readable ZIP archive: %2"_s.arg(path, zipErrorText(zipCode)));
     }
     d->readerPath = path;
@@ -580,7 +476,7 @@ bool Archive::Impl::writeEntries(ArchiveSink &sink)
     }
     for (size_t i = 0; ok && i < files.size(); ++i) {
         // Deflate at libzip's default level (zlib's 6); each file is read when written.
-        zip_source_t *input = fileSource(files[i].path, &zipError);
+        zip_source_t *input = PlatformFile::zipFileSource(files[i].path, &zipError);
         if (!input) {
             ok = fail(u"cannot read \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_error_strerror(&zipError))));
         } else if (zip_file_add(za, files[i].entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) < 0) {
@@ -617,13 +513,9 @@ bool Archive::writeArchive()
     if (!PlatformFile::openFolder(dirPath, true, dir, err))
         return d->fail(u"cannot open folder \"%1\": %2"_s.arg(fromFsName(dirPath), errnoText(err)));
     ArchiveSink::removeStaleTemps(dir, name);
-    keepDeflateMemory();
-#ifndef Q_OS_UNIX
-    // Windows replaces no file that is open: the archive read from the target is
-    // closed first.
-    if (d->reader && QFileInfo(d->readerPath) == resolved)
+    PlatformFile::keepAllocatorMemory();
+    if (PlatformFile::kReplaceNeedsClosedFile && d->reader && QFileInfo(d->readerPath) == resolved)
         d->closeReader();
-#endif
 
     bool ok = false;
     {
