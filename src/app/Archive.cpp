@@ -1,5 +1,6 @@
 #include "app/Archive.h"
 
+#include "app/ArchivePaths.h"
 #include "app/ArchiveSink.h"
 #include "app/PlatformFile.h"
 
@@ -139,6 +140,12 @@ private:
     QByteArray m_key;
 };
 
+bool isCompressedImage(const QByteArray &name)
+{
+    const QByteArray lower = name.right(5).toLower();
+    return lower.endsWith(".gif") || lower.endsWith(".jpg") || lower.endsWith(".jpeg");
+}
+
 struct PackedFile {
     QByteArray entryName; // relative, "/" separated
     QByteArray path;      // on disk
@@ -215,7 +222,7 @@ bool Archive::openArchive(const QString &path)
     zip_error_init(&error);
     zip_source_t *source = PlatformFile::zipReadSource(fd, size, &error);
     PlatformFile::closeFile(fd); // the source reads through a descriptor of its own
-    d->reader = source ? zip_open_from_source(source, ZIP_RDONLY | ZIP_CHECKCONS, &error) : nullptr;
+    d->reader = source ? zip_open_from_source(source, ZIP_RDONLY, &error) : nullptr;
     const int zipCode = zip_error_code_zip(&error);
     zip_error_fini(&error);
     if (!d->reader) {
@@ -240,6 +247,7 @@ bool Archive::extractAll(const QString &folder)
     bool ok = true;
     {
         FolderWalker walker(root);
+        ArchivePaths paths;
         std::vector<char> buffer(kChunk);
         std::vector<QByteArray> parts;
         const zip_int64_t count = zip_get_num_entries(d->reader, 0);
@@ -255,6 +263,7 @@ bool Archive::extractAll(const QString &folder)
                 && system == ZIP_OPSYS_UNIX && ((attributes >> 16) & kUnixTypeMask) == kUnixLink)
                 continue; // links are never created
 
+            const QByteArray earlier = paths.place(parts, isFolder);
             QString error;
             if (isFolder) {
                 if (!walker.open(parts, parts.size(), error))
@@ -267,6 +276,8 @@ bool Archive::extractAll(const QString &folder)
                 break;
             }
             const QByteArray &leaf = parts.back();
+            if (!earlier.isEmpty())
+                PlatformFile::removeFile(*dir, earlier); // the later of two names differing in case wins
             const QString shown = QString::fromUtf8(name);
             // A link found in the folder is refused, never written through; a file
             // that is there already is emptied only once it proved to be a plain
@@ -321,7 +332,7 @@ QStringList Archive::entryNames() const
         return names;
     const zip_int64_t count = zip_get_num_entries(d->reader, 0);
     for (zip_int64_t i = 0; i < count; ++i) {
-        names.append(QString::fromUtf8(entryName(d->reader, zip_uint64_t(i))));
+        names.append(QString::fromUtf8(ArchivePaths::normalised(entryName(d->reader, zip_uint64_t(i)))));
     }
     return names;
 }
@@ -333,9 +344,9 @@ bool Archive::readEntry(const QString &name, QByteArray &data, qint64 maxSize)
     if (!d->reader)
         return d->fail(u"no archive is open"_s);
     const QByteArray wanted = name.toUtf8();
-    const zip_int64_t count = zip_get_num_entries(d->reader, 0);
-    for (zip_int64_t i = 0; i < count; ++i) {
-        if (entryName(d->reader, zip_uint64_t(i)) != wanted)
+    // From the end: of two entries of one name the later one is the one extracted.
+    for (zip_int64_t i = zip_get_num_entries(d->reader, 0) - 1; i >= 0; --i) {
+        if (ArchivePaths::normalised(entryName(d->reader, zip_uint64_t(i))) != wanted)
             continue;
         zip_stat_t info;
         if (zip_stat_index(d->reader, zip_uint64_t(i), 0, &info) != 0 || !(info.valid & ZIP_STAT_SIZE))
@@ -475,13 +486,19 @@ bool Archive::Impl::writeEntries(ArchiveSink &sink)
             ok = fail(QString::fromUtf8(zip_strerror(za)));
     }
     for (size_t i = 0; ok && i < files.size(); ++i) {
-        // Deflate at libzip's default level (zlib's 6); each file is read when written.
+        // Each file is read when written. GIF and JPEG data is compressed already:
+        // deflate would spend most of the save to win a few bytes, so those are
+        // stored; the rest is deflated at libzip's default level (zlib's 6).
         zip_source_t *input = PlatformFile::zipFileSource(files[i].path, &zipError);
+        const zip_int64_t index =
+            input ? zip_file_add(za, files[i].entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) : -1;
         if (!input) {
             ok = fail(u"cannot read \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_error_strerror(&zipError))));
-        } else if (zip_file_add(za, files[i].entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) < 0) {
+        } else if (index < 0) {
             zip_source_free(input);
             ok = fail(u"cannot add \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_strerror(za))));
+        } else if (isCompressedImage(files[i].entryName)) {
+            zip_set_file_compression(za, zip_uint64_t(index), ZIP_CM_STORE, 0);
         }
     }
     if (ok && zip_close(za) != 0)

@@ -169,6 +169,7 @@ void BlocksetDocument::fillLists()
 
 void BlocksetDocument::failOpen()
 {
+    m_folder.clearWorkingFolders(); // what a broken archive let through is no blockset
     m_prompts.message(u"Failed to open Blockset File."_s, u"File Error"_s, PromptButtons::Ok, PromptIcon::Critical);
     resetView();
     m_blocksetOpen = false;
