@@ -5,6 +5,7 @@
 #include "app/PlatformFile.h"
 
 #include <QByteArrayView>
+#include <QHash>
 #include <QFile>
 #include <QFileInfo>
 
@@ -47,6 +48,25 @@ QString zipErrorText(int zipCode)
     const QString text = QString::fromUtf8(zip_error_strerror(&error));
     zip_error_fini(&error);
     return text;
+}
+
+// Why an entry cannot be read, in the words its author can act on.
+QString readFailure(const zip_error_t *error, zip_t *za, zip_uint64_t index)
+{
+    const int code = zip_error_code_zip(error);
+    if (code == ZIP_ER_NOPASSWD || code == ZIP_ER_WRONGPASSWD || code == ZIP_ER_ENCRNOTSUPP)
+        return u"encrypted"_s;
+    if (code == ZIP_ER_CRC)
+        return u"CRC error"_s;
+    zip_stat_t info;
+    if (code == ZIP_ER_COMPNOTSUPP && zip_stat_index(za, index, 0, &info) == 0 && (info.valid & ZIP_STAT_COMP_METHOD)) {
+        static const QHash<int, QString> names{{1, u"Shrink"_s},     {6, u"Implode"_s},   {9, u"Deflate64"_s},
+                                               {12, u"bzip2"_s},     {14, u"LZMA"_s},     {93, u"Zstandard"_s},
+                                               {95, u"XZ"_s},        {98, u"PPMd"_s}};
+        const QString name = names.value(info.comp_method, QString::number(info.comp_method));
+        return u"compression method %1 is not supported"_s.arg(name);
+    }
+    return QString::fromUtf8(zip_error_strerror(const_cast<zip_error_t *>(error)));
 }
 
 // An entry's name as UTF-8: as stored when it is flagged or valid UTF-8, else read
@@ -291,12 +311,12 @@ bool Archive::extractAll(const QString &folder)
             }
             zip_file_t *entry = zip_fopen_index(d->reader, index, 0);
             if (!entry) {
-                ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, QString::fromUtf8(zip_strerror(d->reader))));
+                ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, readFailure(zip_get_error(d->reader), d->reader, index)));
             } else {
                 for (;;) {
                     const zip_int64_t n = zip_fread(entry, buffer.data(), buffer.size());
                     if (n < 0) {
-                        ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, QString::fromUtf8(zip_file_strerror(entry))));
+                        ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, readFailure(zip_file_get_error(entry), d->reader, index)));
                         break;
                     }
                     if (n == 0)
@@ -308,7 +328,7 @@ bool Archive::extractAll(const QString &folder)
                 }
                 // libzip reports a CRC mismatch at the latest here.
                 if (zip_fclose(entry) != 0 && ok)
-                    ok = d->fail(u"cannot read \"%1\": checksum or data error"_s.arg(shown));
+                    ok = d->fail(u"cannot read \"%1\": CRC error"_s.arg(shown));
             }
             if (ok) {
                 zip_stat_t info;
