@@ -1,9 +1,11 @@
 #include "app/Archive.h"
 
+#include "app/ArchivePaths.h"
 #include "app/ArchiveSink.h"
 #include "app/PlatformFile.h"
 
 #include <QByteArrayView>
+#include <QHash>
 #include <QFile>
 #include <QFileInfo>
 
@@ -11,24 +13,6 @@
 
 #include <algorithm>
 #include <vector>
-
-#if defined(Q_OS_LINUX) && defined(__GLIBC__)
-#include <malloc.h>
-#endif
-#ifndef Q_OS_UNIX
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#include <io.h>
-#include <windows.h>
-
-#include <cstdio>
-#include <cstring>
-#include <string>
-#endif
 
 using namespace Qt::StringLiterals;
 
@@ -57,80 +41,6 @@ QString fromFsName(const QByteArray &name)
     return PlatformFile::decodeName(name);
 }
 
-#ifndef Q_OS_UNIX
-// Windows would read more into some names than they say: "a:b" names a data
-// stream of "a", trailing dots and spaces are dropped ("x." is "x"), device names
-// (CON, NUL, COM1, ...) reach devices, and some characters are not allowed at all.
-bool isWindowsName(QByteArrayView part)
-{
-    const char last = part.back();
-    if (last == '.' || last == ' ')
-        return false;
-    for (const char c : part) {
-        if (static_cast<unsigned char>(c) < 0x20 || std::strchr("<>:\"|?*", c))
-            return false;
-    }
-    const qsizetype dot = part.indexOf('.');
-    const QByteArray upper = part.first(dot < 0 ? part.size() : dot).toByteArray().trimmed().toUpper();
-    static const char *const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
-    for (const char *device : devices) {
-        if (upper == device)
-            return false;
-    }
-    if (!upper.startsWith("COM") && !upper.startsWith("LPT"))
-        return true;
-    const QByteArray number = upper.mid(3); // a digit, or superscript 1, 2 or 3 in UTF-8
-    return !((number.size() == 1 && number.at(0) >= '0' && number.at(0) <= '9') || number == "\xC2\xB9"
-             || number == "\xC2\xB2" || number == "\xC2\xB3");
-}
-#endif
-
-// Hands the open archive file to libzip. On success the archive owns `fd`; on
-// failure the caller still does.
-zip_t *openZip(int fd, int &zipCode)
-{
-#ifdef Q_OS_UNIX
-    return zip_fdopen(fd, ZIP_RDONLY | ZIP_CHECKCONS, &zipCode);
-#else
-    // libzip may use another C runtime than this program, so it gets a Windows
-    // handle of its own rather than the descriptor.
-    // The duplicate shares the file position, which the tail check moved.
-    _lseeki64(fd, 0, SEEK_SET);
-    HANDLE own = nullptr;
-    if (!DuplicateHandle(GetCurrentProcess(), reinterpret_cast<HANDLE>(_get_osfhandle(fd)), GetCurrentProcess(), &own,
-                         0, FALSE, DUPLICATE_SAME_ACCESS)) {
-        zipCode = ZIP_ER_OPEN;
-        return nullptr;
-    }
-    zip_error_t error;
-    zip_error_init(&error);
-    zip_source_t *source = zip_source_win32handle_create(own, 0, -1, &error);
-    zip_t *za = source ? zip_open_from_source(source, ZIP_RDONLY | ZIP_CHECKCONS, &error) : nullptr;
-    if (!za) {
-        if (source)
-            zip_source_free(source); // closes the handle
-        else
-            CloseHandle(own);
-        zipCode = zip_error_code_zip(&error);
-    } else {
-        PlatformFile::closeFile(fd);
-    }
-    zip_error_fini(&error);
-    return za;
-#endif
-}
-
-// A libzip source reading the file at `path` when the archive is written.
-zip_source_t *fileSource(const QByteArray &path, zip_error_t *error)
-{
-#ifdef Q_OS_UNIX
-    return zip_source_file_create(path.constData(), 0, 0, error);
-#else
-    const std::wstring name = PlatformFile::decodeName(path).toStdWString();
-    return zip_source_win32w_create(name.c_str(), 0, -1, error);
-#endif
-}
-
 QString zipErrorText(int zipCode)
 {
     zip_error_t error;
@@ -138,6 +48,25 @@ QString zipErrorText(int zipCode)
     const QString text = QString::fromUtf8(zip_error_strerror(&error));
     zip_error_fini(&error);
     return text;
+}
+
+// Why an entry cannot be read, in the words its author can act on.
+QString readFailure(const zip_error_t *error, zip_t *za, zip_uint64_t index)
+{
+    const int code = zip_error_code_zip(error);
+    if (code == ZIP_ER_NOPASSWD || code == ZIP_ER_WRONGPASSWD || code == ZIP_ER_ENCRNOTSUPP)
+        return u"encrypted"_s;
+    if (code == ZIP_ER_CRC)
+        return u"CRC error"_s;
+    zip_stat_t info;
+    if (code == ZIP_ER_COMPNOTSUPP && zip_stat_index(za, index, 0, &info) == 0 && (info.valid & ZIP_STAT_COMP_METHOD)) {
+        static const QHash<int, QString> names{{1, u"Shrink"_s},     {6, u"Implode"_s},   {9, u"Deflate64"_s},
+                                               {12, u"bzip2"_s},     {14, u"LZMA"_s},     {93, u"Zstandard"_s},
+                                               {95, u"XZ"_s},        {98, u"PPMd"_s}};
+        const QString name = names.value(info.comp_method, QString::number(info.comp_method));
+        return u"compression method %1 is not supported"_s.arg(name);
+    }
+    return QString::fromUtf8(zip_error_strerror(const_cast<zip_error_t *>(error)));
 }
 
 // An entry's name as UTF-8: as stored when it is flagged or valid UTF-8, else read
@@ -175,10 +104,8 @@ bool splitEntryName(const QByteArray &name, std::vector<QByteArray> &parts, bool
             continue;
         if (part == "..")
             return false;
-#ifndef Q_OS_UNIX
-        if (!isWindowsName(part))
+        if (!PlatformFile::isPlainName(part))
             return false;
-#endif
         parts.push_back(part.toByteArray());
         if (int(parts.size()) > kMaxDepth)
             return false;
@@ -233,20 +160,10 @@ private:
     QByteArray m_key;
 };
 
-// Every deflated entry allocates and frees some 400 KiB of zlib state. glibc hands
-// that memory back to the system after each entry and faults it in again for the
-// next one, which costs a third of the packing time of a folder of small files;
-// letting the heap keep a few MiB avoids it. Done once, on the first save.
-void keepDeflateMemory()
+bool isCompressedImage(const QByteArray &name)
 {
-#if defined(Q_OS_LINUX) && defined(__GLIBC__)
-    static const bool tuned = [] {
-        mallopt(M_MMAP_THRESHOLD, 1 << 20);
-        mallopt(M_TRIM_THRESHOLD, 8 << 20);
-        return true;
-    }();
-    Q_UNUSED(tuned);
-#endif
+    const QByteArray lower = name.right(5).toLower();
+    return lower.endsWith(".gif") || lower.endsWith(".jpg") || lower.endsWith(".jpeg");
 }
 
 struct PackedFile {
@@ -321,10 +238,16 @@ bool Archive::openArchive(const QString &path)
         return d->fail(u"\"%1\" is not a ZIP archive"_s.arg(path));
     }
 
-    int zipCode = 0;
-    d->reader = openZip(fd, zipCode);
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t *source = PlatformFile::zipReadSource(fd, size, &error);
+    PlatformFile::closeFile(fd); // the source reads through a descriptor of its own
+    d->reader = source ? zip_open_from_source(source, ZIP_RDONLY, &error) : nullptr;
+    const int zipCode = zip_error_code_zip(&error);
+    zip_error_fini(&error);
     if (!d->reader) {
-        PlatformFile::closeFile(fd);
+        if (source)
+            zip_source_free(source);
         return d->fail(u"\"%1\" is not a readable ZIP archive: %2"_s.arg(path, zipErrorText(zipCode)));
     }
     d->readerPath = path;
@@ -344,6 +267,7 @@ bool Archive::extractAll(const QString &folder)
     bool ok = true;
     {
         FolderWalker walker(root);
+        ArchivePaths paths;
         std::vector<char> buffer(kChunk);
         std::vector<QByteArray> parts;
         const zip_int64_t count = zip_get_num_entries(d->reader, 0);
@@ -359,6 +283,7 @@ bool Archive::extractAll(const QString &folder)
                 && system == ZIP_OPSYS_UNIX && ((attributes >> 16) & kUnixTypeMask) == kUnixLink)
                 continue; // links are never created
 
+            const QByteArray earlier = paths.place(parts, isFolder);
             QString error;
             if (isFolder) {
                 if (!walker.open(parts, parts.size(), error))
@@ -371,6 +296,8 @@ bool Archive::extractAll(const QString &folder)
                 break;
             }
             const QByteArray &leaf = parts.back();
+            if (!earlier.isEmpty())
+                PlatformFile::removeFile(*dir, earlier); // the later of two names differing in case wins
             const QString shown = QString::fromUtf8(name);
             // A link found in the folder is refused, never written through; a file
             // that is there already is emptied only once it proved to be a plain
@@ -384,12 +311,12 @@ bool Archive::extractAll(const QString &folder)
             }
             zip_file_t *entry = zip_fopen_index(d->reader, index, 0);
             if (!entry) {
-                ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, QString::fromUtf8(zip_strerror(d->reader))));
+                ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, readFailure(zip_get_error(d->reader), d->reader, index)));
             } else {
                 for (;;) {
                     const zip_int64_t n = zip_fread(entry, buffer.data(), buffer.size());
                     if (n < 0) {
-                        ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, QString::fromUtf8(zip_file_strerror(entry))));
+                        ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, readFailure(zip_file_get_error(entry), d->reader, index)));
                         break;
                     }
                     if (n == 0)
@@ -401,7 +328,7 @@ bool Archive::extractAll(const QString &folder)
                 }
                 // libzip reports a CRC mismatch at the latest here.
                 if (zip_fclose(entry) != 0 && ok)
-                    ok = d->fail(u"cannot read \"%1\": checksum or data error"_s.arg(shown));
+                    ok = d->fail(u"cannot read \"%1\": CRC error"_s.arg(shown));
             }
             if (ok) {
                 zip_stat_t info;
@@ -425,7 +352,7 @@ QStringList Archive::entryNames() const
         return names;
     const zip_int64_t count = zip_get_num_entries(d->reader, 0);
     for (zip_int64_t i = 0; i < count; ++i) {
-        names.append(QString::fromUtf8(entryName(d->reader, zip_uint64_t(i))));
+        names.append(QString::fromUtf8(ArchivePaths::normalised(entryName(d->reader, zip_uint64_t(i)))));
     }
     return names;
 }
@@ -437,9 +364,9 @@ bool Archive::readEntry(const QString &name, QByteArray &data, qint64 maxSize)
     if (!d->reader)
         return d->fail(u"no archive is open"_s);
     const QByteArray wanted = name.toUtf8();
-    const zip_int64_t count = zip_get_num_entries(d->reader, 0);
-    for (zip_int64_t i = 0; i < count; ++i) {
-        if (entryName(d->reader, zip_uint64_t(i)) != wanted)
+    // From the end: of two entries of one name the later one is the one extracted.
+    for (zip_int64_t i = zip_get_num_entries(d->reader, 0) - 1; i >= 0; --i) {
+        if (ArchivePaths::normalised(entryName(d->reader, zip_uint64_t(i))) != wanted)
             continue;
         zip_stat_t info;
         if (zip_stat_index(d->reader, zip_uint64_t(i), 0, &info) != 0 || !(info.valid & ZIP_STAT_SIZE))
@@ -579,13 +506,19 @@ bool Archive::Impl::writeEntries(ArchiveSink &sink)
             ok = fail(QString::fromUtf8(zip_strerror(za)));
     }
     for (size_t i = 0; ok && i < files.size(); ++i) {
-        // Deflate at libzip's default level (zlib's 6); each file is read when written.
-        zip_source_t *input = fileSource(files[i].path, &zipError);
+        // Each file is read when written. GIF and JPEG data is compressed already:
+        // deflate would spend most of the save to win a few bytes, so those are
+        // stored; the rest is deflated at libzip's default level (zlib's 6).
+        zip_source_t *input = PlatformFile::zipFileSource(files[i].path, &zipError);
+        const zip_int64_t index =
+            input ? zip_file_add(za, files[i].entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) : -1;
         if (!input) {
             ok = fail(u"cannot read \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_error_strerror(&zipError))));
-        } else if (zip_file_add(za, files[i].entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) < 0) {
+        } else if (index < 0) {
             zip_source_free(input);
             ok = fail(u"cannot add \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_strerror(za))));
+        } else if (isCompressedImage(files[i].entryName)) {
+            zip_set_file_compression(za, zip_uint64_t(index), ZIP_CM_STORE, 0);
         }
     }
     if (ok && zip_close(za) != 0)
@@ -617,13 +550,9 @@ bool Archive::writeArchive()
     if (!PlatformFile::openFolder(dirPath, true, dir, err))
         return d->fail(u"cannot open folder \"%1\": %2"_s.arg(fromFsName(dirPath), errnoText(err)));
     ArchiveSink::removeStaleTemps(dir, name);
-    keepDeflateMemory();
-#ifndef Q_OS_UNIX
-    // Windows replaces no file that is open: the archive read from the target is
-    // closed first.
-    if (d->reader && QFileInfo(d->readerPath) == resolved)
+    PlatformFile::keepAllocatorMemory();
+    if (PlatformFile::kReplaceNeedsClosedFile && d->reader && QFileInfo(d->readerPath) == resolved)
         d->closeReader();
-#endif
 
     bool ok = false;
     {

@@ -29,9 +29,11 @@ public:
     bool writeArchive();
 
     // Names of the opened archive's entries in archive order, as stored (UTF-8, or
-    // code page 437 for names not marked as UTF-8); for counting items.
+    // code page 437 for names not marked as UTF-8) without "./" components; for
+    // counting items.
     QStringList entryNames() const;
-    // Reads the entry stored under `name` (as entryNames() gives it) into `data`.
+    // Reads the entry stored under `name` (as entryNames() gives it; the last one
+    // of that name) into `data`.
     // False when it is missing, larger than `maxSize`, or unreadable (CRC error).
     bool readEntry(const QString &name, QByteArray &data, qint64 maxSize = 64 * 1024 * 1024);
 

@@ -168,9 +168,11 @@ void BlocksetDocument::fillLists()
     fillItems(m_content.sounds, m_folder.soundsFolder(), {u"*.wav"_s});
 }
 
-void BlocksetDocument::failOpen()
+void BlocksetDocument::failOpen(const QString &detail)
 {
-    m_prompts.message(u"Failed to open Blockset File."_s, u"File Error"_s, PromptButtons::Ok, PromptIcon::Critical);
+    m_folder.clearWorkingFolders(); // what a broken archive let through is no blockset
+    m_prompts.message(u"Failed to open Blockset File."_s, u"File Error"_s, detail, PromptButtons::Ok,
+                      PromptIcon::Critical);
     resetView();
     m_blocksetOpen = false;
     clearProcess();
@@ -207,7 +209,7 @@ void BlocksetDocument::openBlockset(const QString &file)
     setBusy(true);
     letEventsRun();
     if (!m_archive.openArchive(m_blocksetPath) || !m_archive.extractAll(m_folder.workingFolder())) {
-        failOpen();
+        failOpen(m_archive.lastError());
         return;
     }
     m_blocksetFileName = nativeFileName(m_blocksetPath);

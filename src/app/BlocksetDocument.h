@@ -90,7 +90,7 @@ private:
     void resetView();
     QString updateFilePath() const;
     void fillLists();
-    void failOpen();
+    void failOpen(const QString &detail = QString());
     void letEventsRun();
     void checkInterface();
 

@@ -1,16 +1,26 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
+#include <zip.h>
+
 #include <ctime>
+#include <functional>
 #include <vector>
+
+#ifndef Q_OS_UNIX
+class QLockFile;
+#endif
 
 // The file-system calls of the archive and working-folder code that differ between
 // Unix and Windows, so that the logic around them is written once.
 //
 // Files are C runtime descriptors on both systems. Names and paths are bytes: as
 // the file system stores them on Unix, UTF-8 with "/" separators on Windows.
+// The Unix and the Windows versions live in PlatformFile_unix.cpp and
+// PlatformFile_win.cpp; CMake compiles the one of the target system.
 // Failures give an errno value (Windows errors are mapped to the nearest one).
 // Nothing here follows a link: on Unix the calls work relative to an open folder
 // with O_NOFOLLOW; on Windows symbolic links and junctions are checked for by name
@@ -80,6 +90,71 @@ bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err);
 void setModified(int fd, std::time_t time);
 bool closeFile(int fd, int &err);
 void closeFile(int fd); // when the file was only read, or is dropped anyway
+
+// Whether `part`, one component of a path, names on this system the file it
+// reads as. Windows reads more into some names: "a:b" names a data stream of "a",
+// trailing dots and spaces are dropped, device names reach devices.
+bool isPlainName(QByteArrayView part);
+// The system's folder for temporary files when the environment names none.
+QString defaultTempRoot();
+// Windows replaces no file that is open: a reader of an archive must be closed
+// before the archive is saved over.
+#ifdef Q_OS_UNIX
+constexpr bool kReplaceNeedsClosedFile = false;
+#else
+constexpr bool kReplaceNeedsClosedFile = true;
+#endif
+
+// Lets the heap keep memory that a save allocates and frees for every entry.
+void keepAllocatorMemory();
+
+// A libzip source reading the open file `fd` of `size` bytes; `fd` stays the
+// caller's (the source reads through a duplicate of its own).
+zip_source_t *zipReadSource(int fd, qint64 size, zip_error_t *error);
+// A libzip source reading the file at `path` when the archive is written.
+zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error);
+
+// A lock file held by this process: a second process cannot take it while this
+// one lives, and the lock ends with the process. flock on Unix; a QLockFile on
+// Windows (which takes over the lock file of a process that died).
+struct Lock {
+#ifdef Q_OS_UNIX
+    int fd = -1;
+    bool isHeld() const { return fd >= 0; }
+#else
+    QLockFile *file = nullptr; // owned; released by dropLock
+    bool isHeld() const { return file != nullptr; }
+#endif
+};
+// Locks `path`, a plain file of this user that is not a link, creating it.
+bool takeLock(const QByteArray &path, Lock &lock);
+// Releases the lock; with `removeFile` the lock file goes too (on Windows it
+// always goes).
+void dropLock(const QByteArray &path, Lock &lock, bool removeFile);
+
+// The file a save writes before it replaces its target. On Linux it starts
+// unnamed (O_TMPFILE) and so vanishes by itself if the process dies; elsewhere it
+// has a hidden name from the start. While a save runs its file is marked busy
+// (flock'ed on Unix, held open without leave to delete on Windows), so that
+// removeStaleSaveFile tells the leftovers of a killed save from a running one.
+struct SaveFile {
+    int fd = -1;
+    QByteArray tempName; // its hidden name beside the target, while `named`
+    bool named = false;
+    unsigned long attributes = 0; // the old target's marks kept for the new file (Windows)
+};
+enum class SaveFailure { None, Open, Write, Rename };
+// Gives a fresh hidden name for a save file; tried again while names are taken.
+using NameMaker = std::function<QByteArray()>;
+bool openSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &newName, SaveFile &file, int &err);
+// Puts the written file on disk, then in the target's place (the old target stays
+// whole until that instant), durably. On failure the file is dropped.
+bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &newName, SaveFile &file,
+                         SaveFailure &failure, int &err);
+// Drops an unfinished save file.
+void dropSaveFile(const Folder &dir, SaveFile &file);
+// Removes `name`, the save file of an earlier save, unless a running save holds it.
+void removeStaleSaveFile(const Folder &dir, const QByteArray &name);
 
 #ifndef Q_OS_UNIX
 // The errno value nearest to a Windows error code, and to GetLastError().

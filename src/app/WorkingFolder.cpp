@@ -6,13 +6,6 @@
 #include <cerrno>
 #include <vector>
 
-#ifdef Q_OS_UNIX
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -81,11 +74,7 @@ QString WorkingFolder::tempRoot()
         if (!value.isEmpty())
             return QDir::fromNativeSeparators(value);
     }
-#ifdef Q_OS_UNIX
-    return u"/tmp"_s;
-#else
-    return QDir::tempPath();
-#endif
+    return PlatformFile::defaultTempRoot();
 }
 
 WorkingFolder::WorkingFolder(const QString &root) : m_root(root), m_folder(joined(root, u"Cubrix"_s)) {}
@@ -115,27 +104,12 @@ QString WorkingFolder::soundsFolder() const
     return m_folder + u"/sounds"_s;
 }
 
-#ifdef Q_OS_UNIX
-
 // Locks `lockPath`, a plain file of this user that is not a link.
 bool WorkingFolder::takeLock(const QString &lockPath)
 {
-    const QByteArray lockName = fsName(lockPath);
-    const int lockFd = ::open(lockName.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
-    if (lockFd < 0)
+    if (!PlatformFile::takeLock(fsName(lockPath), m_lock))
         return false;
-    struct stat held {};
-    struct stat named {};
-    // The lock counts only while the name still leads to the locked file: an
-    // editor that removed its lock file may have done so after this one opened it.
-    if (fstat(lockFd, &held) != 0 || !S_ISREG(held.st_mode) || held.st_uid != geteuid()
-        || flock(lockFd, LOCK_EX | LOCK_NB) != 0 || lstat(lockName.constData(), &named) != 0
-        || named.st_dev != held.st_dev || named.st_ino != held.st_ino) {
-        close(lockFd);
-        return false;
-    }
     m_lockPath = lockPath;
-    m_lockFd = lockFd;
     return true;
 }
 
@@ -143,47 +117,13 @@ bool WorkingFolder::takeLock(const QString &lockPath)
 // behind is taken by the next editor.
 void WorkingFolder::dropLock(bool removeFile)
 {
-    if (m_lockFd < 0)
-        return;
-    if (removeFile)
-        unlink(fsName(m_lockPath).constData());
-    close(m_lockFd);
-    m_lockFd = -1;
+    PlatformFile::dropLock(fsName(m_lockPath), m_lock, removeFile);
 }
 
 bool WorkingFolder::holdsLock() const
 {
-    return m_lockFd >= 0;
+    return m_lock.isHeld();
 }
-
-#else
-
-bool WorkingFolder::takeLock(const QString &lockPath)
-{
-    // A lock file whose process is gone is taken over. One that is merely old is
-    // safe too: a running editor keeps its lock file open, so Windows refuses to
-    // delete it.
-    auto lock = std::make_unique<QLockFile>(lockPath);
-    if (!lock->tryLock(0))
-        return false;
-    m_lockPath = lockPath;
-    m_lock = std::move(lock);
-    return true;
-}
-
-// QLockFile removes its file whenever it lets go.
-void WorkingFolder::dropLock(bool removeFile)
-{
-    Q_UNUSED(removeFile);
-    m_lock.reset();
-}
-
-bool WorkingFolder::holdsLock() const
-{
-    return m_lock != nullptr;
-}
-
-#endif
 
 // Takes `folder` for this editor: locks "<folder>.lock" beside it and makes sure
 // the folder is a real folder of this user with owner-only rights, creating it if

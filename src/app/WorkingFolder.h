@@ -4,18 +4,11 @@
 
 #include <QString>
 
-#ifndef Q_OS_UNIX
-#include <QLockFile>
-
-#include <memory>
-#endif
-
 // The editor's private folder in which the open blockset lies unpacked, with its
 // blocks, textures and sounds sub-folders. Created owner-only; a folder owned by
 // someone else, or a link, is never used or cleared. A lock file beside it keeps a
 // second running editor from clearing the first one's files: that one gets a
-// folder of its own. The lock is an flock'ed file on Unix and a QLockFile on
-// Windows (which also takes over the lock file of an editor that died).
+// folder of its own (PlatformFile::Lock, which ends with the process that holds it).
 class WorkingFolder {
 public:
     // $Temp if set, else $TMPDIR, else /tmp (on Windows the system's temporary folder).
@@ -51,9 +44,5 @@ private:
     QString m_root;
     QString m_folder;
     QString m_lockPath;
-#ifdef Q_OS_UNIX
-    int m_lockFd = -1;
-#else
-    std::unique_ptr<QLockFile> m_lock;
-#endif
+    PlatformFile::Lock m_lock;
 };

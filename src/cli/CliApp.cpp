@@ -87,8 +87,11 @@ void CliApp::print(std::FILE *stream, const QString &text)
 void CliApp::printMessages(const CliPrompts &prompts, qsizetype first)
 {
     const QList<CliPrompts::Message> &messages = prompts.messages();
-    for (qsizetype i = first; i < messages.size(); ++i)
+    for (qsizetype i = first; i < messages.size(); ++i) {
         print(m_err, messages[i].title + u": "_s + messages[i].text + u'\n');
+        if (!messages[i].detail.isEmpty())
+            print(m_err, messages[i].detail + u'\n');
+    }
 }
 
 QString CliApp::parse(const QStringList &arguments, Options &options)

@@ -3,7 +3,13 @@
 PromptAnswer CliPrompts::message(const QString &text, const QString &title, PromptButtons buttons,
                                  PromptIcon icon)
 {
-    m_messages.append({text, title, buttons, icon});
+    return message(text, title, QString(), buttons, icon);
+}
+
+PromptAnswer CliPrompts::message(const QString &text, const QString &title, const QString &detail,
+                                 PromptButtons buttons, PromptIcon icon)
+{
+    m_messages.append({text, title, buttons, icon, detail});
     switch (buttons) {
     case PromptButtons::Ok:
         return PromptAnswer::Ok;

@@ -16,11 +16,14 @@ public:
         QString title;
         PromptButtons buttons = PromptButtons::Ok;
         PromptIcon icon = PromptIcon::None;
+        QString detail;
     };
 
     explicit CliPrompts(bool answerNo = false) : m_answerNo(answerNo) {}
 
     PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
+                         PromptIcon icon) override;
+    PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
                          PromptIcon icon) override;
     // The CLI always hands the file to the command: an open dialog is "cancelled".
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;

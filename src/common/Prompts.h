@@ -26,6 +26,14 @@ public:
 
     virtual PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
                                  PromptIcon icon) = 0;
+    // A message with a detail the user may unfold (why a file could not be read,
+    // say); where nothing can unfold, the detail is left out.
+    virtual PromptAnswer message(const QString &text, const QString &title, const QString &detail,
+                                 PromptButtons buttons, PromptIcon icon)
+    {
+        Q_UNUSED(detail);
+        return message(text, title, buttons, icon);
+    }
     // Full path of the chosen file, or "" when cancelled.
     virtual QString openFile(const QString &title, const QString &filter, const QString &folder) = 0;
     // Full paths in the dialog's order; empty when cancelled.

@@ -337,6 +337,27 @@ private slots:
         QCOMPARE(filesBelow(env.folder.workingFolder()), other);
     }
 
+    // Windows tools write the item folders in any case; every item opens and Save
+    // keeps every symbol, in the lower-case layout, once.
+    void foldersInAnyCase()
+    {
+        DocumentEnv env;
+        const QString path = env.addSet(QStringLiteral("Mixed.bset"),
+                                        {{"Mixed.style", styleFile("Mixed", "<block symbol=\"a\" file=\"wall.block\"/>\n")},
+                                         {"Blocks/wall.block", blockFile("Wall")},
+                                         {"TEXTURES/T.GIF", "gif"},
+                                         {"sounds/drip.WAV", "wav"}});
+        env.open(path);
+        QCOMPARE(env.document.blockCount(), 1);
+        QCOMPARE(env.document.blocks()[0].symbol, QStringLiteral("a"));
+        QCOMPARE(env.document.textureCount() + env.document.soundCount(), 2);
+
+        QVERIFY(env.document.saveBlockset());
+        const FileMap saved = readBset(path);
+        QCOMPARE(saved.keys(), QStringList({"Mixed.style", "blocks/wall.block", "sounds/drip.WAV", "textures/T.GIF"}));
+        QVERIFY(saved["Mixed.style"].contains("<block symbol=\"a\""));
+    }
+
     void brokenArchive_data()
     {
         QTest::addColumn<QString>("kind");
@@ -344,6 +365,7 @@ private slots:
         QTest::newRow("missing") << "missing" << false;
         QTest::newRow("not a zip") << "text" << false;
         QTest::newRow("bad CRC, a blockset was open") << "crc" << true;
+        QTest::newRow("bad CRC in the last entry only") << "last crc" << false;
     }
 
     void brokenArchive()
@@ -357,6 +379,11 @@ private slots:
             zip[at + 14] = char(zip[at + 14] ^ 0x5a);
         for (qsizetype at = zip.indexOf("PK\x01\x02"); kind == "crc" && at >= 0; at = zip.indexOf("PK\x01\x02", at + 4))
             zip[at + 16] = char(zip[at + 16] ^ 0x5a);
+        if (kind == "last crc") { // the entries before it unpack fine first
+            const qsizetype local = zip.lastIndexOf("PK\x03\x04"), central = zip.lastIndexOf("PK\x01\x02");
+            zip[local + 14] = char(zip[local + 14] ^ 0x5a);
+            zip[central + 16] = char(zip[central + 16] ^ 0x5a);
+        }
         const QString broken = env.setPath(QStringLiteral("Broken.bset"));
         if (kind != "missing")
             QVERIFY(writeFile(broken, kind == "text" ? styleFile("not an archive") : zip));
@@ -372,6 +399,7 @@ private slots:
         QVERIFY(!env.document.blocksetOpen());
         QCOMPARE(env.document.blockCount() + env.document.textureCount() + env.document.soundCount(), 0);
         QCOMPARE(env.document.style(), StyleValues());
+        QCOMPARE(filesBelow(env.folder.workingFolder()), FileMap()); // nothing half-extracted
         QCOMPARE(env.document.processText(), QString());
         QVERIFY(!env.document.processMessageShown());
         QCOMPARE(env.view.busyCalls.value(env.view.busyCalls.size() - 1, true), false);

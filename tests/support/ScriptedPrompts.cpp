@@ -3,7 +3,13 @@
 PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title, PromptButtons buttons,
                                       PromptIcon icon)
 {
-    messages.append({text, title, buttons, icon});
+    return message(text, title, QString(), buttons, icon);
+}
+
+PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title, const QString &detail,
+                                      PromptButtons buttons, PromptIcon icon)
+{
+    messages.append({text, title, buttons, icon, detail});
     if (answers.isEmpty()) {
         if (buttons == PromptButtons::Ok)
             return PromptAnswer::Ok;

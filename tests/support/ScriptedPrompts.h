@@ -17,6 +17,7 @@ public:
         QString title;
         PromptButtons buttons;
         PromptIcon icon;
+        QString detail;
     };
     struct FileRequest {
         QString kind; // "open", "openMulti", "save"
@@ -27,6 +28,8 @@ public:
     };
 
     PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
+                         PromptIcon icon) override;
+    PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
                          PromptIcon icon) override;
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;
     QStringList openFiles(const QString &title, const QString &filter, const QString &folder) override;

@@ -78,7 +78,14 @@ QWidget *GuiPrompts::owner() const
 
 PromptAnswer GuiPrompts::message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon)
 {
+    return message(text, title, QString(), buttons, icon);
+}
+
+PromptAnswer GuiPrompts::message(const QString &text, const QString &title, const QString &detail,
+                                 PromptButtons buttons, PromptIcon icon)
+{
     QMessageBox box(boxIcon(icon), title, text, boxButtons(buttons), owner());
+    box.setDetailedText(detail); // plain text always; "" shows no Details button
     // Names in the texts come from files: never read them as markup.
     box.setTextFormat(Qt::PlainText);
     // The first button is the default, as in a Windows message box; Esc answers

@@ -19,6 +19,8 @@ public:
     void setParentWidget(QWidget *parent);
     QWidget *parentWidget() const;
 
+    PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
+                         PromptIcon icon) override;
     PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
                          PromptIcon icon) override;
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;

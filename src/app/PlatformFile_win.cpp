@@ -2,20 +2,14 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-
-#ifdef Q_OS_UNIX
-#include <dirent.h>
-#include <fcntl.h>
-#include <stdlib.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#else
-#include <QFileInfo>
-#include <QTemporaryDir>
+#include <string>
 
 #ifndef NOMINMAX
 #define NOMINMAX
@@ -28,244 +22,7 @@
 #include <sys/utime.h>
 #include <windows.h>
 
-#include <string>
-#endif
-
 namespace PlatformFile {
-
-#ifdef Q_OS_UNIX
-
-QByteArray encodeName(const QString &path)
-{
-    return QFile::encodeName(path);
-}
-
-QString decodeName(const QByteArray &name)
-{
-    return QFile::decodeName(name);
-}
-
-QString errorText(int err)
-{
-    return QString::fromLocal8Bit(std::strerror(err));
-}
-
-bool openFolder(const QByteArray &path, bool followLink, Folder &folder, int &err)
-{
-    folder.fd = ::open(path.constData(), O_RDONLY | O_DIRECTORY | (followLink ? 0 : O_NOFOLLOW) | O_CLOEXEC);
-    err = errno;
-    return folder.fd >= 0;
-}
-
-bool openFolderAt(const Folder &parent, const QByteArray &name, bool create, Folder &folder, int &err)
-{
-    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    folder.fd = openat(parent.fd, name.constData(), flags);
-    if (folder.fd < 0 && errno == ENOENT && create) {
-        if (mkdirat(parent.fd, name.constData(), 0777) == 0 || errno == EEXIST)
-            folder.fd = openat(parent.fd, name.constData(), flags);
-    }
-    err = errno;
-    return folder.fd >= 0;
-}
-
-void closeFolder(Folder &folder)
-{
-    if (folder.fd >= 0)
-        close(folder.fd);
-    folder.fd = -1;
-}
-
-namespace {
-
-Kind kindOfMode(mode_t mode)
-{
-    return S_ISREG(mode) ? Kind::File : S_ISDIR(mode) ? Kind::Folder : Kind::Other;
-}
-
-} // namespace
-
-bool listFolder(const Folder &folder, std::vector<Entry> &entries, int &err)
-{
-    entries.clear();
-    const int listFd = dup(folder.fd);
-    DIR *dir = listFd >= 0 ? fdopendir(listFd) : nullptr;
-    if (!dir) {
-        err = errno;
-        if (listFd >= 0)
-            close(listFd);
-        return false;
-    }
-    rewinddir(dir); // the duplicate shares the folder's read position
-    errno = 0;
-    while (dirent *entry = readdir(dir)) {
-        if (qstrcmp(entry->d_name, ".") == 0 || qstrcmp(entry->d_name, "..") == 0)
-            continue;
-        Kind kind = entry->d_type == DT_REG ? Kind::File : entry->d_type == DT_DIR ? Kind::Folder : Kind::Other;
-        if (entry->d_type == DT_UNKNOWN) {
-            struct stat st {};
-            if (fstatat(folder.fd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0)
-                kind = kindOfMode(st.st_mode);
-        }
-        entries.push_back({QByteArray(entry->d_name), kind});
-        errno = 0;
-    }
-    err = errno;
-    closedir(dir);
-    return err == 0;
-}
-
-Kind kindAt(const Folder &folder, const QByteArray &name)
-{
-    struct stat st {};
-    if (fstatat(folder.fd, name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
-        return Kind::Missing;
-    return kindOfMode(st.st_mode);
-}
-
-bool makeFolder(const Folder &parent, const QByteArray &name, bool ownerOnly, int &err)
-{
-    if (mkdirat(parent.fd, name.constData(), ownerOnly ? 0700 : 0777) == 0)
-        return true;
-    err = errno;
-    return false;
-}
-
-bool removeFile(const Folder &folder, const QByteArray &name)
-{
-    return unlinkat(folder.fd, name.constData(), 0) == 0;
-}
-
-bool removeFolder(const Folder &folder, const QByteArray &name)
-{
-    return unlinkat(folder.fd, name.constData(), AT_REMOVEDIR) == 0;
-}
-
-bool openOwnFolder(const QByteArray &path, bool create, Folder &folder)
-{
-    folder.fd = -1;
-    if (create) {
-        struct stat st {};
-        if (lstat(path.constData(), &st) != 0) {
-            mkdir(path.constData(), 0700);
-            if (lstat(path.constData(), &st) != 0)
-                st.st_mode = 0;
-        }
-        if (!S_ISDIR(st.st_mode) || st.st_uid != geteuid())
-            return false;
-    }
-    const int fd = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0)
-        return false;
-    struct stat opened {};
-    if (fstat(fd, &opened) != 0 || opened.st_uid != geteuid()) {
-        close(fd);
-        return false;
-    }
-    if (create && (opened.st_mode & 07777) != 0700)
-        fchmod(fd, 0700);
-    folder.fd = fd;
-    return true;
-}
-
-QString makeUniqueFolder(const QString &pattern)
-{
-    QByteArray path = encodeName(pattern);
-    return mkdtemp(path.data()) ? decodeName(path) : QString();
-}
-
-int openToRead(const QByteArray &path, qint64 &size, int &err)
-{
-    // O_NONBLOCK: a pipe in the file's place cannot make the open hang.
-    const int fd = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) {
-        err = errno;
-        return -1;
-    }
-    struct stat st {};
-    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        close(fd);
-        err = 0;
-        return -1;
-    }
-    if (st.st_size > 0) // an empty file is never read
-        fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
-    size = st.st_size;
-    return fd;
-}
-
-int createFile(const Folder &folder, const QByteArray &name, int &err)
-{
-    // O_NOFOLLOW: a link found in the folder is refused, never written through;
-    // O_NONBLOCK: a pipe in its place cannot make the open hang.
-    const int fd = openat(folder.fd, name.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
-    if (fd < 0) {
-        err = errno;
-        return -1;
-    }
-    struct stat st {};
-    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 || ftruncate(fd, 0) != 0) {
-        close(fd);
-        err = 0;
-        return -1;
-    }
-    return fd;
-}
-
-bool readAt(int fd, char *data, qint64 length, qint64 offset)
-{
-    return pread(fd, data, size_t(length), off_t(offset)) == ssize_t(length);
-}
-
-bool writeAll(int fd, const char *data, size_t length, int &err)
-{
-    while (length > 0) {
-        const ssize_t n = ::write(fd, data, length);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            err = errno;
-            return false;
-        }
-        data += n;
-        length -= size_t(n);
-    }
-    return true;
-}
-
-bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err)
-{
-    off_t at = off_t(offset);
-    while (length > 0) {
-        const ssize_t n = pwrite(fd, data, length, at);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            err = errno;
-            return false;
-        }
-        data += n;
-        length -= size_t(n);
-        at += n;
-    }
-    return true;
-}
-
-void setModified(int fd, std::time_t time)
-{
-    const timespec times[2] = {{time, 0}, {time, 0}};
-    futimens(fd, times);
-}
-
-bool closeFile(int fd, int &err)
-{
-    if (close(fd) == 0)
-        return true;
-    err = errno;
-    return false;
-}
-
-#else // Windows
 
 namespace {
 
@@ -592,7 +349,172 @@ bool closeFile(int fd, int &err)
     return false;
 }
 
-#endif
+bool isPlainName(QByteArrayView part)
+{
+    if (part.isEmpty())
+        return true;
+    const char last = part.back();
+    if (last == '.' || last == ' ')
+        return false;
+    for (const char c : part) {
+        if (static_cast<unsigned char>(c) < 0x20 || std::strchr("<>:\"|?*", c))
+            return false;
+    }
+    const qsizetype dot = part.indexOf('.');
+    const QByteArray upper = part.first(dot < 0 ? part.size() : dot).toByteArray().trimmed().toUpper();
+    static const char *const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
+    for (const char *device : devices) {
+        if (upper == device)
+            return false;
+    }
+    if (!upper.startsWith("COM") && !upper.startsWith("LPT"))
+        return true;
+    const QByteArray number = upper.mid(3); // a digit, or superscript 1, 2 or 3 in UTF-8
+    return !((number.size() == 1 && number.at(0) >= '0' && number.at(0) <= '9') || number == "\xC2\xB9"
+             || number == "\xC2\xB2" || number == "\xC2\xB3");
+}
+
+QString defaultTempRoot()
+{
+    return QDir::tempPath();
+}
+
+void keepAllocatorMemory() {}
+
+// libzip may use another C runtime than this program, so it gets a Windows handle
+// of its own rather than the descriptor.
+zip_source_t *zipReadSource(int fd, qint64 size, zip_error_t *error)
+{
+    _lseeki64(fd, 0, SEEK_SET); // the duplicate shares the file position, which readAt moved
+    HANDLE own = nullptr;
+    if (!DuplicateHandle(GetCurrentProcess(), reinterpret_cast<HANDLE>(_get_osfhandle(fd)), GetCurrentProcess(), &own, 0,
+                         FALSE, DUPLICATE_SAME_ACCESS)) {
+        zip_error_set(error, ZIP_ER_OPEN, lastSystemError());
+        return nullptr;
+    }
+    zip_source_t *source = zip_source_win32handle_create(own, 0, size, error);
+    if (!source)
+        CloseHandle(own);
+    return source;
+}
+
+zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error)
+{
+    const std::wstring name = decodeName(path).toStdWString();
+    return zip_source_win32w_create(name.c_str(), 0, -1, error);
+}
+
+// A lock file whose process is gone is taken over. One that is merely old is safe
+// too: a running process keeps its lock file open, so Windows refuses to delete it.
+bool takeLock(const QByteArray &path, Lock &lock)
+{
+    auto *file = new QLockFile(decodeName(path));
+    if (!file->tryLock(0)) {
+        delete file;
+        return false;
+    }
+    lock.file = file;
+    return true;
+}
+
+// QLockFile removes its file whenever it lets go.
+void dropLock(const QByteArray &path, Lock &lock, bool removeFile)
+{
+    Q_UNUSED(path);
+    Q_UNUSED(removeFile);
+    delete lock.file;
+    lock.file = nullptr;
+}
+
+// The save file is held open without leave to delete it while the save runs,
+// which marks it as in use for removeStaleSaveFile.
+bool openSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &newName, SaveFile &file, int &err)
+{
+    file = SaveFile();
+    // The new archive keeps the old one's hidden, system and archive marks.
+    const DWORD old = GetFileAttributesW(widePath(childPath(dir, target)).c_str());
+    constexpr DWORD kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+    file.attributes = old != INVALID_FILE_ATTRIBUTES && !(old & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT))
+                          ? old & kept
+                          : 0;
+    if (file.attributes == 0)
+        file.attributes = FILE_ATTRIBUTE_NORMAL;
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    DWORD error = 0;
+    for (int attempt = 0; attempt < 16 && handle == INVALID_HANDLE_VALUE; ++attempt) {
+        file.tempName = newName();
+        handle = CreateFileW(widePath(childPath(dir, file.tempName)).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                             CREATE_NEW, FILE_ATTRIBUTE_HIDDEN, nullptr);
+        error = GetLastError();
+        if (handle == INVALID_HANDLE_VALUE && error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS)
+            break;
+    }
+    if (handle == INVALID_HANDLE_VALUE) {
+        err = errnoFromSystem(error);
+        return false;
+    }
+    file.named = true;
+    file.fd = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_WRONLY | _O_BINARY);
+    if (file.fd < 0) {
+        CloseHandle(handle);
+        removeFile(dir, file.tempName);
+        file.named = false;
+        err = EMFILE;
+        return false;
+    }
+    return true;
+}
+
+// Windows moves no file that is open, so the file is closed before the move.
+bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &newName, SaveFile &file,
+                         SaveFailure &failure, int &err)
+{
+    Q_UNUSED(newName);
+    failure = SaveFailure::None;
+    if (_commit(file.fd) != 0) {
+        err = errno;
+        failure = SaveFailure::Write;
+        dropSaveFile(dir, file);
+        return false;
+    }
+    const bool closed = closeFile(file.fd, err);
+    file.fd = -1;
+    if (!closed) {
+        failure = SaveFailure::Write;
+        dropSaveFile(dir, file);
+        return false;
+    }
+    const std::wstring temp = widePath(childPath(dir, file.tempName));
+    SetFileAttributesW(temp.c_str(), file.attributes);
+    if (!MoveFileExW(temp.c_str(), widePath(childPath(dir, target)).c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+        err = lastSystemError();
+        failure = SaveFailure::Rename;
+        dropSaveFile(dir, file);
+        return false;
+    }
+    file.named = false; // the file now is the target
+    return true;
+}
+
+void dropSaveFile(const Folder &dir, SaveFile &file)
+{
+    if (file.fd >= 0)
+        closeFile(file.fd);
+    file.fd = -1;
+    if (file.named)
+        removeFile(dir, file.tempName);
+    file.named = false;
+}
+
+// A running save keeps its file open without leave to delete it, so only the
+// leftovers of ended saves can be removed.
+void removeStaleSaveFile(const Folder &dir, const QByteArray &name)
+{
+    if (kindAt(dir, name) == Kind::File)
+        removeFile(dir, name);
+}
+
 
 void closeFile(int fd)
 {

@@ -1,0 +1,451 @@
+#include "app/PlatformFile.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#if defined(Q_OS_LINUX) && defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+namespace PlatformFile {
+
+QByteArray encodeName(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+QString decodeName(const QByteArray &name)
+{
+    return QFile::decodeName(name);
+}
+
+QString errorText(int err)
+{
+    return QString::fromLocal8Bit(std::strerror(err));
+}
+
+bool openFolder(const QByteArray &path, bool followLink, Folder &folder, int &err)
+{
+    folder.fd = ::open(path.constData(), O_RDONLY | O_DIRECTORY | (followLink ? 0 : O_NOFOLLOW) | O_CLOEXEC);
+    err = errno;
+    return folder.fd >= 0;
+}
+
+bool openFolderAt(const Folder &parent, const QByteArray &name, bool create, Folder &folder, int &err)
+{
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    folder.fd = openat(parent.fd, name.constData(), flags);
+    if (folder.fd < 0 && errno == ENOENT && create) {
+        if (mkdirat(parent.fd, name.constData(), 0777) == 0 || errno == EEXIST)
+            folder.fd = openat(parent.fd, name.constData(), flags);
+    }
+    err = errno;
+    return folder.fd >= 0;
+}
+
+void closeFolder(Folder &folder)
+{
+    if (folder.fd >= 0)
+        close(folder.fd);
+    folder.fd = -1;
+}
+
+namespace {
+
+Kind kindOfMode(mode_t mode)
+{
+    return S_ISREG(mode) ? Kind::File : S_ISDIR(mode) ? Kind::Folder : Kind::Other;
+}
+
+} // namespace
+
+bool listFolder(const Folder &folder, std::vector<Entry> &entries, int &err)
+{
+    entries.clear();
+    const int listFd = dup(folder.fd);
+    DIR *dir = listFd >= 0 ? fdopendir(listFd) : nullptr;
+    if (!dir) {
+        err = errno;
+        if (listFd >= 0)
+            close(listFd);
+        return false;
+    }
+    rewinddir(dir); // the duplicate shares the folder's read position
+    errno = 0;
+    while (dirent *entry = readdir(dir)) {
+        if (qstrcmp(entry->d_name, ".") == 0 || qstrcmp(entry->d_name, "..") == 0)
+            continue;
+        Kind kind = entry->d_type == DT_REG ? Kind::File : entry->d_type == DT_DIR ? Kind::Folder : Kind::Other;
+        if (entry->d_type == DT_UNKNOWN) {
+            struct stat st {};
+            if (fstatat(folder.fd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0)
+                kind = kindOfMode(st.st_mode);
+        }
+        entries.push_back({QByteArray(entry->d_name), kind});
+        errno = 0;
+    }
+    err = errno;
+    closedir(dir);
+    return err == 0;
+}
+
+Kind kindAt(const Folder &folder, const QByteArray &name)
+{
+    struct stat st {};
+    if (fstatat(folder.fd, name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+        return Kind::Missing;
+    return kindOfMode(st.st_mode);
+}
+
+bool makeFolder(const Folder &parent, const QByteArray &name, bool ownerOnly, int &err)
+{
+    if (mkdirat(parent.fd, name.constData(), ownerOnly ? 0700 : 0777) == 0)
+        return true;
+    err = errno;
+    return false;
+}
+
+bool removeFile(const Folder &folder, const QByteArray &name)
+{
+    return unlinkat(folder.fd, name.constData(), 0) == 0;
+}
+
+bool removeFolder(const Folder &folder, const QByteArray &name)
+{
+    return unlinkat(folder.fd, name.constData(), AT_REMOVEDIR) == 0;
+}
+
+bool openOwnFolder(const QByteArray &path, bool create, Folder &folder)
+{
+    folder.fd = -1;
+    if (create) {
+        struct stat st {};
+        if (lstat(path.constData(), &st) != 0) {
+            mkdir(path.constData(), 0700);
+            if (lstat(path.constData(), &st) != 0)
+                st.st_mode = 0;
+        }
+        if (!S_ISDIR(st.st_mode) || st.st_uid != geteuid())
+            return false;
+    }
+    const int fd = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    struct stat opened {};
+    if (fstat(fd, &opened) != 0 || opened.st_uid != geteuid()) {
+        close(fd);
+        return false;
+    }
+    if (create && (opened.st_mode & 07777) != 0700)
+        fchmod(fd, 0700);
+    folder.fd = fd;
+    return true;
+}
+
+QString makeUniqueFolder(const QString &pattern)
+{
+    QByteArray path = encodeName(pattern);
+    return mkdtemp(path.data()) ? decodeName(path) : QString();
+}
+
+int openToRead(const QByteArray &path, qint64 &size, int &err)
+{
+    // O_NONBLOCK: a pipe in the file's place cannot make the open hang.
+    const int fd = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        err = errno;
+        return -1;
+    }
+    struct stat st {};
+    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        close(fd);
+        err = 0;
+        return -1;
+    }
+    if (st.st_size > 0) // an empty file is never read
+        fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+    size = st.st_size;
+    return fd;
+}
+
+int createFile(const Folder &folder, const QByteArray &name, int &err)
+{
+    // O_NOFOLLOW: a link found in the folder is refused, never written through;
+    // O_NONBLOCK: a pipe in its place cannot make the open hang.
+    const int fd = openat(folder.fd, name.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        err = errno;
+        return -1;
+    }
+    struct stat st {};
+    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 || ftruncate(fd, 0) != 0) {
+        close(fd);
+        err = 0;
+        return -1;
+    }
+    return fd;
+}
+
+bool readAt(int fd, char *data, qint64 length, qint64 offset)
+{
+    return pread(fd, data, size_t(length), off_t(offset)) == ssize_t(length);
+}
+
+bool writeAll(int fd, const char *data, size_t length, int &err)
+{
+    while (length > 0) {
+        const ssize_t n = ::write(fd, data, length);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            err = errno;
+            return false;
+        }
+        data += n;
+        length -= size_t(n);
+    }
+    return true;
+}
+
+bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err)
+{
+    off_t at = off_t(offset);
+    while (length > 0) {
+        const ssize_t n = pwrite(fd, data, length, at);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            err = errno;
+            return false;
+        }
+        data += n;
+        length -= size_t(n);
+        at += n;
+    }
+    return true;
+}
+
+void setModified(int fd, std::time_t time)
+{
+    const timespec times[2] = {{time, 0}, {time, 0}};
+    futimens(fd, times);
+}
+
+bool closeFile(int fd, int &err)
+{
+    if (close(fd) == 0)
+        return true;
+    err = errno;
+    return false;
+}
+
+bool isPlainName(QByteArrayView part)
+{
+    Q_UNUSED(part);
+    return true;
+}
+
+QString defaultTempRoot()
+{
+    return QStringLiteral("/tmp");
+}
+
+// Every deflated entry allocates and frees some 400 KiB of zlib state. glibc hands
+// that memory back to the system after each entry and faults it in again for the
+// next one, which costs a third of the packing time of a folder of small files;
+// letting the heap keep a few MiB avoids it. Done once, on the first save.
+void keepAllocatorMemory()
+{
+#if defined(Q_OS_LINUX) && defined(__GLIBC__)
+    static const bool tuned = [] {
+        mallopt(M_MMAP_THRESHOLD, 1 << 20);
+        mallopt(M_TRIM_THRESHOLD, 8 << 20);
+        return true;
+    }();
+    Q_UNUSED(tuned);
+#endif
+}
+
+zip_source_t *zipReadSource(int fd, qint64 size, zip_error_t *error)
+{
+    const int own = fcntl(fd, F_DUPFD_CLOEXEC, 0);
+    FILE *file = own >= 0 ? fdopen(own, "rb") : nullptr;
+    if (!file) {
+        if (own >= 0)
+            close(own);
+        zip_error_set(error, ZIP_ER_OPEN, errno);
+        return nullptr;
+    }
+    // The directory and the entries are read in large pieces: a blockset's
+    // entries are small, and the default buffer costs a read call for every few KiB.
+    setvbuf(file, nullptr, _IOFBF, 1 << 20);
+    zip_source_t *source = zip_source_filep_create(file, 0, size, error);
+    if (!source)
+        fclose(file);
+    return source;
+}
+
+zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error)
+{
+    return zip_source_file_create(path.constData(), 0, 0, error);
+}
+
+bool takeLock(const QByteArray &path, Lock &lock)
+{
+    const int fd = ::open(path.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return false;
+    struct stat held {};
+    struct stat named {};
+    // The lock counts only while the name still leads to the locked file: a
+    // process that removed its lock file may have done so after this one opened it.
+    if (fstat(fd, &held) != 0 || !S_ISREG(held.st_mode) || held.st_uid != geteuid() || flock(fd, LOCK_EX | LOCK_NB) != 0
+        || lstat(path.constData(), &named) != 0 || named.st_dev != held.st_dev || named.st_ino != held.st_ino) {
+        close(fd);
+        return false;
+    }
+    lock.fd = fd;
+    return true;
+}
+
+void dropLock(const QByteArray &path, Lock &lock, bool removeFile)
+{
+    if (lock.fd < 0)
+        return;
+    if (removeFile)
+        unlink(path.constData());
+    close(lock.fd);
+    lock.fd = -1;
+}
+
+bool openSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &newName, SaveFile &file, int &err)
+{
+    struct stat old {};
+    const bool keepMode = fstatat(dir.fd, target.constData(), &old, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(old.st_mode);
+    file = SaveFile();
+#if defined(Q_OS_LINUX) && defined(O_TMPFILE)
+    file.fd = openat(dir.fd, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+#endif
+    if (file.fd < 0) {
+        for (int attempt = 0; attempt < 16 && file.fd < 0; ++attempt) {
+            file.tempName = newName();
+            file.fd = openat(dir.fd, file.tempName.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+            if (file.fd < 0 && errno != EEXIST)
+                break;
+        }
+        if (file.fd < 0) {
+            err = errno;
+            return false;
+        }
+        file.named = true;
+    }
+    flock(file.fd, LOCK_EX | LOCK_NB);
+    if (keepMode)
+        fchmod(file.fd, old.st_mode & 0777); // the new archive keeps the old one's rights
+    return true;
+}
+
+namespace {
+
+// Gives the unnamed file a hidden name beside the target, ready for the rename.
+bool linkUnnamed(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err)
+{
+#if defined(Q_OS_LINUX) && defined(O_TMPFILE)
+    for (int attempt = 0; attempt < 16; ++attempt) {
+        file.tempName = newName();
+        int result = linkat(file.fd, "", dir.fd, file.tempName.constData(), AT_EMPTY_PATH);
+        if (result != 0 && errno != EEXIST) {
+            // Linking a descriptor directly may need a privilege; the /proc link does not.
+            const QByteArray procPath = "/proc/self/fd/" + QByteArray::number(file.fd);
+            result = linkat(AT_FDCWD, procPath.constData(), dir.fd, file.tempName.constData(), AT_SYMLINK_FOLLOW);
+        }
+        if (result == 0) {
+            file.named = true;
+            return true;
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    err = errno;
+#else
+    Q_UNUSED(dir);
+    Q_UNUSED(newName);
+    Q_UNUSED(file);
+    err = ENOSYS;
+#endif
+    return false;
+}
+
+} // namespace
+
+bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &newName, SaveFile &file,
+                         SaveFailure &failure, int &err)
+{
+    failure = SaveFailure::None;
+    if (fsync(file.fd) != 0) {
+        err = errno;
+        failure = SaveFailure::Write;
+    } else if (!file.named && !linkUnnamed(dir, newName, file, err)) {
+        failure = SaveFailure::Open;
+    } else if (renameat(dir.fd, file.tempName.constData(), dir.fd, target.constData()) != 0) {
+        err = errno;
+        failure = SaveFailure::Rename;
+    }
+    if (failure != SaveFailure::None) {
+        dropSaveFile(dir, file);
+        return false;
+    }
+    file.named = false; // the file now is the target
+    close(file.fd);
+    file.fd = -1;
+    // The rename survives a power loss only once the folder is on disk.
+    if (fsync(dir.fd) != 0 && errno != EINVAL) {
+        err = errno;
+        failure = SaveFailure::Write;
+        return false;
+    }
+    return true;
+}
+
+void dropSaveFile(const Folder &dir, SaveFile &file)
+{
+    if (file.fd < 0)
+        return;
+    if (file.named)
+        unlinkat(dir.fd, file.tempName.constData(), 0);
+    close(file.fd);
+    file.fd = -1;
+    file.named = false;
+}
+
+void removeStaleSaveFile(const Folder &dir, const QByteArray &name)
+{
+    const int fd = openat(dir.fd, name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    struct stat st {};
+    if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_uid == geteuid() && flock(fd, LOCK_EX | LOCK_NB) == 0)
+        unlinkat(dir.fd, name.constData(), 0);
+    close(fd);
+}
+
+
+void closeFile(int fd)
+{
+    int err = 0;
+    closeFile(fd, err);
+}
+
+} // namespace PlatformFile
