@@ -166,6 +166,9 @@ QString CliEditCommands::check(const QString &command, const QStringList &argume
             return u"unknown field \""_s + field + u'"';
         if (field == "strictPrefix"_L1 && arguments[2] != "on"_L1 && arguments[2] != "off"_L1)
             return u"strictPrefix takes on or off"_s;
+        // Style values are written between double quotes, which nothing can escape.
+        if (field != "update"_L1 && !isAcceptableAttributeValue(arguments[2]))
+            return field + u" cannot hold a double quote"_s;
     }
     return QString();
 }
