@@ -164,37 +164,6 @@ private slots:
         for (const QString &part : parts)
             QVERIFY2(systemInfo.contains(part), qPrintable("System Info... shows " + part));
     }
-
-    void screenshots()
-    {
-        const QString folder = qEnvironmentVariable("CUBRIX_SCREENSHOTS");
-        if (folder.isEmpty())
-            QSKIP("CUBRIX_SCREENSHOTS is not set");
-        QDir().mkpath(folder);
-        frmMain &window = *fixture->window;
-        window.resize(900, 600);
-        QVERIFY(fixture->show());
-        QVERIFY(window.grab().save(folder + "/main_window_empty.png"));
-
-        QVERIFY(fixture->openBlockset({.name = "Castle", .blocks = 12, .textures = 3, .sounds = 2, .version = "1.2"}));
-        const QList<QPair<int, QString>> shots = {
-            {0, "main_window"}, {3, "main_window_settings"}, {4, "main_window_version"}, {1, "main_window_textures"}};
-        for (const auto &[tab, name] : shots) {
-            fixture->tabs()->setCurrentIndex(tab);
-            if (tab == 1)
-                fixture->action("btnPreviewItem")->trigger();
-            QCoreApplication::processEvents();
-            QVERIFY(window.grab().save(folder + '/' + name + ".png"));
-        }
-
-        frmNew newDialog(true, true);
-        frmAbout about(&window);
-        for (QDialog *dialog : std::initializer_list<QDialog *>{&newDialog, &about}) {
-            dialog->show();
-            QVERIFY(QTest::qWaitForWindowExposed(dialog));
-            QVERIFY(dialog->grab().save(folder + '/' + dialog->metaObject()->className() + ".png"));
-        }
-    }
 };
 
 QTEST_MAIN(TestMainWindowLayout)
