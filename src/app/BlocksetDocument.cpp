@@ -9,6 +9,7 @@
 #include "formats/Parser_Block.h"
 #include "formats/Parser_Style.h"
 #include "formats/Parser_Version.h"
+#include "formats/ValueFormats.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QDir>
@@ -56,15 +57,6 @@ QFileInfoList listFiles(const QString &folder, const QStringList &patterns)
 BlocksetDocument::BlocksetDocument(Prompts &prompts, RegistryWrapper &settings, WorkingFolder &folder)
     : m_prompts(prompts), m_settings(settings), m_folder(folder)
 {
-}
-
-QString BlocksetDocument::sizeText(qint64 bytes)
-{
-    // "#,###,###": thousands separators, nothing at all for zero.
-    QString digits = bytes == 0 ? QString() : QString::number(bytes);
-    for (qsizetype i = digits.size() - 3; i > 0; i -= 3)
-        digits.insert(i, u',');
-    return digits.rightJustified(10, u' ');
 }
 
 QString BlocksetDocument::symbolModeText() const
@@ -152,7 +144,7 @@ void BlocksetDocument::fillLists()
         BlockRow row;
         row.file = info.fileName();
         row.size = info.size();
-        row.sizeText = sizeText(row.size);
+        row.sizeText = itemSizeText(row.size);
         m_content.blocks.append(row);
     }
     const auto fillItems = [](QList<ItemRow> &items, const QString &folder, const QStringList &patterns) {
@@ -160,7 +152,7 @@ void BlocksetDocument::fillLists()
             ItemRow row;
             row.file = info.fileName();
             row.size = info.size();
-            row.sizeText = sizeText(row.size);
+            row.sizeText = itemSizeText(row.size);
             items.append(row);
         }
     };

@@ -77,10 +77,10 @@ public:
     QString workingFolder() const override;
     void setBlocksetChanged() override { m_blocksetChanged = true; }
     void setBusy(bool busy) override;
+    // Lets pending window messages run once (long commands call it between steps).
+    void letEventsRun();
     WorkingFolder &folder() { return m_folder; }
 
-    // "#,###,###" padded on the left with blanks to 10 characters; blank for 0.
-    static QString sizeText(qint64 bytes);
     // Text for stbProcess after open and new, from the symbol check boxes.
     QString symbolModeText() const;
 
@@ -91,7 +91,6 @@ private:
     QString updateFilePath() const;
     void fillLists();
     void failOpen(const QString &detail = QString());
-    void letEventsRun();
     void checkInterface();
 
     Prompts &m_prompts;

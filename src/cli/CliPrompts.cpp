@@ -1,5 +1,7 @@
 #include "cli/CliPrompts.h"
 
+using namespace Qt::StringLiterals;
+
 PromptAnswer CliPrompts::message(const QString &text, const QString &title, PromptButtons buttons,
                                  PromptIcon icon)
 {
@@ -25,7 +27,7 @@ QString CliPrompts::openFile(const QString &title, const QString &filter, const 
     Q_UNUSED(title);
     Q_UNUSED(filter);
     Q_UNUSED(folder);
-    return QString();
+    return m_openAnswers.isEmpty() ? QString() : m_openAnswers.takeFirst();
 }
 
 QStringList CliPrompts::openFiles(const QString &title, const QString &filter, const QString &folder)
@@ -33,7 +35,7 @@ QStringList CliPrompts::openFiles(const QString &title, const QString &filter, c
     Q_UNUSED(title);
     Q_UNUSED(filter);
     Q_UNUSED(folder);
-    return QStringList();
+    return m_multiOpenAnswers.isEmpty() ? QStringList() : m_multiOpenAnswers.takeFirst();
 }
 
 QString CliPrompts::saveFile(const QString &title, const QString &filter, const QString &defaultExt,
@@ -53,4 +55,43 @@ NewBlocksetChoice CliPrompts::newBlockset(bool strictPrefixSetting, bool syncDou
     choice.syncDouble = strictPrefixSetting && syncDoubleSetting;
     choice.prefixIndex = 0;
     return choice;
+}
+
+void CliPrompts::chooseSymbols(const QString &single, const QString &doubleSymbol)
+{
+    m_symbolsChosen = true;
+    m_chosenSingle = single;
+    m_chosenDouble = doubleSymbol;
+}
+
+SymbolDialogAnswer CliPrompts::symbolDialog(const SymbolDialogSetup &setup)
+{
+    if (!m_symbolsChosen)
+        return offeredSymbols(setup);
+    const auto refuse = [this](const QString &why) {
+        m_symbolError = why;
+        return SymbolDialogAnswer();
+    };
+    const int single = int(setup.singles.indexOf(m_chosenSingle));
+    if (single < 0 && !(setup.singles.isEmpty() && m_chosenSingle.isEmpty()))
+        return refuse(u"the single symbol \""_s + m_chosenSingle + u"\" is not offered (it is used by another block)"_s);
+    if (!setup.strictPrefix) {
+        if (!setup.acceptDouble(m_chosenDouble))
+            return refuse(u"the dialog refused the double symbol \""_s + m_chosenDouble + u'"');
+        return {true, m_chosenSingle, m_chosenDouble};
+    }
+    if (setup.syncDouble) {
+        const QString following = strictDoubleSymbol(setup, single);
+        if (m_chosenDouble != following)
+            return refuse(u"with synchronized double symbols the double symbol follows the single one: \""_s
+                          + following + u'"');
+        return {true, m_chosenSingle, following};
+    }
+    if (m_chosenDouble.size() != 2 || m_chosenDouble.left(1) != setup.prefix)
+        return refuse(u"with a strict prefix the double symbol is \""_s + setup.prefix
+                      + u"\" followed by one character"_s);
+    if (!setup.doubleChars.contains(m_chosenDouble.right(1)))
+        return refuse(u"the double symbol character \""_s + m_chosenDouble.right(1)
+                      + u"\" is not offered (it is used by another block)"_s);
+    return {true, m_chosenSingle, m_chosenDouble};
 }

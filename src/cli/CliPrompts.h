@@ -25,8 +25,9 @@ public:
                          PromptIcon icon) override;
     PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
                          PromptIcon icon) override;
-    // The CLI always hands the file to the command: an open dialog is "cancelled".
+    // The next of the paths set with setOpenAnswers, or "" (cancelled) when none is left.
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;
+    // The next of the lists set with setMultiOpenAnswers, or none (cancelled).
     QStringList openFiles(const QString &title, const QString &filter, const QString &folder) override;
     // The target given on the command line (see setSaveTarget).
     QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,
@@ -34,8 +35,16 @@ public:
     // The New Blockset dialog as it first shows: empty name and version, the
     // symbol boxes from the user settings, the first prefix entry.
     NewBlocksetChoice newBlockset(bool strictPrefixSetting, bool syncDoubleSetting) override;
+    // OK with the symbols the dialog offers first, or with the choice set by
+    // chooseSymbols when the dialog offers it; otherwise the dialog is cancelled
+    // and symbolError() says why.
+    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &setup) override;
 
     void setSaveTarget(const QString &path) { m_saveTarget = path; }
+    void setOpenAnswers(const QStringList &paths) { m_openAnswers = paths; }
+    void setMultiOpenAnswers(const QList<QStringList> &lists) { m_multiOpenAnswers = lists; }
+    void chooseSymbols(const QString &single, const QString &doubleSymbol);
+    QString symbolError() const { return m_symbolError; }
 
     const QList<Message> &messages() const { return m_messages; }
     // Number of messages shown so far; messages from `first` on are the ones a
@@ -45,5 +54,11 @@ public:
 private:
     bool m_answerNo;
     QString m_saveTarget;
+    QStringList m_openAnswers;
+    QList<QStringList> m_multiOpenAnswers;
+    bool m_symbolsChosen = false;
+    QString m_chosenSingle;
+    QString m_chosenDouble;
+    QString m_symbolError;
     QList<Message> m_messages;
 };

@@ -131,3 +131,12 @@ bool isAcceptableAttributeValue(const QString &text)
 {
     return !text.contains(u'"');
 }
+
+QString itemSizeText(qint64 bytes)
+{
+    // "#,###,###": thousands separators, nothing at all for zero.
+    QString digits = bytes == 0 ? QString() : QString::number(bytes);
+    for (qsizetype i = digits.size() - 3; i > 0; i -= 3)
+        digits.insert(i, u',');
+    return digits.rightJustified(10, u' ');
+}

@@ -25,3 +25,7 @@ std::optional<QString> acceptPosition(const QString &text);
 // Whether `text` can be written as a quoted attribute value that Rover reads
 // back whole: its values have no escaping, so a '"' would end the value early.
 bool isAcceptableAttributeValue(const QString &text);
+
+// The size cell of an item list: "#,###,###" padded on the left with blanks to
+// 10 characters, so sizes line up on the right; blank for 0 bytes.
+QString itemSizeText(qint64 bytes);

@@ -33,6 +33,17 @@ bool isValidDoubleSymbol(const QString &text)
     return prefixAlphabet().contains(text[0]) && symbolAlphabet().contains(text[1]);
 }
 
+bool isDoubleSymbolUsed(const QList<BlockRow> &blocks, const QString &text, int editedRow)
+{
+    if (text.isEmpty())
+        return false;
+    for (qsizetype i = 0; i < blocks.size(); ++i) {
+        if (i != editedRow && blocks[i].doubleSymbol == text)
+            return true;
+    }
+    return false;
+}
+
 void refreshSymbolSettings(SymbolSettings &symbols, bool strictPrefixConsistent, bool syncDoubleConsistent,
                            const QString &commonPrefix, bool strictPrefixSetting, bool syncDoubleSetting)
 {

@@ -13,6 +13,10 @@ int blockLimit();
 // A double symbol typed as free text: empty, or a prefix character followed by a symbol character.
 bool isValidDoubleSymbol(const QString &text);
 
+// Whether a block row other than `editedRow` (-1: none) has `text` as its double
+// symbol. An empty text is never counted as used.
+bool isDoubleSymbolUsed(const QList<BlockRow> &blocks, const QString &text, int editedRow);
+
 // Sets the symbol controls after a style was read.
 void refreshSymbolSettings(SymbolSettings &symbols, bool strictPrefixConsistent, bool syncDoubleConsistent,
                            const QString &commonPrefix, bool strictPrefixSetting, bool syncDoubleSetting);

@@ -62,6 +62,22 @@ NewBlocksetChoice ScriptedPrompts::newBlockset(bool strictPrefixSetting, bool sy
     return newAnswers.takeFirst();
 }
 
+SymbolDialogAnswer ScriptedPrompts::symbolDialog(const SymbolDialogSetup &setup)
+{
+    symbolRequests.append(setup);
+    while (!symbolAnswers.isEmpty()) {
+        const SymbolScript script = symbolAnswers.takeFirst();
+        if (script.action == SymbolScript::Cancel)
+            return {};
+        if (script.action == SymbolScript::Offered)
+            return offeredSymbols(setup);
+        if (setup.strictPrefix || setup.acceptDouble(script.doubleSymbol))
+            return {true, script.single, script.doubleSymbol};
+    }
+    unexpected.append(QStringLiteral("symbolDialog: ") + setup.caption);
+    return {};
+}
+
 QStringList ScriptedPrompts::messageTexts() const
 {
     QStringList texts;

@@ -36,16 +36,28 @@ public:
     QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,
                      const QString &folder) override;
     NewBlocksetChoice newBlockset(bool strictPrefixSetting, bool syncDoubleSetting) override;
+    // Answers from symbolAnswers; a chosen double the dialog's OK check refuses
+    // keeps the dialog open and the next answer is taken.
+    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &setup) override;
+
+    struct SymbolScript {
+        enum Action { Offered, Choose, Cancel };
+        Action action = Offered;
+        QString single;
+        QString doubleSymbol;
+    };
 
     // Queues.
     QList<PromptAnswer> answers;
     QStringList fileAnswers;          // for openFile and saveFile ("" = cancel)
     QList<QStringList> multiAnswers;  // for openFiles
     QList<NewBlocksetChoice> newAnswers;
+    QList<SymbolScript> symbolAnswers;
 
     // Records.
     QList<Message> messages;
     QList<FileRequest> fileRequests;
+    QList<SymbolDialogSetup> symbolRequests;
     QStringList unexpected;
 
     QStringList messageTexts() const;

@@ -1,6 +1,7 @@
 #include "app/ui/frmMain.h"
 
 #include "app/BlocksetDocument.h"
+#include "app/DroppedFiles.h"
 #include "app/InterfaceState.h"
 #include "app/WorkingFolder.h"
 #include "app/ui/ItemListPage.h"
@@ -16,11 +17,15 @@
 #include "common/ui/frmOptions.h"
 #include "formats/ui/SettingsTab.h"
 #include "formats/ui/VersionTab.h"
+#include "symbols/AddItems.h"
 #include "symbols/RemapSymbols.h"
 #include "symbols/RemoveItems.h"
 #include "symbols/RenameItem.h"
+#include "symbols/ReplaceBlocks.h"
 #include "symbols/StrictPrefix.h"
+#include "symbols/SymbolDialogs.h"
 #include "symbols/SymbolScheme.h"
+#include "symbols/ui/SymbolDialog.h"
 #include "symbols/ui/frmRemapSymbols.h"
 
 #include <QAction>
@@ -90,13 +95,6 @@ QString str(const char16_t *text)
     return text ? QString::fromUtf16(text) : QString();
 }
 
-// The type of a dropped file: the text after its last ".", as written.
-QString dropType(const QString &path)
-{
-    const qsizetype dot = path.lastIndexOf(u'.');
-    return dot < 0 ? QString() : path.mid(dot + 1);
-}
-
 QLabel *makePanel(const QString &name, QWidget *parent)
 {
     auto *panel = new QLabel(parent);
@@ -128,6 +126,9 @@ frmMain::frmMain(const Options &options, QWidget *parent) : QMainWindow(parent)
     } else {
         m_guiPrompts = std::make_unique<GuiPrompts>(this);
         m_guiPrompts->newBlocksetDialog = &frmNew::ask;
+        m_guiPrompts->symbolDialogRunner = [this](const SymbolDialogSetup &setup) {
+            return SymbolDialog::ask(setup, *m_guiPrompts, this);
+        };
         m_prompts = m_guiPrompts.get();
     }
 
@@ -322,8 +323,13 @@ void frmMain::connectCommands()
         on(prefix + u"Manager"_s, &frmMain::cacheManagerRequested);
     }
     // Update/Replace: the toolbar button acts on the Blocks tab only, the menu entry on any tab.
-    on(u"btnReplaceItem"_s, &frmMain::replaceItemFromToolbar);
-    on(u"mnuReplaceItem"_s, &frmMain::showNotYetImplemented);
+    on(u"btnReplaceItem"_s, [this] {
+        if (m_document->tab() == BlocksetDocument::TabBlocks)
+            replaceItem();
+        else
+            checkInterface();
+    });
+    on(u"mnuReplaceItem"_s, &frmMain::replaceItem);
     on(u"mnuRemapSymbols"_s, &frmMain::remapSymbols);
     for (int tab : {BlocksetDocument::TabBlocks, BlocksetDocument::TabTextures, BlocksetDocument::TabSounds}) {
         itemPage(tab)->setLabelsEditable(true);
@@ -572,12 +578,6 @@ void frmMain::showOops()
     m_prompts->message(kOopsText, kOopsTitle, PromptButtons::Ok, PromptIcon::None);
 }
 
-void frmMain::showNotYetImplemented()
-{
-    showOops();
-    checkInterface();
-}
-
 void frmMain::showOptions()
 {
     frmOptions dialog(*m_settings, this);
@@ -594,10 +594,16 @@ void frmMain::showAbout()
 
 void frmMain::addItem()
 {
-    // Adding blocks, textures and sounds comes with the item operations.
-    if (m_document->tab() <= BlocksetDocument::TabSounds)
-        showOops();
-    checkInterface();
+    const int tab = m_document->tab();
+    if (ItemListPage *page = itemPage(tab)) {
+        // The summary ("2 blocks added.") stays after the refresh that follows.
+        checkInterface();
+        addItems(*m_document, ItemKind(tab));
+        refreshInterface(false);
+        page->list()->setFocus();
+    } else {
+        checkInterface();
+    }
 }
 
 ItemListPage *frmMain::itemPage(int tab) const
@@ -660,20 +666,22 @@ void frmMain::prefixListChosen(int index)
     checkInterface();
 }
 
-void frmMain::replaceItemFromToolbar()
+void frmMain::replaceItem()
 {
-    if (m_document->tab() == BlocksetDocument::TabBlocks)
-        showOops();
     checkInterface();
+    replaceBlocks(*m_document, m_blockPage->selectedRows());
+    refreshInterface(false);
 }
 
 void frmMain::editItem()
 {
-    // With skipEdit on, Edit Item answers "not implemented" by design. With it off it
-    // shows the symbol editing dialog for the selected blocks; until that dialog
-    // exists it gives the same answer.
-    if (m_document->tab() == BlocksetDocument::TabBlocks)
-        showOops();
+    if (m_document->tab() == BlocksetDocument::TabBlocks) {
+        // skipEdit switches the symbol dialog off; the command then has nothing to do.
+        if (m_settings->getBoolSetting(u"skipEdit"_s))
+            showOops();
+        else
+            editSymbols(*m_document, m_blockPage->currentRow());
+    }
     checkInterface();
 }
 
@@ -734,25 +742,14 @@ void frmMain::focusOpenedBlockset()
         focusTab(m_document->tab());
 }
 
-bool frmMain::isDroppableFile(const QString &path)
-{
-    static const QStringList types = {u"bset"_s, u"block"_s, u"jpg"_s, u"gif"_s, u"wav"_s};
-    return types.contains(dropType(path));
-}
-
 void frmMain::dropFiles(const QStringList &paths)
 {
-    // Archives first: the first one is opened and everything else dropped with it is ignored.
-    for (const QString &path : paths) {
-        if (dropType(path) == u"bset"_s) {
-            letEventsRun();
-            openBlocksetFile(path);
-            return;
-        }
+    if (::dropFiles(*m_document, paths) == DropOutcome::OpenedBlockset) {
+        refreshInterface(false);
+        focusOpenedBlockset();
+    } else {
+        checkInterface();
     }
-    // Dropped blocks, textures and sounds are added by the item operations, which
-    // come with that work; until then they are left alone.
-    checkInterface();
 }
 
 namespace {
@@ -772,7 +769,7 @@ QStringList droppedPaths(const QMimeData *mime)
 bool acceptsDrop(const QMimeData *mime)
 {
     const QStringList paths = droppedPaths(mime);
-    return std::any_of(paths.cbegin(), paths.cend(), [](const QString &path) { return frmMain::isDroppableFile(path); });
+    return std::any_of(paths.cbegin(), paths.cend(), [](const QString &path) { return isDroppableFile(path); });
 }
 
 } // namespace

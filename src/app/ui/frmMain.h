@@ -59,11 +59,6 @@ public:
     // Opens the blockset at `path` (the command line, a drop), or asks for one when it is empty.
     void openBlocksetFile(const QString &path);
 
-    // Dropped-file dispatcher: the first archive is opened and every other file ignored.
-    void dropFiles(const QStringList &paths);
-    // True when a dropped file with this path is one the dispatcher handles
-    // (extension bset, block, jpg, gif or wav, compared exactly).
-    static bool isDroppableFile(const QString &path);
 
     // DocumentView: called by the document while a command runs.
     void processShown(const QString &text) override;
@@ -88,7 +83,6 @@ protected:
 private slots:
     // Commands that belong to later work (adding and replacing items, the cache
     // manager) answer through this one slot for now.
-    void showNotYetImplemented();
 
 private:
     QAction *addCommand(const QString &name, const QString &text);
@@ -124,7 +118,8 @@ private:
     void strictPrefixClicked(bool checked);
     void prefixListChosen(int index);
     ItemListPage *itemPage(int tab) const;
-    void replaceItemFromToolbar();
+    void replaceItem();
+    void dropFiles(const QStringList &paths);
     void editItem();
     void previewItem();
     void addBSP();

@@ -19,6 +19,9 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QFile>
 #include <QImage>
 #include <QLabel>
@@ -103,6 +106,24 @@ public:
         return document().blocksetOpen();
     }
     bool show() { window->show(); return QTest::qWaitForWindowExposed(window.get()); }
+
+    // Drags files over the window and drops them there; false when the window
+    // refused the drag (the drop is then not made).
+    bool drop(const QStringList &paths)
+    {
+        QMimeData mime;
+        QList<QUrl> urls;
+        for (const QString &path : paths)
+            urls.append(QUrl::fromLocalFile(path));
+        mime.setUrls(urls);
+        QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window.get(), &enter);
+        if (!enter.isAccepted())
+            return false;
+        QDropEvent dropped(QPointF(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window.get(), &dropped);
+        return true;
+    }
 
     BlocksetDocument &document() const { return window->document(); }
     QString caption() const { return window->windowTitle(); }

@@ -68,14 +68,15 @@ private slots:
         QTest::addColumn<int>("tab");
         QTest::addColumn<QString>("command");
         QTest::addColumn<bool>("oops");
-        QTest::newRow("add bsp menu") << 1 << "mnuAddBSP" << true;
-        QTest::newRow("preview block") << 0 << "btnPreviewItem" << true;
-        QTest::newRow("edit block") << 0 << "mnuEditItem" << true;
-        QTest::newRow("edit on textures") << 1 << "mnuEditItem" << false;
-        QTest::newRow("edit on sounds") << 2 << "btnEditItem" << false;
-        QTest::newRow("replace toolbar on textures") << 1 << "btnReplaceItem" << false;
-        QTest::newRow("replace menu on textures") << 1 << "mnuReplaceItem" << true;
-        QTest::newRow("play sound") << 2 << "btnPreviewItem" << false;
+        QTest::addColumn<bool>("skipEdit");
+        QTest::newRow("add bsp menu") << 1 << "mnuAddBSP" << true << false;
+        QTest::newRow("preview block") << 0 << "btnPreviewItem" << true << false;
+        QTest::newRow("edit block, skipEdit on") << 0 << "mnuEditItem" << true << true;
+        QTest::newRow("edit block: the symbol dialog") << 0 << "mnuEditItem" << false << false;
+        QTest::newRow("edit on textures") << 1 << "mnuEditItem" << false << false;
+        QTest::newRow("edit on sounds") << 2 << "btnEditItem" << false << false;
+        QTest::newRow("replace toolbar on textures") << 1 << "btnReplaceItem" << false << false;
+        QTest::newRow("play sound") << 2 << "btnPreviewItem" << false << false;
     }
 
     void oopsCommands()
@@ -83,7 +84,10 @@ private slots:
         QFETCH(int, tab);
         QFETCH(QString, command);
         QFETCH(bool, oops);
+        QFETCH(bool, skipEdit);
+        fixture->window->settings().setBoolSetting("skipEdit", skipEdit);
         QVERIFY(fixture->openBlockset({.blocks = 2, .textures = 1, .sounds = 1}));
+        fixture->prompts.symbolAnswers << ScriptedPrompts::SymbolScript{ScriptedPrompts::SymbolScript::Cancel};
         fixture->tabs()->setCurrentIndex(tab);
         fixture->prompts.messages.clear();
         // Menu entries run even where the toolbar button would be disabled.

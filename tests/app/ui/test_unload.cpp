@@ -122,33 +122,32 @@ private slots:
         writeFile(block, "<BLOCK NAME=\"loose\">");
 
         // The first archive of the drop is opened; the block and the second archive are ignored.
-        fixture->window->dropFiles({block, first, second});
+        QVERIFY(fixture->drop({block, first, second}));
         QCOMPARE(fixture->caption(), QString("Cubrix - First.bset"));
         QCOMPARE(fixture->panel("stbBlocks"), QString("4 Blocks"));
 
-        // An archive whose extension is written in capitals is no archive for the dispatcher.
+        // A drag of files of no known type (a capital extension is none) is refused.
         const QString shouting = fixture->dir.filePath("LOUD.BSET");
         QVERIFY(QFile::copy(second, shouting));
-        fixture->window->dropFiles({shouting});
+        QVERIFY(!fixture->drop({shouting, fixture->dir.filePath("photo.JPG")}));
         QCOMPARE(fixture->caption(), QString("Cubrix - First.bset"));
     }
 
-    void dropAcceptsKnownTypesOnly_data()
+    void dropOfFiveBlocksOntoEightySeven()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<bool>("accepted");
-        for (const char *known : {"bset", "block", "jpg", "gif", "wav"})
-            QTest::newRow(known) << QString("/x/a.") + known << true;
-        QTest::newRow("capital JPG") << "/x/photo.JPG" << false;
-        QTest::newRow("png") << "/x/a.png" << false;
-        QTest::newRow("no extension") << "/x/readme" << false;
-        QTest::newRow("dot in folder only") << "/x.bset/file" << false;
-    }
-
-    void dropAcceptsKnownTypesOnly()
-    {
-        QFETCH(QString, path);
-        QTEST(frmMain::isDroppableFile(path), "accepted");
+        QVERIFY(fixture->openBlockset({.name = "Full", .blocks = 87}));
+        QStringList blocks;
+        for (int i = 0; i < 5; ++i) {
+            blocks << fixture->dir.filePath(QString("extra%1.block").arg(i));
+            writeFile(blocks.last(), QString("<BLOCK NAME=\"extra%1\">").arg(i).toLatin1());
+        }
+        for (int i = 0; i < 2; ++i)
+            fixture->prompts.symbolAnswers << ScriptedPrompts::SymbolScript{};
+        QVERIFY(fixture->drop(blocks));
+        QCOMPARE(fixture->rows("BlockList"), 89);
+        QCOMPARE(fixture->panel("stbBlocks"), QString("89 Blocks"));
+        QCOMPARE(fixture->prompts.messageTexts(), QStringList{"The maximum of 89 block has been reached."});
+        QCOMPARE(fixture->caption(), QString("Cubrix - Full.bset*"));
     }
 };
 

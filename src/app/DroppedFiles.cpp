@@ -1,0 +1,67 @@
+#include "app/DroppedFiles.h"
+
+#include "app/BlocksetDocument.h"
+#include "common/CommonFunctions.h"
+#include "common/Prompts.h"
+#include "symbols/AddItems.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString dropType(const QString &path)
+{
+    return getExtension(nativeFileName(path));
+}
+
+} // namespace
+
+bool isDroppableFile(const QString &path)
+{
+    static const QStringList types = {u"bset"_s, u"block"_s, u"jpg"_s, u"gif"_s, u"wav"_s};
+    return types.contains(dropType(path));
+}
+
+DropOutcome dropFiles(BlocksetDocument &document, const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        if (dropType(path) == "bset"_L1) {
+            document.letEventsRun();
+            document.openBlockset(path);
+            return DropOutcome::OpenedBlockset;
+        }
+    }
+
+    const bool anyItem = std::any_of(paths.cbegin(), paths.cend(), [](const QString &path) {
+        return isItemFile(ItemKind::Block, path) || isItemFile(ItemKind::Texture, path)
+            || isItemFile(ItemKind::Sound, path);
+    });
+    if (!anyItem)
+        return DropOutcome::Nothing;
+    if (!document.blocksetOpen()) {
+        document.prompts().message(u"There is no open blockset to add the dropped files to.\n"
+                                   "Open a blockset or create a new one first."_s,
+                                   u"Dropped Files"_s, PromptButtons::Ok, PromptIcon::Information);
+        return DropOutcome::Nothing;
+    }
+
+    bool limitShown = false;
+    for (const QString &path : paths) {
+        if (!isItemFile(ItemKind::Block, path))
+            continue;
+        document.letEventsRun();
+        if (blockLimitAllows(document)) {
+            addBlockFile(document, path);
+        } else if (!limitShown) {
+            showBlockLimitMessage(document);
+            limitShown = true;
+        }
+    }
+    for (ItemKind kind : {ItemKind::Texture, ItemKind::Sound}) {
+        for (const QString &path : paths) {
+            if (isItemFile(kind, path))
+                addItemFile(document, kind, path);
+        }
+    }
+    return DropOutcome::AddedItems;
+}
