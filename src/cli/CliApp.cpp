@@ -111,7 +111,7 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
                 options.answerNo = true;
             else if (argument == "--all"_L1 || argument == "--sync-double"_L1)
                 options.commandOptions.append(argument);
-            else if (argument == "--prefix"_L1 && i + 1 < arguments.size())
+            else if ((argument == "--prefix"_L1 || argument == "--from"_L1) && i + 1 < arguments.size())
                 options.commandOptions << argument << arguments[++i];
             else
                 return u"unknown option \""_s + argument + u'"';
@@ -142,7 +142,7 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
         return u"unknown command \""_s + options.command + u'"';
     }
     if (!CliEditCommands::handles(options.command) && !options.commandOptions.isEmpty())
-        return options.commandOptions.first() + u" is an option of remap"_s;
+        return options.commandOptions.first() + u" is not an option of "_s + options.command;
     // Names and values after the blockset's file may be empty (an empty value clears).
     const QStringList files = CliEditCommands::handles(options.command) ? options.files.mid(0, 1) : options.files;
     for (const QString &file : files) {

@@ -5,10 +5,13 @@
 #include "cli/CliReport.h"
 #include "common/RegistryWrapper.h"
 #include "formats/ValueFormats.h"
+#include "symbols/AddItems.h"
 #include "symbols/RemapDialog.h"
 #include "symbols/RemapSymbols.h"
 #include "symbols/RemoveItems.h"
 #include "symbols/RenameItem.h"
+#include "symbols/ReplaceBlocks.h"
+#include "symbols/SymbolDialogs.h"
 #include "symbols/StrictPrefix.h"
 #include "symbols/SymbolScheme.h"
 
@@ -24,6 +27,28 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const ItemKind kKinds[] = {ItemKind::Block, ItemKind::Texture, ItemKind::Sound};
+
+// The list whose Add command takes the file (extension compared ignoring case).
+std::optional<ItemKind> addKind(const QString &path)
+{
+    const QString lower = path.toLower();
+    for (ItemKind kind : kKinds) {
+        if (isItemFile(kind, lower))
+            return kind;
+    }
+    return std::nullopt;
+}
+
+// The option values that follow each `name` in `options`, in order.
+QStringList optionValues(const QStringList &options, const QString &name)
+{
+    QStringList values;
+    for (qsizetype i = 0; i + 1 < options.size(); ++i) {
+        if (options[i] == name)
+            values.append(options[++i]);
+    }
+    return values;
+}
 
 // The row named `name` (ignoring case, as Windows names match) in the lists.
 bool findItem(BlocksetDocument &document, const QString &name, ItemKind &kind, int &row)
@@ -127,7 +152,8 @@ bool declined(const CliPrompts &prompts, qsizetype first)
 
 bool CliEditCommands::handles(const QString &command)
 {
-    static const QStringList commands{u"remove"_s, u"rename"_s, u"remap"_s, u"prefix"_s, u"set"_s};
+    static const QStringList commands{u"add"_s,   u"remove"_s, u"rename"_s, u"replace"_s,
+                                      u"symbols"_s, u"remap"_s, u"prefix"_s, u"set"_s};
     return commands.contains(command);
 }
 
@@ -146,8 +172,25 @@ QString CliEditCommands::check(const QString &command, const QStringList &argume
             return u"\""_s + prefix + u"\" is not in the prefix list"_s;
         return QString();
     }
+    if (command == "replace"_L1) {
+        if (n < 2)
+            return u"replace takes a file and at least one block"_s;
+        if (options.size() != 2 * optionValues(options, u"--from"_s).size())
+            return u"replace takes only --from PATH"_s;
+        return QString();
+    }
     if (!options.isEmpty())
-        return options.first() + u" is an option of remap"_s;
+        return options.first() + u" is not an option of "_s + command;
+    if (command == "add"_L1) {
+        if (n < 2)
+            return u"add takes a file and at least one path"_s;
+        for (const QString &path : arguments.mid(1)) {
+            if (!addKind(path))
+                return u"\""_s + path + u"\" is no block, texture or sound file (.block, .gif, .jpg, .wav)"_s;
+        }
+    }
+    if (command == "symbols"_L1 && n != 4)
+        return u"symbols takes a file, a block, the single and the double symbol"_s;
     if (command == "remove"_L1 && n < 2)
         return u"remove takes a file and at least one name"_s;
     if (command == "rename"_L1 && n != 3)
@@ -175,8 +218,11 @@ QString CliEditCommands::check(const QString &command, const QStringList &argume
 
 QString CliEditCommands::usageLines()
 {
-    return u"       cubrix-cli remove FILE.bset NAME... [--json] [--no]\n"
+    return u"       cubrix-cli add FILE.bset PATH... [--json] [--no]\n"
+           "       cubrix-cli remove FILE.bset NAME... [--json] [--no]\n"
            "       cubrix-cli rename FILE.bset OLD NEW [--json] [--no]\n"
+           "       cubrix-cli replace FILE.bset BLOCK... [--from PATH]... [--json] [--no]\n"
+           "       cubrix-cli symbols FILE.bset BLOCK SINGLE DOUBLE [--json] [--no]\n"
            "       cubrix-cli remap FILE.bset --all|--sync-double [--prefix C] [--json] [--no]\n"
            "       cubrix-cli prefix FILE.bset C [--json] [--no]\n"
            "       cubrix-cli set FILE.bset FIELD VALUE [--json] [--no]\n"_s;
@@ -184,11 +230,23 @@ QString CliEditCommands::usageLines()
 
 QString CliEditCommands::helpLines()
 {
-    return u"  remove FILE.bset NAME...\n"
+    return u"  add FILE.bset PATH...\n"
+           "                     Adds block, texture and sound files (by extension, any\n"
+           "                     case) as Add Block, Add Texture and Add Sound do, each\n"
+           "                     symbol dialog answered with OK on what it offers first.\n"
+           "  remove FILE.bset NAME...\n"
            "                     Removes the named blocks, textures and sounds (file names,\n"
            "                     any case) as the Remove command of each list does.\n"
            "  rename FILE.bset OLD NEW\n"
            "                     Renames the item OLD to NEW as editing its label does.\n"
+           "  replace FILE.bset BLOCK... [--from PATH]...\n"
+           "                     Update/Replace on the named blocks: a block whose source\n"
+           "                     file still exists is refreshed from it; each file the\n"
+           "                     command asks for is the next --from PATH (none: skipped).\n"
+           "  symbols FILE.bset BLOCK SINGLE DOUBLE\n"
+           "                     Chooses SINGLE and DOUBLE (\"\" for none) in the Edit\n"
+           "                     Symbols dialog of BLOCK; a symbol the dialog does not\n"
+           "                     offer, or a double it refuses, is an error.\n"
            "  remap FILE.bset --all|--sync-double [--prefix C]\n"
            "                     OK on the Remap All or Sync Double tab of Remap Symbols\n"
            "                     with the prefix C (default \".\").\n"
@@ -197,7 +255,7 @@ QString CliEditCommands::helpLines()
            "                     Types VALUE into one settings or version control: FIELD is\n"
            "                     a key of \"style\" in info --json, update (the update\n"
            "                     comment) or strictPrefix (on or off: the check box).\n"
-           "                     These five commands save the blockset with Save when it\n"
+           "                     These eight commands save the blockset with Save when it\n"
            "                     changed; with --json they print the info object read\n"
            "                     after the save plus \"results\" (the status texts shown).\n"_s;
 }
@@ -227,8 +285,15 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
     const qsizetype first = prompts.messageCount();
     document.clearProcess();
     QString error;
+    QStringList results;
     int code = Failed;
-    if (command == "remove"_L1)
+    if (command == "add"_L1)
+        code = add(arguments.mid(1), document, prompts, results);
+    else if (command == "replace"_L1)
+        code = replace(arguments.mid(1), options, document, prompts, error);
+    else if (command == "symbols"_L1)
+        code = symbols(arguments, document, prompts, error);
+    else if (command == "remove"_L1)
         code = remove(arguments.mid(1), document, error);
     else if (command == "rename"_L1)
         code = rename(arguments[1], arguments[2], document, error);
@@ -240,8 +305,7 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
         code = set(arguments[1], arguments[2], document, error);
     if (code == Failed && error.isEmpty() && declined(prompts, first))
         code = Success;
-    QStringList results;
-    if (!document.processText().isEmpty())
+    if (results.isEmpty() && !document.processText().isEmpty())
         results.append(document.processText());
 
     if (code != UsageError && document.isChanged()) {
@@ -268,6 +332,60 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
             print(m_out, result + u'\n');
     }
     return code;
+}
+
+int CliEditCommands::add(const QStringList &paths, BlocksetDocument &document, CliPrompts &prompts,
+                         QStringList &results)
+{
+    for (ItemKind kind : kKinds) {
+        QStringList chosen;
+        for (const QString &path : paths) {
+            if (addKind(path) == kind)
+                chosen.append(QFileInfo(path).absoluteFilePath());
+        }
+        if (chosen.isEmpty())
+            continue;
+        prompts.setMultiOpenAnswers({chosen});
+        addItems(document, kind);
+        results.append(document.processText());
+    }
+    return Success;
+}
+
+int CliEditCommands::replace(const QStringList &names, const QStringList &options, BlocksetDocument &document,
+                             CliPrompts &prompts, QString &error)
+{
+    QList<int> rows;
+    for (const QString &name : names) {
+        ItemKind kind;
+        int row;
+        if (!findItem(document, name, kind, row) || kind != ItemKind::Block) {
+            error = u"\""_s + name + u"\" is in no block list"_s;
+            return UsageError;
+        }
+        rows.append(row);
+    }
+    QStringList sources;
+    for (const QString &path : optionValues(options, u"--from"_s))
+        sources.append(QFileInfo(path).absoluteFilePath());
+    prompts.setOpenAnswers(sources);
+    replaceBlocks(document, rows);
+    return Success;
+}
+
+int CliEditCommands::symbols(const QStringList &arguments, BlocksetDocument &document, CliPrompts &prompts,
+                             QString &error)
+{
+    ItemKind kind;
+    int row;
+    if (!findItem(document, arguments[1], kind, row) || kind != ItemKind::Block) {
+        error = u"\""_s + arguments[1] + u"\" is in no block list"_s;
+        return UsageError;
+    }
+    prompts.chooseSymbols(arguments[2], arguments[3]);
+    editSymbols(document, row);
+    error = prompts.symbolError();
+    return error.isEmpty() ? Success : Failed;
 }
 
 int CliEditCommands::remove(const QStringList &names, BlocksetDocument &document, QString &error)

@@ -8,8 +8,8 @@
 class BlocksetDocument;
 class CliPrompts;
 
-// The item and symbol commands of cubrix-cli: remove, rename, remap, prefix and
-// set. Each runs on a blockset the editor's open has loaded, as the window would
+// The item and symbol commands of cubrix-cli: add, remove, rename, replace,
+// symbols, remap, prefix and set. Each runs on a blockset the editor's open has loaded, as the window would
 // run it, then saves with Save when the blockset changed.
 class CliEditCommands {
 public:
@@ -19,7 +19,7 @@ public:
 
     static bool handles(const QString &command);
     // Empty when `arguments` (after the command; the file first) and `options`
-    // (--all, --sync-double, --prefix C) suit `command`, else what is wrong.
+    // (--all, --sync-double, --prefix C, --from PATH) suit `command`, else what is wrong.
     static QString check(const QString &command, const QStringList &arguments, const QStringList &options);
     static QString usageLines();
     static QString helpLines();
@@ -29,7 +29,12 @@ public:
             BlocksetDocument &document, CliPrompts &prompts);
 
 private:
-    // Each returns an exit code; `error` receives why a command failed.
+    // Each returns an exit code; `error` receives why a command failed and
+    // `results` the status texts of commands that show more than one.
+    int add(const QStringList &paths, BlocksetDocument &document, CliPrompts &prompts, QStringList &results);
+    int replace(const QStringList &names, const QStringList &options, BlocksetDocument &document,
+                CliPrompts &prompts, QString &error);
+    int symbols(const QStringList &arguments, BlocksetDocument &document, CliPrompts &prompts, QString &error);
     int remove(const QStringList &names, BlocksetDocument &document, QString &error);
     int rename(const QString &oldName, const QString &newName, BlocksetDocument &document, QString &error);
     int remap(const QStringList &options, BlocksetDocument &document);

@@ -1,0 +1,215 @@
+#include "common/RegistryWrapper.h"
+#include "formats/ValueFormats.h"
+#include "support/FakeHost.h"
+#include "support/TestFiles.h"
+#include "symbols/AddItems.h"
+#include "symbols/BlockNaming.h"
+#include "symbols/ReplaceBlocks.h"
+#include "symbols/SymbolScheme.h"
+
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+using Script = ScriptedPrompts::SymbolScript;
+
+// Adding and replacing items on real files: a source folder outside the working
+// folder, scripted dialogs, and the bytes that land in the working folder.
+class TestAddItems : public QObject {
+    Q_OBJECT
+
+    static QString source(FakeHost &host, const QString &name, const QByteArray &bytes)
+    {
+        const QString path = host.sourceFolder() + u'/' + name;
+        writeBytes(path, bytes);
+        return path;
+    }
+
+    static QByteArray blockText(const QString &name)
+    {
+        return "<!-- kept -->\r\n<BLOCK NAME=\"" + name.toLatin1() + "\" TYPE=\"structural\">\r\n"
+               "<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n";
+    }
+
+    static void rows(FakeHost &host, int count)
+    {
+        for (int i = 0; i < count; ++i)
+            host.blockset.blocks.append(BlockRow{u"b%1.block"_s.arg(i), u"b%1"_s.arg(i)});
+    }
+
+    static QStringList blockFiles(FakeHost &host)
+    {
+        QStringList files;
+        for (const BlockRow &row : std::as_const(host.blockset.blocks))
+            files.append(row.file);
+        return files;
+    }
+
+private slots:
+    void addBlocksCommand()
+    {
+        FakeHost host;
+        host.blockset.blocks.append(BlockRow{u"A.block"_s, u"A"_s, u"A"_s});
+        const QStringList chosen{source(host, u"b.block"_s, blockText(u"b"_s)),
+                                 source(host, u"x.BLOCK"_s, blockText(u"x"_s)),
+                                 host.sourceFolder() + u"/gone.block"_s,
+                                 source(host, u"a.block"_s, blockText(u"a"_s)),
+                                 source(host, u"A.block"_s, blockText(u"A"_s)),
+                                 source(host, u"B.block"_s, blockText(u"B"_s))};
+        host.scripted.multiAnswers << chosen;
+        host.scripted.answers << PromptAnswer::Ok;
+        host.scripted.symbolAnswers << Script{Script::Cancel} << Script{} << Script{};
+
+        QCOMPARE(addItems(host, ItemKind::Block), 2);
+        QCOMPARE(host.scripted.fileRequests.first().title, u"Add Block"_s);
+        // Sorted by character code: A, B, a, b; A is a duplicate (told), B cancelled,
+        // x.BLOCK and the missing file skipped without a word.
+        QCOMPARE(host.scripted.messageTexts(), QStringList{u"There is already a \"A.block\" in the blockset!"_s});
+        QStringList captions;
+        for (const SymbolDialogSetup &setup : std::as_const(host.scripted.symbolRequests))
+            captions << setup.caption;
+        QCOMPARE(captions, QStringList({u"Add symbols for B.block"_s, u"Add symbols for a.block"_s,
+                                        u"Add symbols for b.block"_s}));
+        QCOMPARE(blockFiles(host), QStringList({u"A.block"_s, u"a.block"_s, u"b.block"_s}));
+        QCOMPARE(QDir(itemFolder(host, ItemKind::Block)).entryList(QDir::Files), QStringList({u"a.block"_s, u"b.block"_s}));
+        // Offered first: the free symbols after A.
+        QCOMPARE(host.blockset.blocks[1].symbol, u"B"_s);
+        QCOMPARE(host.blockset.blocks[2].symbol, u"C"_s);
+        QCOMPARE(host.blockset.blocks[1].source, chosen[3]);
+        QCOMPARE(host.processTexts, QStringList({u"Add Block..."_s, u"2 blocks added."_s}));
+        QCOMPARE(host.settings().getStringSetting(u"pathBlocks"_s), host.sourceFolder());
+        QVERIFY(host.changed);
+        QVERIFY(host.scripted.unexpected.isEmpty());
+    }
+
+    void limitOfBlocks()
+    {
+        FakeHost host;
+        rows(host, blockLimit() - 1);
+        host.scripted.multiAnswers << QStringList{source(host, u"x.block"_s, blockText(u"x"_s)),
+                                                  source(host, u"y.block"_s, blockText(u"y"_s)),
+                                                  source(host, u"z.block"_s, blockText(u"z"_s))};
+        host.scripted.symbolAnswers << Script{};
+        QCOMPARE(addItems(host, ItemKind::Block), 1);
+        QCOMPARE(host.scripted.messageTexts(), QStringList{u"The maximum of 89 block has been reached."_s});
+        QCOMPARE(host.processTexts.last(), u"1 block added."_s);
+    }
+
+    void blockName_data()
+    {
+        QTest::addColumn<bool>("syncBlock");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("inner");
+        QTest::addColumn<QStringList>("others");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("told");
+        QTest::newRow("kept") << false << u"w.block"_s << u"wall"_s << QStringList() << u"wall"_s << false;
+        QTest::newRow("blank cleaned") << false << u"w.block"_s << u"my wall"_s << QStringList() << u"my_wall"_s << true;
+        QTest::newRow("unique, counter not stacked")
+            << false << u"w.block"_s << u"my wall"_s << QStringList({u"my_wall"_s, u"1_my_wall"_s}) << u"2_my_wall"_s
+            << true;
+        QTest::newRow("accents replaced") << false << u"w.block"_s << u"caf\u00e9-1"_s << QStringList() << u"caf__1"_s
+                                          << true;
+        QTest::newRow("syncBlock takes the file name") << true << u"stone.block"_s << u"rock"_s << QStringList()
+                                                       << u"stone"_s << false;
+        QTest::newRow("syncBlock, then cleaned") << true << u"big stone.block"_s << u"rock"_s << QStringList()
+                                                 << u"big_stone"_s << true;
+    }
+
+    void blockName()
+    {
+        QFETCH(bool, syncBlock);
+        QFETCH(QString, file);
+        QFETCH(QString, inner);
+        QFETCH(QStringList, others);
+        QFETCH(QString, name);
+        QFETCH(bool, told);
+        FakeHost host;
+        host.settings().setBoolSetting(u"syncBlock"_s, syncBlock);
+        for (const QString &other : others)
+            host.blockset.blocks.append(BlockRow{other + u".block"_s, other});
+        const QByteArray original = blockText(inner);
+        const QString path = source(host, file, original);
+        host.scripted.symbolAnswers << Script{};
+
+        QVERIFY(addBlockFile(host, path));
+        QCOMPARE(host.blockset.blocks.last().name, name);
+        QCOMPARE(host.scripted.messageTexts(),
+                 told ? QStringList{u"The block name had to be changed to \""_s + name + u"\"!"_s} : QStringList());
+        // The copy carries the new name and every other byte as it was; the source is untouched.
+        const QByteArray copy = readBytes(itemFolder(host, ItemKind::Block) + u'/' + file);
+        QCOMPARE(copy, blockText(name));
+        QCOMPARE(readBytes(path), original);
+        QCOMPARE(host.blockset.blocks.last().sizeText, itemSizeText(copy.size()));
+    }
+
+    void texturesAndSounds()
+    {
+        FakeHost host;
+        host.blockset.textures.append(ItemRow{u"sky.gif"_s});
+        const QStringList chosen{source(host, u"sky.gif"_s, "GIF89a"), source(host, u"photo.JPG"_s, "jpeg"),
+                                 source(host, u"wall.jpg"_s, QByteArray(1234567, 'j'))};
+        host.scripted.multiAnswers << chosen;
+        QCOMPARE(addItems(host, ItemKind::Texture), 1);
+        QCOMPARE(host.scripted.messageTexts(), QStringList{u"There is already a texture \"sky.gif\" in the blockset!"_s});
+        QCOMPARE(host.blockset.textures.last().sizeText, u" 1,234,567"_s);
+        QCOMPARE(host.processTexts.last(), u"1 texture added."_s);
+
+        // With showWarnings off a duplicate is skipped silently; cancel shows no summary.
+        host.settings().setBoolSetting(u"showWarnings"_s, false);
+        const QString sound = source(host, u"a.wav"_s, "");
+        QVERIFY(addSoundFile(host, sound));
+        QVERIFY(!addSoundFile(host, sound));
+        host.scripted.multiAnswers << QStringList();
+        QCOMPARE(addItems(host, ItemKind::Sound), 0);
+        QCOMPARE(host.processTexts.last(), QString());
+        QCOMPARE(host.blockset.sounds.size(), 1);
+        QCOMPARE(host.scripted.messages.size(), 1);
+    }
+
+    void failedCopyLeavesNothing()
+    {
+        FakeHost host;
+        const QString folder = itemFolder(host, ItemKind::Texture);
+        QVERIFY(QDir(folder).removeRecursively());
+        writeBytes(folder, "not a folder");
+        QVERIFY(!addTextureFile(host, source(host, u"a.gif"_s, "GIF89a")));
+        QVERIFY(host.blockset.textures.isEmpty());
+        QVERIFY(!host.changed);
+        QCOMPARE(host.scripted.messageTexts(), QStringList{u"Unable to copy \"a.gif\" into the blockset!"_s});
+        QCOMPARE(host.scripted.messages.first().icon, PromptIcon::Critical);
+    }
+
+    void replaceBlocks()
+    {
+        FakeHost host;
+        host.settings().setBoolSetting(u"syncBlock"_s, false);
+        const QString blocks = itemFolder(host, ItemKind::Block);
+        writeBytes(blocks + u"/old.block"_s, blockText(u"old"_s));
+        writeBytes(blocks + u"/kept.block"_s, blockText(u"kept"_s));
+        writeBytes(blocks + u"/fresh.block"_s, blockText(u"fresh"_s));
+        const QString refreshed = source(host, u"fresh.block"_s, blockText(u"kept"_s));
+        host.blockset.blocks = {BlockRow{u"old.block"_s, u"old"_s, u"x"_s, u".x"_s, {}, {}, {}, host.sourceFolder() + u"/deleted.block"_s},
+                                BlockRow{u"kept.block"_s, u"kept"_s, u"y"_s, u".y"_s},
+                                BlockRow{u"fresh.block"_s, u"fresh"_s, u"z"_s, u".z"_s, {}, {}, {}, refreshed}};
+        const QString picked = source(host, u"new.block"_s, blockText(u"new"_s));
+        QVERIFY(QDir(host.sourceFolder()).mkdir(u"other"_s));
+        host.scripted.fileAnswers << picked << source(host, u"other/fresh.block"_s, "");
+
+        QCOMPARE(::replaceBlocks(host, {2, 0, 1}), 2);
+        // The gone source was cleared and asked for; the second pick names another row's file.
+        QCOMPARE(host.scripted.fileRequests[0].title, u"Replace old.block"_s);
+        QCOMPARE(host.scripted.fileRequests[1].title, u"Replace kept.block"_s);
+        QCOMPARE(host.scripted.messageTexts(), QStringList({u"There is already a \"fresh.block\" in the blockset!"_s,
+                                                            u"The block name had to be changed to \"1_kept\"!"_s}));
+        const BlockRow &replaced = host.blockset.blocks[0];
+        QCOMPARE(QStringList({replaced.file, replaced.name, replaced.symbol, replaced.doubleSymbol, replaced.source}),
+                 QStringList({u"new.block"_s, u"new"_s, u"x"_s, u".x"_s, picked}));
+        // Refreshed from its source, whose inner name another row has: made unique.
+        QCOMPARE(host.blockset.blocks[2].name, u"1_kept"_s);
+        QCOMPARE(QDir(blocks).entryList(QDir::Files), QStringList({u"fresh.block"_s, u"kept.block"_s, u"new.block"_s}));
+        QCOMPARE(host.processTexts.last(), u"2 blocks updated/replaced."_s);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAddItems)
+#include "test_add_items.moc"

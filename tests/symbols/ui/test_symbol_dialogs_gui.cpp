@@ -1,0 +1,117 @@
+#include "support/ScriptedPrompts.h"
+#include "symbols/SymbolDialogs.h"
+#include "symbols/ui/SymbolDialog.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+
+// frmAddBlock and frmEditSymbols as windows: which controls each symbol mode
+// shows and lets the user change, the double following the single one, and an
+// OK that a refused double symbol keeps open with the focus in the field.
+class TestSymbolDialogsGui : public QObject {
+    Q_OBJECT
+
+    static BlocksetContent blockset(bool strict, bool sync)
+    {
+        BlocksetContent content;
+        content.symbols.strictPrefixBoxChecked = strict;
+        content.symbols.syncDoubleBoxChecked = sync;
+        content.blocks = {BlockRow{u"a.block"_s, {}, u"A"_s, u".A"_s}, BlockRow{u"b.block"_s, {}, u"B"_s, u".B"_s}};
+        return content;
+    }
+
+    // Runs the dialog, lets `act` work on it while it is shown, and returns its answer.
+    static SymbolDialogAnswer run(const SymbolDialogSetup &setup, ScriptedPrompts &prompts,
+                                  const std::function<void(QDialog &)> &act)
+    {
+        SymbolDialogAnswer answer;
+        QTimer::singleShot(0, [&] {
+            auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            QTimer::singleShot(20000, dialog, &QDialog::reject); // never hang on a failure
+            act(*dialog);
+            if (dialog->isVisible())
+                dialog->reject();
+        });
+        answer = SymbolDialog::ask(setup, prompts, nullptr);
+        return answer;
+    }
+
+private slots:
+    void modes_data()
+    {
+        QTest::addColumn<bool>("strict");
+        QTest::addColumn<bool>("sync");
+        QTest::addColumn<QString>("doubleSymbol"); // after choosing E as single symbol
+        QTest::newRow("free text") << false << false << u"!a"_s;
+        QTest::newRow("strict prefix") << true << false << u".C"_s;
+        QTest::newRow("strict prefix and sync double") << true << true << u".E"_s;
+    }
+
+    void modes()
+    {
+        QFETCH(bool, strict);
+        QFETCH(bool, sync);
+        ScriptedPrompts prompts;
+        const BlocksetContent content = blockset(strict, sync);
+        const SymbolDialogAnswer answer = run(addBlockSetup(prompts, content, u"c.block"_s), prompts, [&](QDialog &dialog) {
+            QCOMPARE(dialog.objectName(), u"frmAddBlock"_s);
+            QCOMPARE(dialog.windowTitle(), u"Add symbols for c.block"_s);
+            auto *single = dialog.findChild<QComboBox *>(u"lstSingleChars"_s);
+            auto *prefix = dialog.findChild<QComboBox *>(u"lstDoublePrefix"_s);
+            auto *chars = dialog.findChild<QComboBox *>(u"lstDoubleChars"_s);
+            auto *field = dialog.findChild<QLineEdit *>(u"fldDoubleChars"_s);
+            QVERIFY(single && prefix && chars && field);
+            QCOMPARE(prefix->isVisible(), strict);
+            QCOMPARE(chars->isVisible(), strict);
+            QCOMPARE(field->isVisible(), !strict);
+            if (strict) {
+                QVERIFY(!prefix->isEnabled()); // always the blockset's prefix
+                QCOMPARE(prefix->count(), 90);
+                QCOMPARE(chars->isEnabled(), !sync);
+            }
+            single->setFocus();
+            single->setCurrentIndex(single->findText(u"E"_s));
+            if (!strict)
+                field->setText(u"!a"_s);
+            if (const QString dir = qEnvironmentVariable("CUBRIX_SCREENSHOTS"); !dir.isEmpty()) {
+                QDir().mkpath(dir);
+                dialog.grab().save(dir + u"/frmAddBlock-%1.png"_s.arg(QTest::currentDataTag()).replace(u' ', u'-'));
+            }
+            dialog.findChild<QPushButton *>(u"btnOK"_s)->click();
+        });
+        QVERIFY(answer.accepted);
+        QCOMPARE(answer.single, u"E"_s);
+        QTEST(answer.doubleSymbol, "doubleSymbol");
+    }
+
+    void refusedDoubleKeepsDialogOpen()
+    {
+        ScriptedPrompts prompts;
+        const BlocksetContent content = blockset(false, false);
+        const SymbolDialogAnswer answer = run(editSymbolsSetup(prompts, content, 1), prompts, [&](QDialog &dialog) {
+            QCOMPARE(dialog.objectName(), u"frmEditSymbols"_s);
+            auto *field = dialog.findChild<QLineEdit *>(u"fldDoubleChars"_s);
+            QCOMPARE(field->text(), u".B"_s);
+            field->setText(u".A"_s);
+            dialog.findChild<QPushButton *>(u"btnOK"_s)->click();
+            QVERIFY(dialog.isVisible());
+            QCOMPARE(dialog.focusWidget(), field);
+            dialog.findChild<QPushButton *>(u"btnEditBlock"_s)->click();
+            field->setText(u".Q"_s);
+            dialog.findChild<QPushButton *>(u"btnOK"_s)->click();
+        });
+        QCOMPARE(prompts.messageTexts(), QStringList({u"The double character symbol is already used!"_s,
+                                                      u"Yet not implemented in this version"_s}));
+        QVERIFY(answer.accepted);
+        QCOMPARE(answer.doubleSymbol, u".Q"_s);
+        QCOMPARE(answer.single, u"B"_s);
+    }
+};
+
+QTEST_MAIN(TestSymbolDialogsGui)
+#include "test_symbol_dialogs_gui.moc"
