@@ -34,6 +34,16 @@ class TestCliEdit : public QObject {
     }
 
 private slots:
+    void initTestCase()
+    {
+        // Files to add from, outside any blockset.
+        for (const char *name : {"new wall.block", "sky.gif", "notes.txt"}) {
+            QFile file(m_dir.filePath(QString::fromLatin1(name)));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("<BLOCK NAME=\"new wall\" TYPE=\"structural\">\r\n</BLOCK>\r\n");
+        }
+    }
+
     void commands_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -41,6 +51,18 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QStringList>("saved");
         const QStringList files{u"floor.block"_s, u"gate.block"_s, u"torch.block"_s, u"tower.block"_s, u"wall.block"_s};
+        const QString newWall = m_dir.filePath(u"new wall.block"_s);
+        QTest::newRow("add") << QStringList{u"add"_s, m_dir.filePath(u"sky.gif"_s), newWall} << 0 << u"symbol"_s
+                             << QStringList{u"A"_s, u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s};
+        QTest::newRow("add a file of no kind") << QStringList{u"add"_s, m_dir.filePath(u"notes.txt"_s)} << 2 << u"file"_s
+                                               << files;
+        QTest::newRow("replace, the source asked for")
+            << QStringList{u"replace"_s, u"wall.block"_s, u"--from"_s, newWall} << 0 << u"file"_s
+            << QStringList{u"floor.block"_s, u"gate.block"_s, u"new wall.block"_s, u"torch.block"_s, u"tower.block"_s};
+        QTest::newRow("symbols") << QStringList{u"symbols"_s, u"wall.block"_s, u"Z"_s, u".Z"_s} << 0 << u"symbol"_s
+                                 << QStringList{u"Z"_s, u"a"_s, u"b"_s, u"c"_s, u"d"_s};
+        QTest::newRow("symbols not offered") << QStringList{u"symbols"_s, u"wall.block"_s, u"a"_s, u".a"_s} << 1
+                                             << u"symbol"_s << QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s};
         QTest::newRow("remove") << QStringList{u"remove"_s, u"GATE.block"_s, u"bell.wav"_s, u"wall.block"_s} << 0
                                 << u"file"_s << QStringList{u"floor.block"_s, u"torch.block"_s, u"tower.block"_s};
         QTest::newRow("remove unknown") << QStringList{u"remove"_s, u"moat.block"_s} << 2 << u"file"_s << files;
