@@ -432,7 +432,8 @@ bool BlocksetDocument::saveBlockset()
     m_processMessageShown = true;
     setBusy(false);
     if (m_settings.getBoolSetting(u"showWarnings"_s))
-        reportRoverCompatibility(m_prompts, styleName, styleBytes, updateName, updateBytes);
+        reportRoverCompatibility(m_prompts, styleName, styleBytes, QDir(m_folder.blocksFolder()).entryList(QDir::Files),
+                                 updateName, updateBytes);
     return true;
 }
 

@@ -69,6 +69,8 @@ public:
     const StyleValues &style() const { return m_content.style; }
     const SymbolSettings &symbols() const { return m_content.symbols; }
     QString updateComment() const { return m_updateComment; }
+    // The update file beside the archive: its folder, its base name, ".txt".
+    QString updateFilePath() const;
 
     // What the item and symbol operations work on.
     BlocksetContent &content() override { return m_content; }
@@ -88,7 +90,6 @@ private:
     enum class SaveQuestion { Yes, No, Cancel };
     SaveQuestion askSave(const QString &text, const QString &title);
     void resetView();
-    QString updateFilePath() const;
     void fillLists();
     void failOpen(const QString &detail = QString());
     void checkInterface();

@@ -20,11 +20,11 @@ void listErrors(QStringList &lines, const QString &fileName, const RoverFindings
 } // namespace
 
 void reportRoverCompatibility(Prompts &prompts, const QString &styleName, const QByteArray &style,
-                              const QString &updateName, const QByteArray &update)
+                              const QStringList &blockFiles, const QString &updateName, const QByteArray &update)
 {
     QStringList lines;
     if (!styleName.isEmpty())
-        listErrors(lines, styleName, checkRoverStyle(style));
+        listErrors(lines, styleName, checkRoverStyle(style, &blockFiles));
     if (!updateName.isEmpty())
         listErrors(lines, updateName, checkRoverUpdate(update));
     if (lines.isEmpty())

@@ -2,7 +2,9 @@
 
 #include "app/BlocksetDocument.h"
 #include "app/WorkingFolder.h"
+#include "app/BlocksetCheck.h"
 #include "cli/CliCache.h"
+#include "cli/CliCheck.h"
 #include "cli/CliEditCommands.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliReport.h"
@@ -30,6 +32,7 @@ QString CliApp::usageText()
 {
     return u"Usage: cubrix-cli info FILE.bset [--json] [--no]\n"
            "       cubrix-cli save IN.bset OUT.bset [--no]\n"
+           "       cubrix-cli check FILE.bset [--json]\n"
            "       cubrix-cli cache [--browser ie|netscape] [--json]\n"
            "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s
            + CliEditCommands::usageLines() + u"       cubrix-cli --help\n"_s;
@@ -53,6 +56,15 @@ QString CliApp::helpText()
              "                     with the updateFile setting on, the update file OUT.txt\n"
              "                     beside it. IN is left as it was. Like the editor, it\n"
              "                     remembers OUT's folder in the pathBlockset setting.\n"_s
+           + u"  check FILE.bset    Says what Rover will do with the blockset: the errors and\n"
+             "                     warnings of Rover's readers for its style and update\n"
+             "                     file (file and line), blocks Rover will not use, entries\n"
+             "                     naming files the blockset does not hold, duplicate\n"
+             "                     symbols and names, textures that are missing, and\n"
+             "                     whether Rover loads the blockset and sees its update.\n"
+             "                     Exit 0 when Rover loads it and reads its update file\n"
+             "                     (where there is one), 1 when it would reject either.\n"
+             "                     Nothing on disk is changed.\n"_s
            + CliEditCommands::helpLines()
            + u"\n"
              "Options:\n"
@@ -126,9 +138,9 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
 
     options.command = positional.takeFirst();
     options.files = positional;
-    if (options.command == "info"_L1) {
+    if (options.command == "info"_L1 || options.command == "check"_L1) {
         if (options.files.size() != 1)
-            return u"info takes one file"_s;
+            return options.command + u" takes one file"_s;
     } else if (options.command == "save"_L1) {
         if (options.files.size() != 2)
             return u"save takes two files"_s;
@@ -190,7 +202,9 @@ int CliApp::runCommand(const Options &options)
             code = CliEditCommands(m_out, m_err).run(options.command, options.files, options.commandOptions,
                                                      options.json, document, prompts);
         else
-            code = options.command == "info"_L1 ? info(options, document, prompts) : save(options, document, prompts);
+            code = options.command == "info"_L1    ? info(options, document, prompts)
+                : options.command == "check"_L1 ? check(options, document, prompts)
+                                                : save(options, document, prompts);
     }
     folder.removeWorkingFolders();
     return code;
@@ -212,6 +226,24 @@ int CliApp::info(const Options &options, BlocksetDocument &document, CliPrompts 
         print(m_out, CliReport::infoText(file, document, prompts.messages()));
     }
     return Success;
+}
+
+int CliApp::check(const Options &options, BlocksetDocument &document, CliPrompts &prompts)
+{
+    document.openBlockset(fullPath(options.files.first()));
+    if (!document.blocksetOpen()) {
+        printMessages(prompts, 0);
+        return Failed;
+    }
+    const BlocksetCheck result = checkBlockset(document);
+    if (options.json) {
+        const QByteArray json = CliCheck::json(result);
+        std::fwrite(json.constData(), 1, size_t(json.size()), m_out);
+        std::fflush(m_out);
+    } else {
+        print(m_out, CliCheck::text(result));
+    }
+    return CliCheck::exitCode(result);
 }
 
 int CliApp::save(const Options &options, BlocksetDocument &document, CliPrompts &prompts)

@@ -42,6 +42,7 @@ private:
     int runCommand(const Options &options);
     int info(const Options &options, BlocksetDocument &document, CliPrompts &prompts);
     int save(const Options &options, BlocksetDocument &document, CliPrompts &prompts);
+    int check(const Options &options, BlocksetDocument &document, CliPrompts &prompts);
 
     void print(std::FILE *stream, const QString &text);
     // The messages from `first` on, one "title: text" block each, on stderr.

@@ -1,6 +1,8 @@
 // Runs cubrix-cli's item and symbol commands on a copy of the Castle example
 // (floor, gate, torch, tower, wall with a..e) and reads the saved result back.
 
+#include "support/BlocksetFiles.h"
+
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
@@ -99,6 +101,35 @@ private slots:
         const auto [infoCode, info] = cli({u"info"_s, file});
         QCOMPARE(infoCode, 0);
         QCOMPARE(values(info, key), saved);
+    }
+
+
+    void check()
+    {
+        const QString castle = m_dir.filePath(u"Castle.bset"_s);
+        QFile::remove(castle);
+        QVERIFY(QFile::copy(QStringLiteral(CUBRIX_EXAMPLES) + u"/Castle.bset"_s, castle));
+        QVERIFY(writeFile(m_dir.filePath(u"Castle.txt"_s), updateFileText(u"1.0"_s, u"First"_s, 1)));
+        auto [code, report] = cli({u"check"_s, castle});
+        QCOMPARE(code, 0);
+        QVERIFY(report.value(u"roverLoadsBlockset"_s).toBool() && report.value(u"roverSeesUpdate"_s).toBool());
+
+        // A style entry without a symbol and one naming a missing file; an update id Rover cannot read.
+        const QString broken = m_dir.filePath(u"Broken.bset"_s);
+        QVERIFY(writeBset(broken, {{u"Broken.style"_s, styleFile(u"B"_s, u"<block symbol=\"\" file=\"a.block\"/>\n"
+                                                                   "<block symbol=\"b\" file=\"gone.block\"/>\n"_s)},
+                                   {u"blocks/a.block"_s, blockFile(u"a"_s)}}));
+        QVERIFY(writeFile(m_dir.filePath(u"Broken.txt"_s), updateFileText(u"2.5a"_s, u"Second"_s, 1)));
+        std::tie(code, report) = cli({u"check"_s, broken});
+        QCOMPARE(code, 1);
+        QVERIFY(!report.value(u"roverLoadsBlockset"_s).toBool() && !report.value(u"roverSeesUpdate"_s).toBool());
+        QStringList errors;
+        for (const QJsonValue &finding : report.value(u"findings"_s).toArray()) {
+            const QJsonObject f = finding.toObject();
+            if (f.value(u"severity"_s) == u"error"_s)
+                errors << f.value(u"file"_s).toString() + u':' + QString::number(f.value(u"line"_s).toInt());
+        }
+        QCOMPARE(errors, QStringList({u"Broken.style:2"_s, u"Broken.style:3"_s, u"Broken.txt:1"_s}));
     }
 };
 
