@@ -88,6 +88,7 @@ private slots:
         QFETCH(QString, shown);
         DocumentEnv env;
         env.setOption("showWarnings", showWarnings);
+        env.prompts.roverRejectionExpected = true;
         const QString castle = env.addSet(QStringLiteral("Castle.bset"), castleFiles());
         env.open(castle);
         env.document.editUpdateComment(comment);
@@ -277,6 +278,7 @@ private slots:
         env.document.editUpdateComment(QStringLiteral("Round trip"));
         QCOMPARE(env.document.versionText(), QStringLiteral("2.0 beta"));
         env.prompts.answers << PromptAnswer::Ok;
+        env.prompts.roverRejectionExpected = true;
         QVERIFY(env.document.saveBlockset());
         // "2.0 beta" is kept as typed, but Rover cannot read it as the update's version.
         QCOMPARE(env.prompts.messages.size(), 1);

@@ -1,5 +1,7 @@
 #include "support/ScriptedPrompts.h"
 
+#include <QTest>
+
 PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title, PromptButtons buttons,
                                       PromptIcon icon)
 {
@@ -10,6 +12,10 @@ PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title,
                                       PromptButtons buttons, PromptIcon icon)
 {
     messages.append({text, title, buttons, icon, detail});
+    // Every save checks what it wrote against Rover's readers and reports here:
+    // a file Rover would reject fails the running test unless it expects that.
+    if (title == QStringLiteral("Rover compatibility") && !roverRejectionExpected)
+        QTest::qFail(qPrintable(QStringLiteral("Rover rejects a written file: ") + text), __FILE__, __LINE__);
     if (answers.isEmpty()) {
         if (buttons == PromptButtons::Ok)
             return PromptAnswer::Ok;

@@ -53,6 +53,9 @@ public:
     QList<QStringList> multiAnswers;  // for openFiles
     QList<NewBlocksetChoice> newAnswers;
     QList<SymbolScript> symbolAnswers;
+    // A "Rover compatibility" message (a saved file Rover would reject) fails the
+    // test unless this is set.
+    bool roverRejectionExpected = false;
 
     // Records.
     QList<Message> messages;

@@ -183,7 +183,7 @@ private slots:
     {
         QFETCH(QString, command);
         QFETCH(bool, cancel);
-        fixture->prompts.newAnswers << NewBlocksetChoice{"Draft", "", false, false, 0};
+        fixture->prompts.newAnswers << NewBlocksetChoice{"Draft", "1.0", false, false, 0};
         fixture->action("btnNew")->trigger();
         fixture->typeInto("fldAuthor", "Me");
         QCOMPARE(fixture->caption(), QString("Cubrix - Draft*"));
