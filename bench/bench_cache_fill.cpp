@@ -42,6 +42,7 @@ public:
     QStringList openFiles(const QString &, const QString &, const QString &) override { return {}; }
     QString saveFile(const QString &, const QString &, const QString &, const QString &) override { return {}; }
     NewBlocksetChoice newBlockset(bool, bool) override { return {}; }
+    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &) override { return {}; }
 };
 
 bool writeBlockset(const QString &path, const QString &baseName)

@@ -56,6 +56,7 @@ public:
     QStringList openFiles(const QString &, const QString &, const QString &) override { return {}; }
     QString saveFile(const QString &, const QString &, const QString &, const QString &) override { return target; }
     NewBlocksetChoice newBlockset(bool, bool) override { return {}; }
+    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &setup) override { return offeredSymbols(setup); }
 
     QString target;
     int shown = 0;
