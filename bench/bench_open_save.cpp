@@ -7,6 +7,7 @@
 // (within 1.3 times the tool) shows where the time goes.
 //
 // Usage: bench_open_save [RUNS]   (best of RUNS, default 5)
+//        bench_open_save --make FILE.bset   (only writes the benchmark's blockset)
 
 #include "app/Archive.h"
 #include "app/BlocksetDocument.h"
@@ -243,15 +244,20 @@ void report(const char *label, double ms)
 int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
-    const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
+    const bool makeOnly = argc > 2 && std::strcmp(argv[1], "--make") == 0;
+    const int runs = argc > 1 && !makeOnly ? std::max(1, std::atoi(argv[1])) : 5;
 
     QTemporaryDir temp;
     if (!temp.isValid())
         fail(u"no temporary folder"_s);
     const QString source = temp.filePath(u"source"_s);
-    const QString archive = temp.filePath(u"Bench.bset"_s);
+    const QString archive = makeOnly ? QFileInfo(QString::fromLocal8Bit(argv[2])).absoluteFilePath()
+                                     : temp.filePath(u"Bench.bset"_s);
     makeBlocksetFolder(source);
+    QFile::rename(source + u"/Bench.style"_s, source + u'/' + QFileInfo(archive).completeBaseName() + u".style"_s);
     runTool(u"zip"_s, {u"-r"_s, u"-6"_s, u"-q"_s, archive, u"."_s}, source);
+    if (makeOnly)
+        return 0;
     std::printf("Blockset: %d blocks, %d textures, %d sounds; %.1f MB unpacked, %.1f MB packed; best of %d runs\n",
                 kBlocks, kTextures, kSounds, double(folderBytes(source)) / 1e6,
                 double(QFileInfo(archive).size()) / 1e6, runs);

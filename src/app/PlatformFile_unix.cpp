@@ -190,7 +190,7 @@ int createFile(const Folder &folder, const QByteArray &name, int &err)
         return -1;
     }
     struct stat st {};
-    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 || ftruncate(fd, 0) != 0) {
+    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 || (st.st_size > 0 && ftruncate(fd, 0) != 0)) {
         close(fd);
         err = 0;
         return -1;
@@ -200,7 +200,17 @@ int createFile(const Folder &folder, const QByteArray &name, int &err)
 
 bool readAt(int fd, char *data, qint64 length, qint64 offset)
 {
-    return pread(fd, data, size_t(length), off_t(offset)) == ssize_t(length);
+    while (length > 0) {
+        const ssize_t n = pread(fd, data, size_t(length), off_t(offset));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false; // an error, or the file ended early
+        data += n;
+        length -= n;
+        offset += n;
+    }
+    return true;
 }
 
 bool writeAll(int fd, const char *data, size_t length, int &err)
