@@ -1,6 +1,7 @@
 #include "app/Archive.h"
 
 #include "app/ArchivePaths.h"
+#include "app/ArchiveSource.h"
 #include "app/ArchiveSink.h"
 #include "app/PlatformFile.h"
 
@@ -26,9 +27,6 @@ constexpr size_t kChunk = 256 * 1024;
 // More end-of-directory signatures than this in an archive's tail make libzip try
 // each candidate directory in turn; no real archive has them, so it is refused.
 constexpr int kMaxEndRecords = 16;
-// Archives up to this size are read whole into memory (blocksets are rarely
-// more than a few MiB); larger ones are read through the file.
-constexpr qint64 kWholeReadLimit = qint64(256) << 20;
 // The file type bits of a Unix mode, as ZIP tools store them in an entry's
 // external attributes, and the type of a symbolic link.
 constexpr zip_uint32_t kUnixTypeMask = 0170000;
@@ -181,7 +179,6 @@ struct Archive::Impl {
     bool writing = false;
     QString target;
     QString readerPath; // the file `reader` reads
-    QByteArray bytes;   // the whole archive, when it was read into memory
     std::vector<PackedFile> files;
     std::vector<QByteArray> emptyFolders; // "name/" entries
     QString error;
@@ -191,7 +188,6 @@ struct Archive::Impl {
         if (reader)
             zip_discard(reader);
         reader = nullptr;
-        bytes = QByteArray();
     }
 
     bool fail(const QString &text)
@@ -230,43 +226,28 @@ bool Archive::openArchive(const QString &path)
         return d->fail(u"\"%1\" is empty"_s.arg(path));
     }
 
-    // An archive of a usual size is read in one piece and unpacked from memory:
-    // libzip's reads through a file cost a read and a seek for every few KiB.
-    const bool whole = size <= kWholeReadLimit;
-    if (whole) {
-        d->bytes.resize(qsizetype(size));
-        if (!PlatformFile::readAt(fd, d->bytes.data(), size, 0)) {
-            PlatformFile::closeFile(fd);
-            d->bytes = QByteArray();
-            return d->fail(u"cannot read \"%1\""_s.arg(path));
-        }
-    }
     // The end-of-directory record lies in the last 64 KiB + 22 bytes.
     const qint64 tailSize = std::min<qint64>(size, 65535 + 22);
-    QByteArray tail = whole ? d->bytes.right(tailSize) : QByteArray(tailSize, '\0');
-    if (!whole && !PlatformFile::readAt(fd, tail.data(), tailSize, size - tailSize)) {
+    QByteArray tail(tailSize, '\0');
+    if (!PlatformFile::readAt(fd, tail.data(), tailSize, size - tailSize)) {
         PlatformFile::closeFile(fd);
         return d->fail(u"cannot read \"%1\""_s.arg(path));
     }
     const qsizetype endRecords = tail.count(QByteArrayView("PK\x05\x06", 4));
     if (endRecords == 0 || endRecords > kMaxEndRecords) {
         PlatformFile::closeFile(fd);
-        d->bytes = QByteArray();
         return d->fail(u"\"%1\" is not a ZIP archive"_s.arg(path));
     }
 
     zip_error_t error;
     zip_error_init(&error);
-    zip_source_t *source = whole ? zip_source_buffer_create(d->bytes.constData(), zip_uint64_t(size), 0, &error)
-                                 : PlatformFile::zipReadSource(fd, size, &error);
-    PlatformFile::closeFile(fd); // a file source reads through a descriptor of its own
+    zip_source_t *source = windowedReadSource(fd, size, &error); // the source owns the file from here
     d->reader = source ? zip_open_from_source(source, ZIP_RDONLY, &error) : nullptr;
     const int zipCode = zip_error_code_zip(&error);
     zip_error_fini(&error);
     if (!d->reader) {
         if (source)
             zip_source_free(source);
-        d->bytes = QByteArray();
         return d->fail(u"\"%1\" is not a readable ZIP archive: %2"_s.arg(path, zipErrorText(zipCode)));
     }
     d->readerPath = path;

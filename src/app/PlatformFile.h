@@ -108,9 +108,6 @@ constexpr bool kReplaceNeedsClosedFile = true;
 // Lets the heap keep memory that a save allocates and frees for every entry.
 void keepAllocatorMemory();
 
-// A libzip source reading the open file `fd` of `size` bytes; `fd` stays the
-// caller's (the source reads through a duplicate of its own).
-zip_source_t *zipReadSource(int fd, qint64 size, zip_error_t *error);
 // A libzip source reading the file at `path` when the archive is written.
 zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error);
 

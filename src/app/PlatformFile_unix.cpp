@@ -288,25 +288,6 @@ void keepAllocatorMemory()
 #endif
 }
 
-zip_source_t *zipReadSource(int fd, qint64 size, zip_error_t *error)
-{
-    const int own = fcntl(fd, F_DUPFD_CLOEXEC, 0);
-    FILE *file = own >= 0 ? fdopen(own, "rb") : nullptr;
-    if (!file) {
-        if (own >= 0)
-            close(own);
-        zip_error_set(error, ZIP_ER_OPEN, errno);
-        return nullptr;
-    }
-    // The directory and the entries are read in large pieces: a blockset's
-    // entries are small, and the default buffer costs a read call for every few KiB.
-    setvbuf(file, nullptr, _IOFBF, 1 << 20);
-    zip_source_t *source = zip_source_filep_create(file, 0, size, error);
-    if (!source)
-        fclose(file);
-    return source;
-}
-
 zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error)
 {
     return zip_source_file_create(path.constData(), 0, 0, error);

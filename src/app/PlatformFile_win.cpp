@@ -383,21 +383,6 @@ void keepAllocatorMemory() {}
 
 // libzip may use another C runtime than this program, so it gets a Windows handle
 // of its own rather than the descriptor.
-zip_source_t *zipReadSource(int fd, qint64 size, zip_error_t *error)
-{
-    _lseeki64(fd, 0, SEEK_SET); // the duplicate shares the file position, which readAt moved
-    HANDLE own = nullptr;
-    if (!DuplicateHandle(GetCurrentProcess(), reinterpret_cast<HANDLE>(_get_osfhandle(fd)), GetCurrentProcess(), &own, 0,
-                         FALSE, DUPLICATE_SAME_ACCESS)) {
-        zip_error_set(error, ZIP_ER_OPEN, lastSystemError());
-        return nullptr;
-    }
-    zip_source_t *source = zip_source_win32handle_create(own, 0, size, error);
-    if (!source)
-        CloseHandle(own);
-    return source;
-}
-
 zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error)
 {
     const std::wstring name = decodeName(path).toStdWString();

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <zip.h>
+
+// A libzip source over the open archive file `fd` of `size` bytes that reads
+// through a window of 1 MiB: unpacking reads the archive from front to back in
+// pieces of a few KiB, which the window turns into one read call per MiB and no
+// seeks. The source owns `fd` and closes it when freed (also when creating it
+// fails).
+zip_source_t *windowedReadSource(int fd, qint64 size, zip_error_t *error);
