@@ -8,6 +8,7 @@
 #include "formats/ValueFormats.h"
 #include "symbols/BlockNaming.h"
 #include "symbols/OperationHost.h"
+#include "symbols/RenameItem.h"
 #include "symbols/SymbolDialogs.h"
 #include "symbols/SymbolScheme.h"
 
@@ -71,6 +72,16 @@ bool isDuplicate(OperationHost &host, ItemKind kind, const QString &file)
     return true;
 }
 
+// A name Windows or Windows-1252 cannot hold would make a blockset Rover cannot use there.
+bool isRefusedName(OperationHost &host, ItemKind kind, const QString &file)
+{
+    if (isPortableFileName(file))
+        return false;
+    host.prompts().message(u"\""_s + file + u"\" cannot be used as a file name!"_s, u"Unable to add "_s + itemNoun(kind),
+                           PromptButtons::Ok, PromptIcon::Exclamation);
+    return true;
+}
+
 bool readSource(OperationHost &host, ItemKind kind, const QString &path, QByteArray &bytes)
 {
     QFile source(path);
@@ -118,7 +129,7 @@ void showBlockLimitMessage(OperationHost &host)
 bool addBlockFile(OperationHost &host, const QString &path)
 {
     const QString file = nativeFileName(path);
-    if (isDuplicate(host, ItemKind::Block, file) || !QFileInfo(path).isFile())
+    if (isDuplicate(host, ItemKind::Block, file) || !QFileInfo(path).isFile() || isRefusedName(host, ItemKind::Block, file))
         return false;
 
     BlocksetContent &content = host.content();
@@ -160,8 +171,8 @@ bool addPlainFile(OperationHost &host, ItemKind kind, const QString &path)
 {
     const QString file = nativeFileName(path);
     QByteArray bytes;
-    if (isDuplicate(host, kind, file) || !QFileInfo(path).isFile() || !readSource(host, kind, path, bytes)
-        || !writeCopy(host, kind, file, bytes))
+    if (isDuplicate(host, kind, file) || !QFileInfo(path).isFile() || isRefusedName(host, kind, file)
+        || !readSource(host, kind, path, bytes) || !writeCopy(host, kind, file, bytes))
         return false;
     ItemRow row;
     row.file = file;

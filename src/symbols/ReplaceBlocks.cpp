@@ -9,6 +9,7 @@
 #include "symbols/BlockNaming.h"
 #include "symbols/ItemKind.h"
 #include "symbols/OperationHost.h"
+#include "symbols/RenameItem.h"
 
 #include <QDir>
 #include <QFile>
@@ -106,6 +107,11 @@ int replaceBlocks(OperationHost &host, QList<int> rows)
             if (host.settings().getBoolSetting(u"showWarnings"_s))
                 host.prompts().message(u"There is already a \""_s + file + u"\" in the blockset!"_s, kTitle,
                                        PromptButtons::Ok, PromptIcon::Exclamation);
+            continue;
+        }
+        if (!isPortableFileName(file)) {
+            host.prompts().message(u"\""_s + file + u"\" cannot be used as a file name!"_s, kTitle, PromptButtons::Ok,
+                                   PromptIcon::Exclamation);
             continue;
         }
         QFile input(source);

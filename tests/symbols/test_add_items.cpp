@@ -147,10 +147,11 @@ private slots:
         FakeHost host;
         host.blockset.textures.append(ItemRow{u"sky.gif"_s});
         const QStringList chosen{source(host, u"sky.gif"_s, "GIF89a"), source(host, u"photo.JPG"_s, "jpeg"),
-                                 source(host, u"wall.jpg"_s, QByteArray(1234567, 'j'))};
+                                 source(host, u"wall.jpg"_s, QByteArray(1234567, 'j')), source(host, u"a:b.gif"_s, "GIF")};
         host.scripted.multiAnswers << chosen;
         QCOMPARE(addItems(host, ItemKind::Texture), 1);
-        QCOMPARE(host.scripted.messageTexts(), QStringList{u"There is already a texture \"sky.gif\" in the blockset!"_s});
+        QCOMPARE(host.scripted.messageTexts(), QStringList({u"There is already a texture \"sky.gif\" in the blockset!"_s,
+                                                            u"\"a:b.gif\" cannot be used as a file name!"_s}));
         QCOMPARE(host.blockset.textures.last().sizeText, u" 1,234,567"_s);
         QCOMPARE(host.processTexts.last(), u"1 texture added."_s);
 
@@ -163,7 +164,7 @@ private slots:
         QCOMPARE(addItems(host, ItemKind::Sound), 0);
         QCOMPARE(host.processTexts.last(), QString());
         QCOMPARE(host.blockset.sounds.size(), 1);
-        QCOMPARE(host.scripted.messages.size(), 1);
+        QCOMPARE(host.scripted.messages.size(), 2);
     }
 
     void failedCopyLeavesNothing()
