@@ -123,53 +123,6 @@ private slots:
         QVERIFY(MainWindowFixture::readFile(fixture->dir.filePath("Tower.txt")).contains("Higher walls, tower too"));
     }
 
-    void editSaveReopen_data()
-    {
-        QTest::addColumn<QString>("control"); // where the keys go; its value control is the part before "/"
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QString>("saved");
-        QTest::newRow("version") << "fldVersion" << "b2" << "1.0b2";
-        QTest::newRow("copyright sign") << "fldCopyright" << QString::fromUtf8("\xc2\xa9 Me")
-                                        << QString::fromUtf8("\xc2\xa9 Me");
-        QTest::newRow("sky texture") << "lstSkyTexture" << "\b\b\bgif" << "texture0.gif";
-    }
-
-    void editSaveReopen()
-    {
-        QFETCH(QString, control);
-        QFETCH(QString, keys);
-        QFETCH(QString, saved);
-        fixture->window->show();
-        fixture->window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(fixture->window.get()));
-        QVERIFY(fixture->openBlockset({.name = "Round", .blocks = 2, .textures = 1,
-                                       .values = {{StyleField::SkyColor, "(10,20,30)"},
-                                                  {StyleField::OrbPosition, "(90,45)"},
-                                                  {StyleField::SkyTexture, "texture0.jpg"}}}));
-        const QString archive = fixture->document().blocksetPath();
-        const QString value = control.section('/', 0, 0);
-
-        fixture->typeInto(control, keys);
-        fixture->control("fldOrbHREF")->setFocus(); // a texture box counts its edit once the focus left it
-        QCOMPARE(fixture->shownText(value), saved);
-        QCOMPARE(fixture->caption(), QString("Cubrix - Round.bset*"));
-        fixture->action("btnSave")->trigger();
-        QCOMPARE(fixture->panel("stbProcess"), QString("Blockset and update file saved."));
-        QCOMPARE(fixture->caption(), QString("Cubrix - Round.bset"));
-        QVERIFY(fixture->prompts.messages.isEmpty());
-
-        // A fresh window finds the value where it was typed, and the others as they were.
-        fixture->window.reset();
-        fixture->open().openBlocksetFile(archive);
-        QVERIFY(fixture->document().blocksetOpen());
-        QCOMPARE(fixture->shownText(value), saved);
-        QVERIFY(!fixture->document().isChanged());
-        QCOMPARE(fixture->shownText("fldBlocksetName"), QString("Round"));
-        QCOMPARE(fixture->list("BlockList")->topLevelItem(1)->text(2), symbolAlphabet().mid(1, 1));
-        if (value != "rgbSky")
-            QCOMPARE(fixture->shownText("rgbSky"), QString("(10,20,30)"));
-    }
-
     void saveUntitledAsksForName_data()
     {
         QTest::addColumn<QString>("command");

@@ -22,7 +22,6 @@
 
 namespace {
 
-const QSize kPageSize(760, 520);
 const QStringList kTextures{"brick.gif", "clouds.jpg", "cobblestone_wall.jpg", "grass.gif", "sun.gif"};
 
 StyleValues sampleStyle()
@@ -74,15 +73,6 @@ struct Host {
     QWidget *control(StyleField field) const { return window.findChild<QWidget *>(kControls[int(field)]); }
     void leave() const { elsewhere->setFocus(Qt::TabFocusReason); }
 };
-
-void saveScreenshot(QWidget *page, const QString &name)
-{
-    const QString folder = qEnvironmentVariable("CUBRIX_SCREENSHOTS");
-    if (folder.isEmpty())
-        return;
-    QDir().mkpath(folder);
-    QVERIFY(page->grab().save(QDir(folder).filePath(name)));
-}
 
 } // namespace
 
@@ -344,51 +334,6 @@ private slots:
             "posOrb.txtTurn", "posOrb.txtTilt", "grpOrb.fldOrbHREF", "grpOrb.fldOrbTarget", "grpOrb.fldOrbText"}));
     }
 
-    void pagesFitTheMainWindow()
-    {
-        SettingsTab settings;
-        VersionTab version;
-        settings.fillPrefixList(prefixAlphabet());
-        settings.showValues(sampleStyle(), kTextures);
-        version.showValues(sampleStyle(), "Added two gates and a tower.");
-        settings.showSymbols({true, true, true, true, true, 0, true, true});
-
-        for (QWidget *page : {static_cast<QWidget *>(&settings), static_cast<QWidget *>(&version)}) {
-            const QSize minimum = page->minimumSizeHint();
-            QVERIFY2(minimum.width() <= kPageSize.width() && minimum.height() <= kPageSize.height(),
-                     qPrintable(QStringLiteral("%1: %2x%3").arg(page->objectName()).arg(minimum.width())
-                                    .arg(minimum.height())));
-            page->resize(kPageSize);
-            page->show();
-            QVERIFY(QTest::qWaitForWindowExposed(page));
-            for (QWidget *child : page->findChildren<QWidget *>()) {
-                // Nothing is cut: every label and check box gets the room it asks for.
-                auto *label = qobject_cast<QLabel *>(child);
-                if ((label && !label->wordWrap()) || qobject_cast<QCheckBox *>(child))
-                    QVERIFY2(child->width() >= child->sizeHint().width(), qPrintable(child->objectName()));
-                // Every child lies inside the page.
-                if (child->isVisible() && !child->isWindow())
-                    QVERIFY2(page->rect().contains(QRect(child->mapTo(page, QPoint(0, 0)), child->size())),
-                             qPrintable(child->objectName()));
-            }
-        }
-        // A texture file name fits into its box; the link field takes the orb group's width.
-        settings.findChild<QComboBox *>("lstSkyTexture")->setEditText("cobblestone_wall.jpg");
-        QVERIFY(settings.findChild<QComboBox *>("lstSkyTexture")->lineEdit()->width()
-                > settings.findChild<QComboBox *>("lstSkyTexture")->fontMetrics().horizontalAdvance("cobblestone_wall.jpg"));
-        QVERIFY(settings.findChild<QLineEdit *>("fldOrbHREF")->width() > settings.findChild<QComboBox *>("lstOrbTexture")->width() / 2);
-
-        saveScreenshot(&settings, "settings_page.png");
-        saveScreenshot(&version, "version_page.png");
-        // And as they look with nothing open: empty values, symbol controls and the
-        // update group disabled.
-        settings.resetValues();
-        version.resetValues();
-        settings.showSymbols(SymbolSettings());
-        version.setUpdateEnabled(false);
-        saveScreenshot(&settings, "settings_page_empty.png");
-        saveScreenshot(&version, "version_page_empty.png");
-    }
 };
 
 QTEST_MAIN(TestSettingsPages)

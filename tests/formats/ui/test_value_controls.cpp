@@ -55,19 +55,14 @@ private slots:
         const auto add = [](const char *kind, const char *value, const char *after = nullptr) {
             QTest::addRow("%s %s", kind, value) << QString(kind) << QString(value) << QString(after);
         };
+        // The rules are the value formats' own; here: a control shows what they take
+        // and keeps its value (raising nothing) on what they refuse.
         add("color", "  (10,20,30) ", "(10,20,30)");
-        add("color", "(0,255,0)", "(0,255,0)");
-        for (const char *refused : {"(10,20)", "(10,20,300)", "10,20,30", ""})
-            add("color", refused);
-        add("percentage", "100%", "100%");
+        add("color", "(10,20,300)");
         add("percentage", "05%", "5%");
-        for (const char *refused : {"101%", "5%", "80"})
-            add("percentage", refused);
-        add("position", "(45,-10)", "(45,-10)");
+        add("percentage", "101%");
         add("position", "(0,-90)", "(0,-90)");
-        add("position", "(360,90)", "(360,90)");
-        for (const char *refused : {"(361,0)", "(0,-91)", "(45,-)", "45,10"})
-            add("position", refused);
+        add("position", "(45,-)");
     }
 
     void settingTextProperty()
