@@ -128,32 +128,6 @@ private slots:
         QCOMPARE(settings.getBoolSetting("showWarnings"), asFlag);
     }
 
-    // A broken store: nothing works, nothing crashes, nothing is overwritten.
-    void brokenHive_data()
-    {
-        QTest::addColumn<QByteArray>("bytes"); // "" = a folder in the hive's place
-        QTest::newRow("corrupt") << QByteArray("this is not a registry\n\x01\x02");
-        QTest::newRow("unreadable") << QByteArray();
-    }
-    void brokenHive()
-    {
-        QFETCH(QByteArray, bytes);
-        const QString path = m_dir.filePath(QTest::currentDataTag());
-        if (bytes.isEmpty())
-            QVERIFY(QDir().mkpath(path));
-        else
-            writeBytes(path, bytes);
-        HiveRegistry reg(path);
-        RegistryWrapper settings(reg);
-        QVERIFY(!settings.loadSettings());
-        QCOMPARE(settings.getStringSetting("pathBlockset"), QString());
-        QVERIFY(!settings.getBoolSetting("showWarnings"));
-        QVERIFY(!settings.setBoolSetting("showWarnings", true));
-        QVERIFY(!settings.setStringSetting("pathBlockset", "x"));
-        QCOMPARE(readBytes(path), bytes);
-        QCOMPARE(QFileInfo(path).isDir(), bytes.isEmpty());
-    }
-
     void settingsFileLocation_data()
     {
         QTest::addColumn<QString>("registry"); // relative to a temporary folder; "" = unset

@@ -182,32 +182,6 @@ private slots:
 
     // Real block files run to megabytes: taking tags must not rescan or copy
     // what is left, or opening a blockset stalls.
-    void manyTagsInOneLargeBuffer()
-    {
-        const int count = 200000;
-        QByteArray file;
-        file.reserve(count * 44);
-        for (int i = 0; i < count; ++i)
-            file += "\t\t<vertex ref=\"" + QByteArray::number(i) + "\" coords=\"(0.5,-1.25,3)\"/>\r\n";
-        QElapsedTimer timer;
-        timer.start();
-        Parser parser;
-        parser.setBuffer(file);
-        parser.normaliseBuffer();
-        QByteArrayView tag, word, name, value;
-        int tags = 0, last = -1;
-        while (parser.getNextTagView(tag)) {
-            ++tags;
-            QVERIFY(getNextWordView(tag, word));
-            QVERIFY(getNextAttributeView(tag, name, value));
-            last = value.toInt();
-        }
-        QCOMPARE(tags, count);
-        QCOMPARE(last, count - 1);
-        QVERIFY(parser.isEmpty());
-        QVERIFY2(timer.elapsed() < 20000, "taking tags is not linear in the buffer's size");
-    }
-
     // Tag "block", attribute "name", new value "new". Positions are 1-based
     // 16-bit values: up to 32767 works, beyond fails as a whole so that the
     // caller never writes a half-changed file.

@@ -1,8 +1,8 @@
 // Whole document commands run from the real window's toolbar buttons and menu
-// entries: Open (from the command and from the command line), edit-save-reopen
-// and Save on an untitled blockset. Also the start decision for a command line
-// (chooseStart). The questions and refusals of the commands are the document's
-// own tests.
+// entries: Open (from the command and from the command line) and a Save of the
+// update comment typed in the window. Also the start decision for a command line
+// (chooseStart). The questions and refusals of the commands, and Save on an
+// untitled blockset, are the document's own tests.
 // Leaves out: the document's own rules in detail (tests/app), the enabled states
 // per tab (test_interface_state_gui) and closing the window (test_unload).
 
@@ -11,8 +11,6 @@
 #include "app/ui/MainSub.h"
 
 #include <QFileInfo>
-
-Q_DECLARE_METATYPE(NewBlocksetChoice)
 
 namespace {
 
@@ -121,52 +119,6 @@ private slots:
         fixture->action("btnSave")->trigger();
         QCOMPARE(fixture->panel("stbProcess"), QString("Update file saved."));
         QVERIFY(MainWindowFixture::readFile(fixture->dir.filePath("Tower.txt")).contains("Higher walls, tower too"));
-    }
-
-    void saveUntitledAsksForName_data()
-    {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<bool>("cancel");
-        QTest::newRow("toolbar") << "btnSave" << false;
-        QTest::newRow("menu") << "mnuSave" << false;
-        QTest::newRow("menu, dialog cancelled") << "mnuSave" << true;
-    }
-
-    void saveUntitledAsksForName()
-    {
-        QFETCH(QString, command);
-        QFETCH(bool, cancel);
-        fixture->prompts.newAnswers << NewBlocksetChoice{"Draft", "1.0", false, false, 0};
-        fixture->action("btnNew")->trigger();
-        fixture->typeInto("fldAuthor", "Me");
-        QCOMPARE(fixture->caption(), QString("Cubrix - Draft*"));
-
-        const QString target = fixture->dir.filePath("Fresh.bset");
-        fixture->prompts.fileAnswers << (cancel ? QString() : target);
-        fixture->action(command)->trigger();
-        QCOMPARE(fixture->prompts.fileRequests.size(), 1);
-        QCOMPARE(describe(fixture->prompts.fileRequests.first()),
-                 "save | Save Blockset As | " + kBlocksetFilter + " | bset | ");
-        if (cancel) {
-            QVERIFY(!QFileInfo::exists(target));
-            QVERIFY(fixture->document().blocksetUntitled());
-            QCOMPARE(fixture->caption(), QString("Cubrix - Draft*"));
-            QCOMPARE(fixture->panel("stbProcess"), QString());
-            return;
-        }
-        QCOMPARE(fixture->caption(), QString("Cubrix - Fresh.bset"));
-        QCOMPARE(fixture->panel("stbProcess"), QString("Blockset and update file saved."));
-        // syncBlockset is on: the blockset took its file's name.
-        QCOMPARE(fixture->shownText("fldBlocksetName"), QString("Fresh"));
-        const QString style = MainWindowFixture::fileIn(target, "Fresh.style");
-        QVERIFY2(style.contains("name=\"Fresh\"") && style.contains("author=\"Me\""), qPrintable(style));
-        QVERIFY(QFileInfo::exists(fixture->dir.filePath("Fresh.txt")));
-
-        // The next Save writes to that file without asking.
-        fixture->typeInto("fldAuthor", "2");
-        fixture->action(command)->trigger();
-        QCOMPARE(fixture->prompts.fileRequests.size(), 1);
-        QVERIFY(MainWindowFixture::fileIn(target, "Fresh.style").contains("author=\"Me2\""));
     }
 };
 

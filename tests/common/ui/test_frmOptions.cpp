@@ -18,15 +18,11 @@ const QString kKey = QStringLiteral("SOFTWARE\\Quillmoor\\Cubrix");
 
 // The seven boxes in their order on screen, with their settings and captions.
 const struct {
-    const char *objectName, *setting, *caption;
+    const char *objectName, *setting;
 } kBoxes[] = {
-    {"cbxShowWarnings", "showWarnings", "Show Warnings"},
-    {"cbxSyncBlockset", "syncBlockset", "Synchronize Blockset Name with Filename"},
-    {"cbxSyncBlock", "syncBlock", "Synchronize Block Name with Filename"},
-    {"cbxStrictPrefix", "strictPrefix", "Use Strict Prefix for Double Character Symbols"},
-    {"cbxSyncDouble", "syncDouble", "Synchronize Single and Double Character Symbols"},
-    {"cbxSkipEdit", "skipEdit", "Skip Edit Symbols Dialog"},
-    {"cbxUpdateFile", "updateFile", "Save Update File along with Blockset"},
+    {"cbxShowWarnings", "showWarnings"}, {"cbxSyncBlockset", "syncBlockset"}, {"cbxSyncBlock", "syncBlock"},
+    {"cbxStrictPrefix", "strictPrefix"}, {"cbxSyncDouble", "syncDouble"},     {"cbxSkipEdit", "skipEdit"},
+    {"cbxUpdateFile", "updateFile"},
 };
 enum { ShowWarnings, SyncBlockset, SyncBlock, StrictPrefix, SyncDouble, SkipEdit, UpdateFile };
 const QString kDefaults = "xxxxx.x"; // first start, in box order
@@ -85,29 +81,6 @@ private:
     }
 
 private slots:
-    void showsTheSevenBoxes()
-    {
-        store(kDefaults);
-        Shown s(hivePath());
-        QVERIFY(QTest::qWaitForWindowExposed(&s.dialog));
-        QCOMPARE(s.dialog.windowTitle(), QString("Options"));
-        int lastY = -1;
-        for (int i = 0; i < 7; ++i) {
-            QVERIFY2(s.box(i), kBoxes[i].objectName);
-            QCOMPARE(s.box(i)->text(), QString(kBoxes[i].caption));
-            QVERIFY(s.box(i)->y() > lastY);
-            lastY = s.box(i)->y();
-            QVERIFY2(s.box(i)->width() >= s.box(i)->sizeHint().width(), kBoxes[i].objectName); // caption not cut off
-        }
-        auto *ok = s.dialog.findChild<QPushButton *>("cmdOK");
-        QCOMPARE(s.dialog.findChild<QPushButton *>("cmdCancel")->text(), QString("Cancel"));
-        QVERIFY(ok->mapTo(&s.dialog, QPoint()).y() > lastY);
-        QVERIFY(ok->isDefault()); // Enter presses OK
-        const QString shots = qEnvironmentVariable("CUBRIX_SCREENSHOTS");
-        if (!shots.isEmpty())
-            QVERIFY(QDir().mkpath(shots) && s.dialog.grab().save(shots + "/frmOptions.png"));
-    }
-
     void strictPrefixCouplesSyncDouble_data()
     {
         QTest::addColumn<QString>("flags");
