@@ -1,6 +1,7 @@
 // The .bset archive: packing and unpacking a working folder, hostile and broken
 // archives, and saves that fail or are killed midway.
 
+#include "support/TestFiles.h"
 #include "app/Archive.h"
 #include "app/ArchiveSink.h"
 
@@ -21,19 +22,6 @@ namespace {
 
 using Tree = QMap<QString, QByteArray>; // relative path -> content
 
-void writeFile(const QString &path, const QByteArray &data)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly) && file.write(data) == data.size(), qPrintable(path));
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QByteArray randomBytes(qsizetype size, quint32 seed)
 {
     QByteArray data(size, Qt::Uninitialized);
@@ -44,7 +32,7 @@ QByteArray randomBytes(qsizetype size, quint32 seed)
 void makeTree(const QString &root, const Tree &tree)
 {
     for (auto it = tree.begin(); it != tree.end(); ++it)
-        writeFile(root + u'/' + it.key(), it.value());
+        writeBytes(root + u'/' + it.key(), it.value());
 }
 
 // Every file and link below `root` (links not followed), with its content.
@@ -54,7 +42,7 @@ Tree treeOf(const QString &root)
     QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
-        tree.insert(QDir(root).relativeFilePath(path), QFileInfo(path).isSymLink() ? QByteArray("<link>") : readFile(path));
+        tree.insert(QDir(root).relativeFilePath(path), QFileInfo(path).isSymLink() ? QByteArray("<link>") : readBytes(path));
     }
     return tree;
 }
@@ -113,10 +101,10 @@ void writeRawArchive(const QString &path, const QList<RawEntry> &entries)
     QVERIFY2(zip_close(za) == 0, zip_strerror(za));
     if (standIns.isEmpty())
         return;
-    QByteArray bytes = readFile(path);
+    QByteArray bytes = readBytes(path);
     for (const auto &[standIn, real] : standIns)
         bytes.replace(standIn, real);
-    writeFile(path, bytes);
+    writeBytes(path, bytes);
 }
 
 // The folder a typical blockset unpacks to, with what the user never sees in a list.
@@ -179,7 +167,7 @@ private slots:
         QTemporaryDir tmp;
         const QString source = tmp.filePath("source");
         makeTree(source, blocksetTree());
-        writeFile(tmp.filePath("outside/secret.txt"), "secret");
+        writeBytes(tmp.filePath("outside/secret.txt"), "secret");
         QVERIFY(QFile::link(tmp.filePath("outside/secret.txt"), source + "/secret.txt"));
         QVERIFY(QFile::link(tmp.filePath("outside"), source + "/textures/linked"));
         const QString target = tmp.filePath("Castle.bset");
@@ -197,7 +185,7 @@ private slots:
         QVERIFY2(archive.extractAll(dest), qPrintable(archive.lastError()));
         QCOMPARE(treeOf(dest), blocksetTree());
         // Unpacking again over changed files restores them whole.
-        writeFile(dest + "/Castle.style", QByteArray(100000, 'x'));
+        writeBytes(dest + "/Castle.style", QByteArray(100000, 'x'));
         QVERIFY(archive.extractAll(dest));
         QCOMPARE(treeOf(dest), blocksetTree());
 
@@ -235,7 +223,7 @@ private slots:
                                       {"good.txt", "good"}});
 
         QVERIFY(unpack(archivePath, tmp.filePath("work/dest")));
-        Tree expected{{"hostile.bset", readFile(archivePath)}, {"work/dest/good.txt", "good"}};
+        Tree expected{{"hostile.bset", readBytes(archivePath)}, {"work/dest/good.txt", "good"}};
         if (!landsAt.isEmpty())
             expected.insert("work/dest/" + landsAt, "payload");
         QCOMPARE(treeOf(tmp.path()), expected);
@@ -303,7 +291,7 @@ private slots:
         QFETCH(QString, linkName);
         QTemporaryDir tmp;
         const QString kept = tmp.filePath("outside/kept.txt");
-        writeFile(kept, "kept");
+        writeBytes(kept, "kept");
         const QString dest = tmp.filePath("dest");
         QVERIFY(QDir().mkpath(dest));
         if (linkName == "@HARD@")
@@ -330,14 +318,14 @@ private slots:
         const QString archivePath = tmp.filePath("x.bset");
         writeRawArchive(archivePath, {{"a.style", "style"}, {"blocks/a.block", randomBytes(100 * 1024, 7), false, true}});
         // Flip one byte in the middle of the second entry's data.
-        QByteArray bytes = readFile(archivePath);
+        QByteArray bytes = readBytes(archivePath);
         const qsizetype second = bytes.indexOf("PK\x03\x04", 4);
         const auto u16 = [&](qsizetype at) { return quint8(bytes[at]) | quint8(bytes[at + 1]) << 8; };
         const qsizetype dataStart = second + 30 + u16(second + 26) + u16(second + 28);
         const qsizetype flip = (dataStart + bytes.indexOf("PK\x01\x02")) / 2;
         QVERIFY(second > 0 && flip > dataStart + 50);
         bytes[flip] = char(bytes[flip] ^ 0x5a);
-        writeFile(archivePath, bytes);
+        writeBytes(archivePath, bytes);
 
         Archive archive;
         QVERIFY(archive.openArchive(archivePath)); // the directory itself is fine
@@ -360,12 +348,12 @@ private slots:
         const QString path = tmp.filePath("broken.bset");
         const QString good = tmp.filePath("good.bset");
         writeRawArchive(good, {{"a.style", "style"}, {"blocks/a.block", randomBytes(8192, 9)}});
-        const QByteArray goodBytes = readFile(good);
+        const QByteArray goodBytes = readBytes(good);
         const QMap<QString, QByteArray> contents{{"empty", QByteArray()},
                                                  {"text", "<style>\r\nnot a zip archive\r\n</style>\r\n"},
                                                  {"last byte cut", goodBytes.chopped(1)}};
         if (contents.contains(kind))
-            writeFile(path, contents[kind]);
+            writeBytes(path, contents[kind]);
         else if (kind == "folder")
             QVERIFY(QDir().mkpath(path));
         else if (kind == "named pipe") // must not hang
@@ -405,7 +393,7 @@ private slots:
         QTemporaryDir tmp;
         const QString target = prepareOldArchive(tmp);
         const QString folder = QFileInfo(target).path();
-        const QByteArray before = readFile(target);
+        const QByteArray before = readBytes(target);
         rlimit saved{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &saved), 0);
         const auto previous = std::signal(SIGXFSZ, SIG_IGN);
@@ -424,7 +412,7 @@ private slots:
         const bool packed = pack(tmp.filePath("new"), target);
         setrlimit(RLIMIT_FSIZE, &saved);
         QVERIFY(!packed);
-        QCOMPARE(readFile(target), before);
+        QCOMPARE(readBytes(target), before);
         QCOMPARE(folderEntries(folder), QStringList({"Castle.bset"}));
     }
 
@@ -497,14 +485,14 @@ private slots:
                           {".Other.bset.cubrix-0000abcd", "another archive's save"},
                           {".Castle.bset.cubrix-1234abcd", "busy"}};
         makeTree(folder, others);
-        writeFile(folder + "/.Castle.bset.cubrix-deadbeef", "left by a killed save");
+        writeBytes(folder + "/.Castle.bset.cubrix-deadbeef", "left by a killed save");
         const int busy = ::open(QFile::encodeName(folder + "/.Castle.bset.cubrix-1234abcd").constData(), O_RDONLY);
         QVERIFY(busy >= 0 && flock(busy, LOCK_EX) == 0);
 
         QVERIFY(pack(tmp.filePath("source"), folder + "/Castle.bset"));
         close(busy);
         Tree expected = others;
-        expected.insert("Castle.bset", readFile(folder + "/Castle.bset"));
+        expected.insert("Castle.bset", readBytes(folder + "/Castle.bset"));
         QCOMPARE(treeOf(folder), expected);
     }
 };

@@ -1,6 +1,7 @@
 // The editor's private working folder: where it lies, who may use it, and what
 // clearing and removing it leave behind.
 
+#include "support/TestFiles.h"
 #include "app/WorkingFolder.h"
 
 #include <QtTest>
@@ -9,13 +10,6 @@
 #include <unistd.h>
 
 namespace {
-
-void writeFile(const QString &path, const QByteArray &data)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly) && file.write(data) == data.size(), qPrintable(path));
-}
 
 QStringList entries(const QString &folder)
 {
@@ -50,12 +44,12 @@ const QStringList kItemFolders = {"blocks", "sounds", "textures"};
 // sub-folder, as a blockset unpacked from an archive may.
 void populate(const WorkingFolder &folder)
 {
-    writeFile(folder.workingFolder() + "/Castle.style", "style");
-    writeFile(folder.workingFolder() + "/extra/deep/x.bin", "stray");
-    writeFile(folder.blocksFolder() + "/a.block", "block");
-    writeFile(folder.blocksFolder() + "/sub/b.block", "nested block");
-    writeFile(folder.texturesFolder() + "/t.gif", "gif");
-    writeFile(folder.soundsFolder() + "/s.wav", "wav");
+    writeBytes(folder.workingFolder() + "/Castle.style", "style");
+    writeBytes(folder.workingFolder() + "/extra/deep/x.bin", "stray");
+    writeBytes(folder.blocksFolder() + "/a.block", "block");
+    writeBytes(folder.blocksFolder() + "/sub/b.block", "nested block");
+    writeBytes(folder.texturesFolder() + "/t.gif", "gif");
+    writeBytes(folder.soundsFolder() + "/s.wav", "wav");
 }
 
 } // namespace
@@ -92,8 +86,8 @@ private slots:
         QFETCH(bool, leftover);
         QTemporaryDir root;
         if (leftover) {
-            writeFile(root.filePath("Cubrix/blocks/old.block"), "old");
-            writeFile(root.filePath("Cubrix.lock"), QByteArray());
+            writeBytes(root.filePath("Cubrix/blocks/old.block"), "old");
+            writeBytes(root.filePath("Cubrix.lock"), QByteArray());
             QVERIFY(QFile::setPermissions(root.filePath("Cubrix"), QFileDevice::Permissions(0x7055))); // rwxr-xr-x
         }
         WorkingFolder folder(root.path());
@@ -113,12 +107,12 @@ private slots:
         // (replacing whatever else stands where one belongs) and never follows a link.
         populate(folder);
         const QString outside = root.filePath("outside");
-        writeFile(outside + "/file.txt", "outside");
-        writeFile(outside + "/sub/deep.txt", "outside");
+        writeBytes(outside + "/file.txt", "outside");
+        writeBytes(outside + "/sub/deep.txt", "outside");
         QVERIFY(QFile::link(outside, folder.workingFolder() + "/linkdir"));
         QVERIFY(QFile::link(outside + "/sub", folder.blocksFolder() + "/linksub"));
         QVERIFY(QDir(folder.soundsFolder()).removeRecursively());
-        writeFile(folder.soundsFolder(), "not a folder");
+        writeBytes(folder.soundsFolder(), "not a folder");
         QVERIFY(QDir(folder.texturesFolder()).removeRecursively() && QFile::link(outside, folder.texturesFolder()));
         folder.clearWorkingFolders();
         QCOMPARE(treeOf(folder.workingFolder()), kItemFolders);
@@ -171,14 +165,14 @@ private slots:
         QTemporaryDir root;
         const QString cubrix = root.filePath("Cubrix");
         const QString elsewhere = root.filePath("elsewhere");
-        writeFile(elsewhere + "/keep.txt", "keep");
-        writeFile(elsewhere + "/blocks/keep.block", "keep");
+        writeBytes(elsewhere + "/keep.txt", "keep");
+        writeBytes(elsewhere + "/blocks/keep.block", "keep");
         if (kind == "link" || kind == "dangling")
             QVERIFY(QFile::link(kind == "link" ? elsewhere : root.filePath("nowhere"), cubrix));
         else if (kind == "file")
-            writeFile(cubrix, "a file");
+            writeBytes(cubrix, "a file");
         else
-            writeFile(cubrix + "/blocks/keep.block", "keep");
+            writeBytes(cubrix + "/blocks/keep.block", "keep");
         if (kind == "locklink")
             QVERIFY(QFile::link(elsewhere + "/keep.txt", cubrix + ".lock"));
         if (kind == "foreign") {
