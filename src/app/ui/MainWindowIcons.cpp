@@ -1,6 +1,7 @@
 #include "app/ui/MainWindowIcons.h"
 
 #include <QHash>
+#include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
@@ -13,12 +14,10 @@ namespace {
 // Drawn icons for the commands that have no fitting standard icon.
 enum class Glyph { Add, Remove, Edit, Tree, SaveAs, Close, Cache };
 
-QIcon drawnIcon(Glyph glyph, const QIcon &base = QIcon())
+// Paints `glyph` in a design square of 32 x 32 units; the caller scales the
+// painter to the size wanted, so the icon is sharp at any size and screen scale.
+void paintGlyph(QPainter &p, Glyph glyph, const QIcon &base)
 {
-    const int size = 32;
-    QPixmap pixmap(size, size);
-    pixmap.fill(Qt::transparent);
-    QPainter p(&pixmap);
     p.setRenderHint(QPainter::Antialiasing);
     const auto pen = [](const QColor &color, qreal width) {
         return QPen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
@@ -120,7 +119,7 @@ QIcon drawnIcon(Glyph glyph, const QIcon &base = QIcon())
         break;
     }
     case Glyph::SaveAs:
-        p.drawPixmap(QRect(0, 0, 24, 24), base.pixmap(24, 24));
+        base.paint(&p, QRect(0, 0, 24, 24));
         p.translate(23, 23);
         p.rotate(-45);
         p.setPen(pen(QColor(0x40, 0x40, 0x40), 1));
@@ -135,34 +134,77 @@ QIcon drawnIcon(Glyph glyph, const QIcon &base = QIcon())
         p.drawPath(tip);
         break;
     }
-    p.end();
-    return QIcon(pixmap);
+}
+
+// An icon engine that paints its glyph afresh for every size asked for.
+class GlyphEngine : public QIconEngine {
+public:
+    GlyphEngine(Glyph glyph, const QIcon &base) : m_glyph(glyph), m_base(base) {}
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
+    {
+        painter->save();
+        painter->translate(rect.topLeft());
+        painter->scale(rect.width() / 32.0, rect.height() / 32.0);
+        if (mode == QIcon::Disabled)
+            painter->setOpacity(0.4);
+        paintGlyph(*painter, m_glyph, m_base);
+        painter->restore();
+    }
+
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
+    {
+        QPixmap pixmap(size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
+        return pixmap;
+    }
+
+    QIconEngine *clone() const override { return new GlyphEngine(m_glyph, m_base); }
+
+private:
+    Glyph m_glyph;
+    QIcon m_base;
+};
+
+QIcon drawnIcon(Glyph glyph, const QIcon &base = QIcon())
+{
+    return QIcon(new GlyphEngine(glyph, base));
+}
+
+// The desktop theme's icon of a standard name, else `fallback`.
+QIcon themed(const char *name, const QIcon &fallback)
+{
+    return QIcon::fromTheme(QString::fromLatin1(name), fallback);
 }
 
 } // namespace
 
 QIcon commandIcon(const QString &button, QStyle *style)
 {
+    // Standard names of the freedesktop icon theme first; the style's or a drawn
+    // icon where the theme has none (or there is no theme, as on Windows).
     if (button == u"btnNew"_s)
-        return style->standardIcon(QStyle::SP_FileIcon);
+        return themed("document-new", style->standardIcon(QStyle::SP_FileIcon));
     if (button == u"btnOpen"_s)
-        return style->standardIcon(QStyle::SP_DialogOpenButton);
+        return themed("document-open", style->standardIcon(QStyle::SP_DialogOpenButton));
     if (button == u"btnClose"_s)
-        return drawnIcon(Glyph::Close);
+        return themed("document-close", drawnIcon(Glyph::Close));
     if (button == u"btnSave"_s)
-        return style->standardIcon(QStyle::SP_DialogSaveButton);
+        return themed("document-save", style->standardIcon(QStyle::SP_DialogSaveButton));
     if (button == u"btnSaveAs"_s)
-        return drawnIcon(Glyph::SaveAs, style->standardIcon(QStyle::SP_DialogSaveButton));
+        return themed("document-save-as", drawnIcon(Glyph::SaveAs, style->standardIcon(QStyle::SP_DialogSaveButton)));
     if (button == u"btnAddItem"_s)
-        return drawnIcon(Glyph::Add);
+        return themed("list-add", drawnIcon(Glyph::Add));
     if (button == u"btnRemoveItem"_s)
-        return drawnIcon(Glyph::Remove);
+        return themed("list-remove", drawnIcon(Glyph::Remove));
     if (button == u"btnReplaceItem"_s)
-        return style->standardIcon(QStyle::SP_BrowserReload);
+        return themed("view-refresh", style->standardIcon(QStyle::SP_BrowserReload));
     if (button == u"btnEditItem"_s)
-        return drawnIcon(Glyph::Edit);
+        return themed("document-edit", drawnIcon(Glyph::Edit));
     if (button == u"btnPreviewItem"_s)
-        return style->standardIcon(QStyle::SP_MediaPlay);
+        return themed("media-playback-start", style->standardIcon(QStyle::SP_MediaPlay));
     if (button == u"btnAddBSP"_s)
         return drawnIcon(Glyph::Tree);
     if (button == u"btnManager"_s)
@@ -172,5 +214,5 @@ QIcon commandIcon(const QString &button, QStyle *style)
 
 QIcon programIcon()
 {
-    return drawnIcon(Glyph::Cache);
+    return themed("cubrix", drawnIcon(Glyph::Cache));
 }
