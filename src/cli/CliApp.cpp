@@ -8,6 +8,7 @@
 #include "cli/CliEditCommands.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliReport.h"
+#include "common/ProgramVersion.h"
 #include "common/Registry.h"
 #include "common/RegistryWrapper.h"
 
@@ -35,7 +36,7 @@ QString CliApp::usageText()
            "       cubrix-cli check FILE.bset [--json]\n"
            "       cubrix-cli cache [--browser ie|netscape] [--json]\n"
            "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s
-           + CliEditCommands::usageLines() + u"       cubrix-cli --help\n"_s;
+           + CliEditCommands::usageLines() + u"       cubrix-cli --help | --version\n"_s;
 }
 
 QString CliApp::helpText()
@@ -75,6 +76,7 @@ QString CliApp::helpText()
              "                     whether a differing style file is to be renamed); without\n"
              "                     it every question is answered Yes.\n"
              "  --help, -h         Print this help and exit.\n"
+             "  --version          Print the program's version and exit.\n"
              "  --                 Everything after it is a file name.\n"
              "\n"
              "Settings are read from the editor's settings store: the hive file named by\n"
@@ -166,6 +168,10 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
 
 int CliApp::run(const QStringList &arguments)
 {
+    if (arguments.size() == 2 && arguments[1] == "--version"_L1) {
+        print(m_out, u"Cubrix "_s + programVersion() + u'\n');
+        return Success;
+    }
     if (arguments.value(1) == "cache"_L1)
         return runCacheCommand(arguments.mid(2), m_out, m_err);
     Options options;

@@ -214,5 +214,5 @@ QIcon commandIcon(const QString &button, QStyle *style)
 
 QIcon programIcon()
 {
-    return themed("cubrix", drawnIcon(Glyph::Cache));
+    return themed("com.quillmoor.Cubrix", drawnIcon(Glyph::Cache));
 }

@@ -11,6 +11,6 @@ class QStyle;
 // stay sharp at any screen scale.
 QIcon commandIcon(const QString &button, QStyle *style);
 
-// The program's own icon: "cubrix" of the icon theme (installed with the
+// The program's own icon: "com.quillmoor.Cubrix" of the icon theme (installed with the
 // program), else three stacked cubes drawn.
 QIcon programIcon();
