@@ -175,6 +175,13 @@ private slots:
 
         QVERIFY(pack(source, target));
         QCOMPARE(folderEntries(tmp.path()), QStringList({"Castle.bset", "outside", "source"}));
+        // Images are stored as they are (deflate cannot shrink them), text is deflated.
+        zip_t *za = zip_open(QFile::encodeName(target).constData(), ZIP_RDONLY, nullptr);
+        QVERIFY(za);
+        zip_stat_t image, text;
+        QVERIFY(zip_stat(za, "textures/wall.gif", 0, &image) == 0 && zip_stat(za, "blocks/Wall.block", 0, &text) == 0);
+        zip_discard(za);
+        QCOMPARE(QList<int>({image.comp_method, text.comp_method}), QList<int>({ZIP_CM_STORE, ZIP_CM_DEFLATE}));
         Archive archive;
         QVERIFY(archive.openArchive(target));
         QStringList names = archive.entryNames();
