@@ -213,22 +213,6 @@ private slots:
         QCOMPARE(prompts.saveFile("Save As", "Blocksets (*.bset),*.bset", "bset", m_dir.path()), QString());
     }
 
-    void saveFileAsksBeforeReplacing()
-    {
-        GuiPrompts prompts;
-        bool asked = false;
-        // The overwrite question runs inside the dialog's accept(): answer it first.
-        chooseInNextDialog("castle.bset", [&](QFileDialog *) {
-            onNextModal([&](QWidget *question) {
-                auto *box = qobject_cast<QMessageBox *>(question);
-                QVERIFY((asked = box != nullptr));
-                QTest::mouseClick(box->button(QMessageBox::Yes), Qt::LeftButton);
-            });
-        });
-        QCOMPARE(prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", "bset", m_dir.path()), path("castle.bset"));
-        QVERIFY(asked);
-    }
-
     void ownerFallsBackToTheActiveWindow()
     {
         QWidget window;
