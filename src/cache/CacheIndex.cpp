@@ -59,6 +59,9 @@ void appendAttribute(QString &line, QLatin1StringView name, const QString &value
     // Rover's strings have no escape: a double quote inside would end the value early.
     QString clean = value;
     clean.replace(u'"', u'\'');
+    // Rover reads the index line by line and cuts a line at a NUL: a value keeps
+    // to its line and holds no NUL, or the whole index would be refused.
+    clean.remove(QChar(0)).remove(u'\r').remove(u'\n');
     line += u' ' + name + u"=\""_s + clean + u'"';
 }
 
