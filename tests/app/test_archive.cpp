@@ -376,17 +376,6 @@ private slots:
         QCOMPARE(archive.entryNames().size(), 2);
     }
 
-    // The cache manager reads a style header straight from the archive, within a size limit.
-    void readEntryReadsStyleHeader()
-    {
-        QTemporaryDir tmp;
-        writeRawArchive(tmp.filePath("C.bset"), {{"C.style", "<style/>"}, {"s/bell.wav", randomBytes(4096, 3)}});
-        Archive archive;
-        QByteArray data;
-        QVERIFY(archive.openArchive(tmp.filePath("C.bset")) && archive.readEntry("C.style", data) && data == "<style/>");
-        QVERIFY(!archive.readEntry("s/bell.wav", data, 1024));
-    }
-
     void failedWriteKeepsOldArchive_data()
     {
         QTest::addColumn<bool>("diskFull"); // else the folder is read-only
