@@ -1,8 +1,7 @@
 // Whole document commands run from the real window's toolbar buttons and menu
-// entries: Open (from the command and from the command line) and a Save of the
-// update comment typed in the window. Also the start decision for a command line
-// (chooseStart). The questions and refusals of the commands, and Save on an
-// untitled blockset, are the document's own tests.
+// entries: Open, from the command and from the command line, and the start
+// decision for a command line (chooseStart). The questions and refusals of the
+// commands, and Save on an untitled blockset, are the document's own tests.
 // Leaves out: the document's own rules in detail (tests/app), the enabled states
 // per tab (test_interface_state_gui) and closing the window (test_unload).
 
@@ -46,10 +45,7 @@ private slots:
         QTest::newRow("/c without Rover") << QStringList{"/c"} << false << false << "" << 1;
         QTest::newRow("/c with Rover") << QStringList{"/c"} << true << true << "" << 1;
         QTest::newRow("nothing") << QStringList{} << true << false << "" << 0;
-        QTest::newRow("empty argument") << QStringList{""} << true << false << "" << 0;
         QTest::newRow("relative file") << QStringList{"Castle.bset"} << true << false << "Castle.bset" << 0;
-        QTest::newRow("relative file in a folder") << QStringList{"sets/My Castle.bset"} << false << false
-                                                   << "sets/My Castle.bset" << 0;
         QTest::newRow("two files") << QStringList{"Castle.bset", "Tower.bset"} << true << false << "" << 0;
         QTest::newRow("switch and file") << QStringList{"/c", "Castle.bset"} << true << false << "" << 0;
         QTest::newRow("capital switch") << QStringList{"/C"} << true << false << "" << 0;
@@ -111,14 +107,6 @@ private slots:
         // starts; a file handed in from outside leaves it alone.
         QCOMPARE(fixture->window->settings().getStringSetting("pathBlockset"),
                  how.isEmpty() ? QString("/nowhere") : QDir::toNativeSeparators(fixture->dir.path()));
-
-        // The user puts the cursor behind the comment, types on and saves: the
-        // update file beside the archive gets it, wherever the program was started.
-        QTest::keyClick(fixture->typeInto("fldUpdate", ""), Qt::Key_End, Qt::ControlModifier);
-        fixture->typeInto("fldUpdate", ", tower too");
-        fixture->action("btnSave")->trigger();
-        QCOMPARE(fixture->panel("stbProcess"), QString("Update file saved."));
-        QVERIFY(MainWindowFixture::readFile(fixture->dir.filePath("Tower.txt")).contains("Higher walls, tower too"));
     }
 };
 

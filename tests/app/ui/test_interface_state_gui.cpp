@@ -73,9 +73,7 @@ private slots:
         QTest::newRow("preview block") << 0 << "btnPreviewItem" << true << false;
         QTest::newRow("edit block, skipEdit on") << 0 << "mnuEditItem" << true << true;
         QTest::newRow("edit block: the symbol dialog") << 0 << "mnuEditItem" << false << false;
-        QTest::newRow("edit on textures") << 1 << "mnuEditItem" << false << false;
         QTest::newRow("edit on sounds") << 2 << "btnEditItem" << false << false;
-        QTest::newRow("replace toolbar on textures") << 1 << "btnReplaceItem" << false << false;
         QTest::newRow("play sound") << 2 << "btnPreviewItem" << false << false;
     }
 

@@ -1,20 +1,11 @@
 // What only the main window itself shows: its state right after load, the
-// keyboard shortcuts reaching their commands, and the about box.
+// keyboard shortcuts reaching their commands.
 // Leaves out: what the commands do (test_interface_state_gui, test_unload).
 
 #include "MainWindowFixture.h"
 
-#include "app/ui/frmAbout.h"
-#include "app/ui/frmNew.h"
-
 #include <QApplication>
 #include <QSignalSpy>
-#include <QMenu>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QStatusBar>
-#include <QSysInfo>
-#include <QTimer>
 
 class TestMainWindowLayout : public MainWindowTest {
     Q_OBJECT
@@ -53,36 +44,6 @@ private slots:
         QCOMPARE(prefixes->count(), 90);
         QCOMPARE(prefixes->itemText(0) + prefixes->itemText(1) + prefixes->itemText(89), QString(".A~"));
     }
-
-    void aboutBox()
-    {
-        QVERIFY(fixture->show());
-        QStringList texts;
-        QString systemInfo;
-        QTimer::singleShot(0, this, [&] {
-            QWidget *about = QApplication::activeModalWidget();
-            for (QLabel *label : about ? about->findChildren<QLabel *>() : QList<QLabel *>())
-                texts << label->text();
-            QTimer::singleShot(0, this, [&] { // in the System Info window
-                QWidget *info = QApplication::activeModalWidget();
-                if (auto *text = info ? info->findChild<QPlainTextEdit *>("txtSystemInfo") : nullptr)
-                    systemInfo = text->toPlainText();
-                if (info)
-                    info->close();
-            });
-            if (auto *button = about ? about->findChild<QPushButton *>("cmdSysInfo") : nullptr)
-                button->click();
-            if (about)
-                about->close();
-        });
-        fixture->action("mnuAbout")->trigger();
-        QVERIFY(texts.contains("Cubrix"));
-        QVERIFY(texts.contains("Version 0.9 Beta 1"));
-        const QStringList parts = {QSysInfo::prettyProductName(), QSysInfo::currentCpuArchitecture(), qVersion()};
-        for (const QString &part : parts)
-            QVERIFY2(systemInfo.contains(part), qPrintable("System Info... shows " + part));
-    }
-
 };
 
 QTEST_MAIN(TestMainWindowLayout)

@@ -201,33 +201,6 @@ private slots:
             QCOMPARE(prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", ext, m_dir.path()), path("tower.bset"));
         }
     }
-
-    void cancelledDialogsGiveNothing()
-    {
-        GuiPrompts prompts;
-        onNextModal([](QWidget *w) { qobject_cast<QDialog *>(w)->reject(); });
-        QCOMPARE(prompts.openFile("Open", "Blocksets (*.bset),*.bset", m_dir.path()), QString());
-        onNextModal([](QWidget *w) { QTest::keyClick(w, Qt::Key_Escape); });
-        QCOMPARE(prompts.openFiles("Add Blocks", "Block files (*.block),*.block", m_dir.path()), QStringList());
-        onNextModal([](QWidget *w) { qobject_cast<QDialog *>(w)->reject(); });
-        QCOMPARE(prompts.saveFile("Save As", "Blocksets (*.bset),*.bset", "bset", m_dir.path()), QString());
-    }
-
-    void ownerFallsBackToTheActiveWindow()
-    {
-        QWidget window;
-        window.show();
-        QApplication::setActiveWindow(&window);
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        auto *gone = new QWidget;
-        GuiPrompts prompts(gone);
-        delete gone; // a parent that went away is not used
-        onNextModal([&](QWidget *w) {
-            QCOMPARE(w->parentWidget(), &window);
-            QTest::keyClick(w, Qt::Key_Escape);
-        });
-        QCOMPARE(prompts.message("x", "y", PromptButtons::Ok, PromptIcon::None), PromptAnswer::Ok);
-    }
 };
 
 QTEST_MAIN(TestGuiPrompts)

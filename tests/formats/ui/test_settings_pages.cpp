@@ -89,20 +89,14 @@ private slots:
         QTest::addColumn<int>("count");
         // Boxes start from sampleStyle(); the typed keys replace the whole text.
         QTest::newRow("orb link") << StyleField::OrbHref << "" << "a.3dml" << "a.3dml" << 6;
-        QTest::newRow("orb target") << StyleField::OrbTarget << "" << "_top" << "_top" << 4;
-        QTest::newRow("orb text") << StyleField::OrbText << "" << "Go" << "Go" << 2;
         QTest::newRow("sky colour") << StyleField::SkyColor << "txtB" << "77" << "(0,0,77)" << 2;
         QTest::newRow("sky brightness") << StyleField::SkyBrightness << "txtB" << "5" << "5%" << 1;
         QTest::newRow("ground colour clamped") << StyleField::GroundColor << "txtG" << "300" << "(0,255,0)" << 3;
-        QTest::newRow("orb colour") << StyleField::OrbColor << "txtR" << "1" << "(1,255,255)" << 1;
         QTest::newRow("orb brightness") << StyleField::OrbBrightness << "txtB" << "60" << "60%" << 2;
         QTest::newRow("orb turn") << StyleField::OrbPosition << "txtTurn" << "90" << "(90,30)" << 2;
         QTest::newRow("orb tilt minus only") << StyleField::OrbPosition << "txtTilt" << "-" << "" << 1;
         QTest::newRow("version") << StyleField::Version << "" << "2.0" << "2.0" << 3;
-        QTest::newRow("name") << StyleField::Name << "" << "Keep" << "Keep" << 4;
         QTest::newRow("synopsis") << StyleField::Synopsis << "" << "Walls" << "Walls" << 5;
-        QTest::newRow("author") << StyleField::Author << "" << "Me" << "Me" << 2;
-        QTest::newRow("copyright") << StyleField::Copyright << "" << "(c)" << "(c)" << 3;
         // A '"' would end the attribute value early in the style file.
         QTest::newRow("orb link quote refused") << StyleField::OrbHref << "" << "a\"b" << "ab" << 2;
         QTest::newRow("synopsis quote refused") << StyleField::Synopsis << "" << "\"W\"" << "W" << 1;
@@ -191,51 +185,6 @@ private slots:
         page->showValues(other, kTextures);
         host.leave();
         QCOMPARE(edits.count(), 4);
-    }
-
-    void updateCommentReportsOnlyTheComment()
-    {
-        VersionTab page;
-        page.showValues(sampleStyle(), "old");
-        QSignalSpy comments(&page, &VersionTab::updateCommentEdited);
-        QSignalSpy edits(&page, &VersionTab::styleValueEdited);
-        page.findChild<QPlainTextEdit *>("fldUpdate")->selectAll();
-        QTest::keyClicks(page.findChild<QPlainTextEdit *>("fldUpdate"), "New gate");
-        QCOMPARE(comments.count(), 8);
-        QTest::keyClick(page.findChild<QPlainTextEdit *>("fldUpdate"), Qt::Key_Return);
-        QTest::keyClicks(page.findChild<QPlainTextEdit *>("fldUpdate"), "Tower");
-        QCOMPARE(comments.last().at(0).toString(), "New gate\nTower");
-        QCOMPARE(edits.count(), 0);
-    }
-
-    void showAndResetValuesSilently()
-    {
-        Host host;
-        QSignalSpy settingsEdits(host.settings, &SettingsTab::styleValueEdited);
-        QSignalSpy symbolEdits(host.settings, &SettingsTab::symbolControlsEdited);
-        QSignalSpy versionEdits(host.version, &VersionTab::styleValueEdited);
-        QSignalSpy comments(host.version, &VersionTab::updateCommentEdited);
-        // A texture the blockset does not hold is shown as written; a colour,
-        // percentage or position the control refuses leaves it empty.
-        StyleValues style = sampleStyle();
-        style.skyTexture = "missing.jpg";
-        style.skyColor = "(1,2)";
-        style.orbPosition = "(400,0)";
-        host.settings->showValues(style, {"a.gif"});
-        host.version->showValues(style, "Added a tower.");
-        style.skyColor = style.orbPosition = "";
-        for (int field = 0; field <= int(StyleField::OrbText); ++field)
-            QCOMPARE(shownText(host.control(StyleField(field))), styleValue(style, StyleField(field)));
-        QCOMPARE(host.settings->findChild<QComboBox *>("lstGroundTexture")->count(), 1);
-        QCOMPARE(host.version->findChild<QPlainTextEdit *>("fldUpdate")->toPlainText(), "Added a tower.");
-
-        host.settings->resetValues();
-        host.version->resetValues();
-        for (const char *name : kControls)
-            QCOMPARE(shownText(host.window.findChild<QWidget *>(name)), "");
-        QCOMPARE(host.settings->findChild<QComboBox *>("lstOrbTexture")->count(), 0);
-        QCOMPARE(host.version->findChild<QPlainTextEdit *>("fldUpdate")->toPlainText(), "");
-        QCOMPARE(settingsEdits.count() + symbolEdits.count() + versionEdits.count() + comments.count(), 0);
     }
 
     void showSymbols_data()

@@ -95,10 +95,8 @@ private slots:
         QTest::newRow("colour fourth digit undone") << "color" << "txtB" << "1234" << "123" << 4 << "(1,2,123)";
         QTest::newRow("colour letters and minus refused") << "color" << "txtG" << "1a-2" << "12" << 2 << "(1,12,3)";
         QTest::newRow("colour box emptied") << "color" << "txtG" << "\b" << "" << 1 << "";
-        QTest::newRow("percentage 101 becomes 100") << "percentage" << "txtB" << "101" << "100" << 3 << "100%";
         QTest::newRow("turn 361 becomes 360") << "position" << "txtTurn" << "361" << "360" << 3 << "(360,-5)";
         QTest::newRow("tilt -95 becomes -90") << "position" << "txtTilt" << "-95" << "-90" << 3 << "(4,-90)";
-        QTest::newRow("tilt 95 becomes 90") << "position" << "txtTilt" << "95" << "90" << 2 << "(4,90)";
         QTest::newRow("tilt fourth character undone") << "position" << "txtTilt" << "-900" << "-90" << 4 << "(4,-90)";
         QTest::newRow("tilt minus alone") << "position" << "txtTilt" << "-" << "-" << 1 << "";
         QTest::newRow("tilt second minus refused") << "position" << "txtTilt" << "--5" << "-5" << 2 << "(4,-5)";
