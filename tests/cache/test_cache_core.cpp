@@ -7,12 +7,12 @@
 #include "common/CommonFunctions.h"
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
+#include "rover/RoverCacheRules.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -27,16 +27,10 @@ QByteArray section(QByteArray key, const QByteArray &values)
     return "\n[" + key + "] 1\n#time=1\n" + values + "\n";
 }
 
-// Every BLOCKSET line holds only quoted values, its integers as bare digits, and ends with "/>".
+// What Rover's own index reader says of the bytes.
 bool roverAccepts(const QByteArray &index)
 {
-    const QList<QByteArray> lines = index.split('\n');
-    static const QRegularExpression row(uR"(^\t<BLOCKSET HREF="[^"]*" SIZE="\d+" UPDATED="\d+"( NAME="[^"]*")?( SYNOPSIS="[^"]*")?( VERSION="[^"]*")?/>\r$)"_s);
-    for (int i = 1; i + 2 < lines.size(); ++i) {
-        if (!row.match(QString::fromLatin1(lines.at(i))).hasMatch())
-            return false;
-    }
-    return index.startsWith("<CACHE>\r\n") && index.endsWith("</CACHE>\r\n");
+    return !hasRoverError(checkRoverCache(index));
 }
 
 } // namespace

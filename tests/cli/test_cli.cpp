@@ -2,6 +2,7 @@
 // a hive file and its working folder under a temporary "Temp", and checks what
 // it prints, the files it writes and its exit status.
 
+#include "CliRun.h"
 #include "support/BlocksetFiles.h"
 
 #include <QtTest>
@@ -9,27 +10,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-struct CliResult {
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-CliResult runCli(const QTemporaryDir &dir, const QStringList &arguments)
-{
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(u"CUBRIX_REGISTRY"_s, dir.filePath(u"registry.reg"_s));
-    env.insert(u"Temp"_s, dir.filePath(u"temp"_s));
-    QDir().mkpath(dir.filePath(u"temp"_s));
-    QProcess process;
-    process.setProcessEnvironment(env);
-    process.setWorkingDirectory(dir.path());
-    process.start(QStringLiteral(CUBRIX_CLI_PATH), arguments);
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-        return CliResult(); // killed when `process` goes
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
 
 QJsonObject infoJson(const QTemporaryDir &dir, const QString &file)
 {

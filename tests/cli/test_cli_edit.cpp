@@ -1,6 +1,7 @@
 // Runs cubrix-cli's item and symbol commands on a copy of the Castle example
 // (floor, gate, torch, tower, wall with a..e) and reads the saved result back.
 
+#include "CliRun.h"
 #include "support/BlocksetFiles.h"
 
 #include <QtTest>
@@ -14,20 +15,14 @@ class TestCliEdit : public QObject {
 
     QPair<int, QJsonObject> cli(const QStringList &arguments)
     {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(u"CUBRIX_REGISTRY"_s, m_dir.filePath(u"registry.reg"_s));
-        env.insert(u"Temp"_s, m_dir.path());
-        QProcess process;
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(CUBRIX_CLI_PATH), arguments + QStringList{u"--json"_s});
-        process.waitForFinished(120000);
-        const QJsonObject report = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
+        const CliResult result = runCli(m_dir, arguments + QStringList{u"--json"_s});
+        const QJsonObject report = QJsonDocument::fromJson(result.out).object();
         // What a command saved passes Rover's readers: the save would have said otherwise.
         for (const QJsonValue &message : report.value(u"messages"_s).toArray()) {
             if (message.toObject().value(u"title"_s) == u"Rover compatibility"_s)
                 QTest::qFail(qPrintable(message.toObject().value(u"text"_s).toString()), __FILE__, __LINE__);
         }
-        return {process.exitCode(), report};
+        return {result.exitCode, report};
     }
 
     // The values of `key` in the blocks, sorted, or the style value `key`.
