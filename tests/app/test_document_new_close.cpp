@@ -136,7 +136,7 @@ private slots:
             env.document.editUpdateComment(QStringLiteral("Closing remark"));
         env.prompts.answers = {answer};
         env.prompts.newAnswers = {choice(QStringLiteral("Next"))};
-        const QByteArray archive = readFile(castle);
+        const QByteArray archive = readBytes(castle);
         env.document.setTab(BlocksetDocument::TabSounds);
         env.view.clear();
 
@@ -157,7 +157,7 @@ private slots:
             QCOMPARE(env.document.versionText(), QStringLiteral("1.2"));
             QCOMPARE(env.document.tab(), int(BlocksetDocument::TabSounds));
             QCOMPARE(filesBelow(env.folder.workingFolder()), castleFiles());
-            QCOMPARE(readFile(castle), archive);
+            QCOMPARE(readBytes(castle), archive);
             QCOMPARE(env.document.processText(), QString());
             return;
         }
@@ -240,7 +240,7 @@ private slots:
             env.document.closeBlockset();
             env.prompts.messages.clear();
         }
-        const QByteArray archive = readFile(castle);
+        const QByteArray archive = readBytes(castle);
         const bool asked = answer != PromptAnswer::Ok;
         env.prompts.answers = {answer};
 
@@ -256,7 +256,7 @@ private slots:
         else if (state == "style")
             QVERIFY(!readBset(castle).value(QStringLiteral("Castle.style")).contains("author=\"Me\""));
         else if (state == "update")
-            QVERIFY(readFile(castle) == archive && QFile::exists(env.setPath(QStringLiteral("Castle.txt"))));
+            QVERIFY(readBytes(castle) == archive && QFile::exists(env.setPath(QStringLiteral("Castle.txt"))));
     }
 };
 

@@ -192,7 +192,7 @@ private slots:
         QCOMPARE(QFile::exists(env.working(QStringLiteral("Red.style"))), answer == PromptAnswer::No);
         QTEST(env.document.processText(), "text");
         if (renamed) {
-            QCOMPARE(readFile(env.working(QStringLiteral("Blue.style"))), files.value(QStringLiteral("Red.style")));
+            QCOMPARE(readBytes(env.working(QStringLiteral("Blue.style"))), files.value(QStringLiteral("Red.style")));
             QCOMPARE(env.document.style().skyColor, QStringLiteral("(0,0,255)"));
             QCOMPARE(env.document.blocks()[2].symbol, QStringLiteral("a"));
             QTEST(env.document.style().name, "name");
@@ -247,41 +247,6 @@ private slots:
         QCOMPARE(QDir(env.folder.workingFolder()).entryList({QStringLiteral("*.style")}, QDir::Files).size(), styles.size());
     }
 
-    void fileChoice_data()
-    {
-        QTest::addColumn<QString>("how"); // "dialog", "caller" or "cancel" (the dialog cancelled)
-        for (const char *how : {"dialog", "caller", "cancel"})
-            QTest::newRow(how) << how;
-    }
-
-    // Only a file chosen in the dialog changes the setting pathBlockset; a cancelled
-    // dialog leaves the open blockset as it was.
-    void fileChoice()
-    {
-        QFETCH(QString, how);
-        DocumentEnv env;
-        env.settings.setStringSetting(QStringLiteral("pathBlockset"), QStringLiteral("/earlier/folder"));
-        const QString first = env.addSet(QStringLiteral("Castle.bset"), castleFiles());
-        const QString path = env.addSet(QStringLiteral("deeper/Other.bset"), castleFiles(QStringLiteral("Other.style")));
-        env.open(first);
-        env.prompts.fileAnswers = {how == "cancel" ? QString() : path};
-        env.view.clear();
-
-        how == "caller" ? env.open(path) : env.document.openBlockset();
-
-        QVERIFY(env.document.blocksetOpen());
-        QCOMPARE(env.prompts.fileRequests.size(), how == "caller" ? 0 : 1);
-        if (how != "caller")
-            QCOMPARE(env.prompts.fileRequests[0].folder, QStringLiteral("/earlier/folder"));
-        QCOMPARE(env.pathSetting(), how == "dialog" ? env.setPath("deeper") : QStringLiteral("/earlier/folder"));
-        QCOMPARE(env.document.blocksetPath(), how == "cancel" ? first : path);
-        if (how == "cancel") {
-            QCOMPARE(filesBelow(env.folder.workingFolder()), castleFiles());
-            QVERIFY(env.document.processText().isEmpty() && !env.document.processMessageShown());
-            QCOMPARE(env.view.resets, 0);
-        }
-    }
-
     void saveQuestion_data()
     {
         QTest::addColumn<PromptAnswer>("answer");
@@ -306,7 +271,7 @@ private slots:
         env.document.editStyleValue(StyleField::Name, QStringLiteral("Fortress"));
         if (saveFails)
             QVERIFY(QDir(env.setPath(QStringLiteral("own"))).removeRecursively());
-        const QByteArray castleBefore = readFile(castle);
+        const QByteArray castleBefore = readBytes(castle);
         env.prompts.answers = {answer};
         env.prompts.fileAnswers = {otherPath};
 
@@ -322,7 +287,7 @@ private slots:
             QCOMPARE(env.document.style().name, QStringLiteral("Fortress"));
             QCOMPARE(env.document.blockCount(), 3);
             QCOMPARE(filesBelow(env.folder.workingFolder()).keys(), castleFiles().keys());
-            QCOMPARE(readFile(castle), castleBefore);
+            QCOMPARE(readBytes(castle), castleBefore);
             QCOMPARE(env.document.processText(), QString());
             return;
         }
@@ -374,7 +339,7 @@ private slots:
         QFETCH(QString, kind);
         DocumentEnv env;
         const QString good = env.addSet(QStringLiteral("Good.bset"), castleFiles(QStringLiteral("Good.style")));
-        QByteArray zip = readFile(good);
+        QByteArray zip = readBytes(good);
         // A bad CRC: the stored CRC of every entry flipped, in the local headers and the central directory.
         for (qsizetype at = zip.indexOf("PK\x03\x04"); kind == "crc" && at >= 0; at = zip.indexOf("PK\x03\x04", at + 4))
             zip[at + 14] = char(zip[at + 14] ^ 0x5a);

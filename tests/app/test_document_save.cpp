@@ -35,7 +35,7 @@ private slots:
         QVERIFY(writeFile(txt, oldUpdate));
         env.open(castle);
         // Put a different archive in place: one that the save leaves alone keeps these bytes.
-        const QByteArray marker = readFile(env.addSet(QStringLiteral("Marker.bset"), {{QStringLiteral("m.txt"), "m"}}));
+        const QByteArray marker = readBytes(env.addSet(QStringLiteral("Marker.bset"), {{QStringLiteral("m.txt"), "m"}}));
         QVERIFY(writeFile(castle, marker));
         if (editUpdate)
             env.document.editUpdateComment(QStringLiteral("Two new gates"));
@@ -57,7 +57,7 @@ private slots:
         QVERIFY(env.document.processMessageShown() && !env.document.isChanged());
         QCOMPARE(env.view.busyCalls, QList<bool>({true, false}));
         QVERIFY(env.view.checkInterfaceCalls >= 1);
-        const QByteArray archive = readFile(castle);
+        const QByteArray archive = readBytes(castle);
         QCOMPARE(archive != marker, editStyle);
         if (editStyle) {
             const FileMap packed = readBset(castle);
@@ -66,7 +66,7 @@ private slots:
         }
         // The update file carries the size of the archive on disk; off, it is never written or deleted.
         const QString comment = editUpdate ? QStringLiteral("Two new gates") : QStringLiteral("old");
-        QCOMPARE(readFile(txt), updateWritten ? updateFileText(QStringLiteral("1.2"), comment, archive.size()) : oldUpdate);
+        QCOMPARE(readBytes(txt), updateWritten ? updateFileText(QStringLiteral("1.2"), comment, archive.size()) : oldUpdate);
     }
 
     // An update message line starting with '<' makes Rover see no update: the
@@ -118,7 +118,7 @@ private slots:
         DocumentEnv env;
         const QString castle = env.addSet(QStringLiteral("sub/Castle.bset"), castleFiles());
         env.open(castle);
-        const QByteArray before = readFile(castle);
+        const QByteArray before = readBytes(castle);
         if (fault != "nosize")
             env.document.editStyleValue(StyleField::Author, QStringLiteral("B. Builder"));
         env.document.editUpdateComment(QStringLiteral("comment"));
@@ -142,7 +142,7 @@ private slots:
         QVERIFY(!env.document.processText().endsWith(QStringLiteral("saved.")));
         QCOMPARE(env.view.busyCalls.value(env.view.busyCalls.size() - 1, true), false);
         if (fault == "style")
-            QCOMPARE(readFile(castle), before);
+            QCOMPARE(readBytes(castle), before);
     }
 
     void saveAs_data()
@@ -170,7 +170,7 @@ private slots:
         const QString oldTxt = env.setPath(QStringLiteral("Castle.txt"));
         const QByteArray oldUpdate = updateFileText(QStringLiteral("1.2"), QStringLiteral("old"), 7);
         QVERIFY(writeFile(oldTxt, oldUpdate));
-        const QByteArray castleBytes = readFile(castle);
+        const QByteArray castleBytes = readBytes(castle);
         env.prompts.fileAnswers = {castle};
         env.document.openBlockset(); // sets pathBlockset to the blocksets folder
         const QString target = newName.isEmpty() ? QString() : makeFolder(env.setPath("copies")) + u'/' + newName;
@@ -209,10 +209,10 @@ private slots:
         QVERIFY(packed.take(styleName).startsWith(toCp1252(QStringLiteral("<style version=\"1.2\" name=\"%1\" synopsis=").arg(blocksetName))));
         QCOMPARE(packed, expected);
         // The old archive and its update file are left as they were.
-        QCOMPARE(readFile(castle), castleBytes);
-        QCOMPARE(readFile(oldTxt), oldUpdate);
+        QCOMPARE(readBytes(castle), castleBytes);
+        QCOMPARE(readBytes(oldTxt), oldUpdate);
         const QString newTxt = env.setPath("copies/" + base + ".txt");
-        QCOMPARE(readFile(newTxt), sync ? updateFileText(QStringLiteral("1.2"), QStringLiteral("old"), QFileInfo(target).size()) : QByteArray());
+        QCOMPARE(readBytes(newTxt), sync ? updateFileText(QStringLiteral("1.2"), QStringLiteral("old"), QFileInfo(target).size()) : QByteArray());
         // Reopening finds what was saved.
         env.open(target);
         QVERIFY(env.prompts.messages.isEmpty());
@@ -322,7 +322,7 @@ private slots:
 
         QCOMPARE(comment, QStringLiteral("before"));
         QVERIFY(saved);
-        QCOMPARE(readFile(env.setPath("Castle.txt")),
+        QCOMPARE(readBytes(env.setPath("Castle.txt")),
                  updateFileText(QStringLiteral("1.2"), QStringLiteral("after"), QFileInfo(env.setPath("Castle.bset")).size()));
     }
 

@@ -138,7 +138,7 @@ private slots:
         QTemporaryDir dir;
         const QString in = dir.filePath(u"Castle.bset"_s);
         QVERIFY(writeBset(in, castle(u"Old.style"_s)));
-        const QByteArray inBytes = readFile(in);
+        const QByteArray inBytes = readBytes(in);
         QVERIFY(QDir().mkpath(dir.filePath(u"out"_s)));
 
         const CliResult result = runCli(dir, {u"save"_s, in, u"out/Keep.bset"_s});
@@ -148,7 +148,7 @@ private slots:
         expected.replace(expected.indexOf(u"Old.style"_s), u"Keep.style"_s);
         QCOMPARE(readBset(dir.filePath(u"out/Keep.bset"_s)).keys(), sorted(expected));
         QVERIFY(QFileInfo::exists(dir.filePath(u"out/Keep.txt"_s)));
-        QCOMPARE(readFile(in), inBytes);
+        QCOMPARE(readBytes(in), inBytes);
         const QJsonObject reopened = infoJson(dir, dir.filePath(u"out/Keep.bset"_s));
         QCOMPARE(reopened[u"changed"_s].toBool(true), false);
         QCOMPARE(reopened[u"style"_s][u"copyright"_s].toString(), u"\u00a9 2024 Quillmoor"_s);

@@ -157,12 +157,8 @@ private slots:
         add("percentage too short", "<sky brightness='5%'>", StyleField::SkyBrightness, "former");
         add("position turn too big", "<orb position='(361,0)'>", StyleField::OrbPosition, "former");
         add("free text taken as is", "<orb target=' _top '>", StyleField::OrbTarget, " _top ");
-        add("empty free text overwrites", "<style name=''>", StyleField::Name, "");
         add("later element overwrites", "<sky texture='a'><sky texture='b'>", StyleField::SkyTexture, "b");
-        add("attribute of another element not taken", "<ground brightness='50%'>", StyleField::SkyBrightness,
-            "former");
         add("after the end of the style", "</style><sky texture='late'>", StyleField::SkyTexture, "former");
-        add("unknown element", "<skies texture='x'>", StyleField::SkyTexture, "former");
         add("unterminated tag", "<sky texture='x'", StyleField::SkyTexture, "former");
     }
 

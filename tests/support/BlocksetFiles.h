@@ -1,11 +1,12 @@
 #pragma once
 
 // Blockset files for tests: texts as a blockset holds them (Windows-1252, CR LF),
-// whole-file reads and writes, and archives packed and unpacked with the
+// whole-file writes, and archives packed and unpacked with the
 // project's own Archive class. Tests that include this link the app core.
 
 #include "app/Archive.h"
 #include "common/Cp1252.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -51,12 +52,6 @@ inline bool writeFile(const QString &path, const QByteArray &bytes)
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
-inline QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Every file below `folder`, by "/"-separated relative path.
 inline FileMap filesBelow(const QString &folder)
 {
@@ -64,7 +59,7 @@ inline FileMap filesBelow(const QString &folder)
     QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
-        files.insert(QDir(folder).relativeFilePath(path), readFile(path));
+        files.insert(QDir(folder).relativeFilePath(path), readBytes(path));
     }
     return files;
 }

@@ -196,7 +196,6 @@ public:
     {
         return QString::fromLatin1(readBset(archivePath).value(name, "<not in " + archivePath.toLatin1() + ">"));
     }
-    static QByteArray readFile(const QString &path) { return ::readFile(path); }
 
     QTemporaryDir dir;
     ScriptedPrompts prompts;

@@ -86,7 +86,7 @@ private slots:
         QFETCH(QByteArray, written);
         openStyledBlockset();
         const QString archive = fixture->document().blocksetPath();
-        const QByteArray before = MainWindowFixture::readFile(archive);
+        const QByteArray before = readBytes(archive);
         const QString updateFile = fixture->dir.filePath("Styled.txt");
         QVERIFY(!before.isEmpty() && !QFile::exists(updateFile));
 
@@ -99,9 +99,9 @@ private slots:
 
         fixture->action("btnSave")->trigger();
         QCOMPARE(fixture->panel("stbProcess"), QString("Update file saved."));
-        QCOMPARE(MainWindowFixture::readFile(archive), before);
+        QCOMPARE(readBytes(archive), before);
         // The update file carries the size of the .bset as it is on disk.
-        QCOMPARE(MainWindowFixture::readFile(updateFile),
+        QCOMPARE(readBytes(updateFile),
                  "<version id=\"1.0\" size=\"" + QByteArray::number(before.size()) + "\">\r\n" + written
                      + "\r\n</version>\r\n");
         verifyMarked(false);

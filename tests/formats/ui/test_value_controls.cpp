@@ -46,40 +46,6 @@ class TestValueControls : public QObject {
     Q_OBJECT
 
 private slots:
-    // Each control starts from its sample value.
-    void settingTextProperty_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("after"); // null: refused, the sample stays
-        const auto add = [](const char *kind, const char *value, const char *after = nullptr) {
-            QTest::addRow("%s %s", kind, value) << QString(kind) << QString(value) << QString(after);
-        };
-        // The rules are the value formats' own; here: a control shows what they take
-        // and keeps its value (raising nothing) on what they refuse.
-        add("color", "  (10,20,30) ", "(10,20,30)");
-        add("color", "(10,20,300)");
-        add("percentage", "05%", "5%");
-        add("percentage", "101%");
-        add("position", "(0,-90)", "(0,-90)");
-        add("position", "(45,-)");
-    }
-
-    void settingTextProperty()
-    {
-        QFETCH(QString, kind);
-        QFETCH(QString, value);
-        QFETCH(QString, after);
-        AnyControl control(kind);
-        control.setText(control.sample);
-        QCOMPARE(control.text(), control.sample);
-        const auto changes = control.changes();
-        control.setText(value);
-        QCOMPARE(control.text(), after.isNull() ? control.sample : after);
-        // A refused value changes nothing, so nothing is raised; a taken one is reported.
-        QCOMPARE(changes->count() > 0, !after.isNull());
-    }
-
     // Keys typed over the whole text of one box of a control that holds
     // its sample value: the box's text, the Change count and the control's value.
     void typingIntoBox_data()
