@@ -114,7 +114,6 @@ private slots:
         QTest::addColumn<bool>("isNew"); // New, else Close
         QTest::addColumn<QString>("edit"); // "none", "style", "update"
         QTest::addColumn<PromptAnswer>("answer");
-        QTest::newRow("close, unchanged") << false << "none" << PromptAnswer::Ok;
         QTest::newRow("close, changed, cancel") << false << "style" << PromptAnswer::Cancel;
         QTest::newRow("close, changed, yes") << false << "style" << PromptAnswer::Yes;
         QTest::newRow("close, update comment, no") << false << "update" << PromptAnswer::No;
@@ -181,28 +180,6 @@ private slots:
         env.prompts.messages.clear();
         env.open(castle);
         QVERIFY(env.prompts.messages.isEmpty() && !env.document.updateChanged());
-    }
-
-    // Yes for a blockset that has no file yet runs Save As; cancelling that dialog
-    // stops the command with the edits kept.
-    void untitledYesThenSaveAsCancelled()
-    {
-        DocumentEnv env;
-        env.prompts.newAnswers = {choice(QStringLiteral("Draft"))};
-        env.document.newBlockset();
-        env.document.editStyleValue(StyleField::Synopsis, QStringLiteral("unsaved work"));
-        env.prompts.answers = {PromptAnswer::Yes};
-        env.prompts.fileAnswers = {QString()};
-
-        env.document.closeBlockset();
-
-        QCOMPARE(env.prompts.messages.size(), 1);
-        QCOMPARE(env.prompts.fileRequests.size(), 1);
-        QCOMPARE(env.prompts.fileRequests[0].title, QStringLiteral("Save Blockset As"));
-        QVERIFY(env.document.blocksetOpen() && env.document.blocksetUntitled() && env.document.blocksetChanged());
-        QCOMPARE(env.document.blocksetFileName(), QStringLiteral("Draft"));
-        QCOMPARE(env.document.style().synopsis, QStringLiteral("unsaved work"));
-        QCOMPARE(env.document.processText(), QString());
     }
 
     void unloadQuestion_data()

@@ -220,33 +220,6 @@ private slots:
         QCOMPARE(env.document.blocks()[2].doubleSymbol, QStringLiteral(".a"));
     }
 
-    // A Save As whose archive step fails stays on the new name: the next Save writes there.
-    void saveAsFailureThenSave()
-    {
-        DocumentEnv env;
-        env.open(env.addSet(QStringLiteral("Castle.bset"), castleFiles()));
-        const QString target = env.setPath("later/Moved.bset");
-        env.prompts.fileAnswers = {target};
-
-        env.document.saveBlocksetAs();
-
-        QCOMPARE(env.prompts.messageTexts(), QStringList({"Unable to save blockset!"}));
-        QCOMPARE(env.document.blocksetPath(), target);
-        QCOMPARE(env.document.blocksetFileName(), QStringLiteral("Moved.bset"));
-        QVERIFY(env.document.blocksetChanged() && env.document.updateChanged());
-        QVERIFY(!QFile::exists(env.working("Castle.style")));
-
-        makeFolder(env.setPath("later"));
-        env.prompts.messages.clear();
-        env.document.saveCommand();
-
-        QVERIFY(env.prompts.messages.isEmpty());
-        QCOMPARE(env.prompts.fileRequests.size(), 1); // no second dialog
-        QVERIFY(!env.document.isChanged());
-        QVERIFY(readBset(target).contains(QStringLiteral("Moved.style")));
-        QVERIFY(QFile::exists(env.setPath("later/Moved.txt")));
-    }
-
     // Every style value, edited, saved, closed and opened again; several style files
     // and files nobody lists survive the cycle unchanged.
     void roundTrip()
@@ -302,28 +275,6 @@ private slots:
         }
         QCOMPARE(env.document.symbols(), symbols);
         QCOMPARE(env.document.processText(), QStringLiteral("Strict Prefix & Sync Double Mode activated."));
-    }
-
-    // A blockset handed in by a bare file name keeps its update file beside it in
-    // the current folder.
-    void bareNameKeepsUpdateFileBeside()
-    {
-        DocumentEnv env;
-        env.addSet(QStringLiteral("Castle.bset"), castleFiles());
-        QVERIFY(writeFile(env.setPath("Castle.txt"), updateFileText(QStringLiteral("1"), QStringLiteral("before"), 1)));
-        const QString previous = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(env.sets));
-
-        env.open(QStringLiteral("Castle.bset"));
-        const QString comment = env.document.updateComment();
-        env.document.editUpdateComment(QStringLiteral("after"));
-        const bool saved = env.document.saveBlockset();
-        QDir::setCurrent(previous);
-
-        QCOMPARE(comment, QStringLiteral("before"));
-        QVERIFY(saved);
-        QCOMPARE(readBytes(env.setPath("Castle.txt")),
-                 updateFileText(QStringLiteral("1.2"), QStringLiteral("after"), QFileInfo(env.setPath("Castle.bset")).size()));
     }
 
     // A style file stored as "Castle.STYLE" is the blockset's own; saving must not leave

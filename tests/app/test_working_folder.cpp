@@ -58,21 +58,6 @@ class TestWorkingFolder : public QObject {
     Q_OBJECT
 
 private slots:
-    // Temp wins over TMPDIR; without either, /tmp.
-    void tempRootFollowsEnvironment()
-    {
-        const QByteArray oldTemp = qgetenv("Temp"), oldTmpdir = qgetenv("TMPDIR");
-        const auto set = [](const char *name, const QByteArray &value) { value.isNull() ? qunsetenv(name) : qputenv(name, value); };
-        const auto restore = qScopeGuard([&] { set("Temp", oldTemp); set("TMPDIR", oldTmpdir); });
-        for (const auto &[temp, tmpdir, expected] : {std::tuple<QByteArray, QByteArray, QString>{"/t/temp", "/t/tmpdir", "/t/temp"},
-                                                     {QByteArray(), "/t/tmpdir", "/t/tmpdir"}, {QByteArray(), QByteArray(), "/tmp"}}) {
-            set("Temp", temp);
-            set("TMPDIR", tmpdir);
-            QCOMPARE(WorkingFolder::tempRoot(), expected);
-            QCOMPARE(WorkingFolder().workingFolder(), expected + "/Cubrix");
-        }
-    }
-
     void createAndClear_data()
     {
         QTest::addColumn<bool>("leftover");

@@ -8,8 +8,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <ctime>
-
 class TestCommonFunctions : public QObject {
     Q_OBJECT
 
@@ -117,36 +115,6 @@ private slots:
         }
     }
 
-    // Every quarter hour of a year with daylight-saving changes survives the round
-    // trip, including the hour the clock skips and the hour it repeats.
-    void roundTripAcrossDaylightSaving_data()
-    {
-        QTest::addColumn<QByteArray>("zone");
-        QTest::newRow("Berlin") << QByteArray("Europe/Berlin");
-        QTest::newRow("Sydney") << QByteArray("Australia/Sydney");
-    }
-    void roundTripAcrossDaylightSaving()
-    {
-        QFETCH(QByteArray, zone);
-        if (!QFile::exists("/usr/share/zoneinfo/" + zone))
-            QSKIP("no time zone data on this machine");
-        const QByteArray oldZone = qgetenv("TZ");
-        qputenv("TZ", zone);
-        tzset();
-        qint32 firstFailure = 0;
-        for (qint32 s = 1609459200; s < 1609459200 + 366 * 86400 && !firstFailure; s += 900) {
-            const QDateTime date = unixTimeToDate(s);
-            if (!date.isValid() || dateToUnixTime(date) != s)
-                firstFailure = s;
-        }
-        // The hour Berlin's clock skipped on 3/28/2021: its fields are still shown.
-        const QDateTime gap = unixTimeToDate(1616898600);
-        oldZone.isEmpty() ? qunsetenv("TZ") : qputenv("TZ", oldZone);
-        tzset();
-        QCOMPARE(firstFailure, 0);
-        if (zone == "Europe/Berlin")
-            QCOMPARE(gap.toString(Qt::ISODate), QString("2021-03-28T02:30:00Z")); // no such local time
-    }
 };
 
 QTEST_GUILESS_MAIN(TestCommonFunctions)

@@ -83,7 +83,6 @@ private slots:
         QTest::addColumn<int>("failWrite"); // 0 = none
         QTest::newRow("all written") << true << 0;
         QTest::newRow("key cannot be created") << false << 0;
-        QTest::newRow("first folder fails") << true << 1;
         QTest::newRow("last option fails") << true << 11;
     }
     void defaultsStopAtFirstFailure()
@@ -107,7 +106,6 @@ private slots:
         QTest::addColumn<bool>("asFlag");
         QTest::newRow("missing") << QByteArray() << "" << false;
         QTest::newRow("on as -1") << QByteArray("dword:ffffffff") << "" << true;
-        QTest::newRow("on as 1") << QByteArray("dword:00000001") << "" << true;
         QTest::newRow("off") << QByteArray("dword:00000000") << "" << false;
         QTest::newRow("text") << QByteArray("\"C:\\\\Worlds\"") << "C:\\Worlds" << false;
         QTest::newRow("binary") << QByteArray("hex:01,02,03") << "" << false;

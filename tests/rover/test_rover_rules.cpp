@@ -37,35 +37,25 @@ void TestRoverRules::findings_data()
     QTest::newRow("symbol trimmed") << S << style("<block symbol=\" x \" file=\"w.block\"/>") << "";
     QTest::newRow("file missing") << S << style("<block symbol=\"a\"/>") << "E2";
     QTest::newRow("double single") << S << style("<block symbol=\"a\" double=\"A\" file=\"w\"/>") << "W2";
-    QTest::newRow("double lt") << S << style("<block symbol=\"a\" double=\"<a\" file=\"w\"/>") << "W2";
     QTest::newRow("name blank") << S << style("<block symbol=\"a\" name=\"my sound\" file=\"w\"/>") << "W2";
     QTest::newRow("duplicate symbol") << S << style("<block symbol=\"a\" file=\"w\"/>\r\n<block symbol=\"a\" file=\"v\"/>") << "W3";
     QTest::newRow("duplicate name case") << S << style("<block symbol=\"a\" name=\"X\" file=\"w\"/>\r\n<block symbol=\"b\" name=\"x\" file=\"v\"/>") << "W3";
     QTest::newRow("version 2") << S << QByteArray("<style version=\"2\">\r\n</style>") << "W1";
-    QTest::newRow("version 1.0 beta") << S << QByteArray("<style version=\"1.0 beta\">\r\n</style>") << "W1";
     QTest::newRow("version beta ok") << S << QByteArray("<style version=\"1.2.3B7\">\r\n</style>") << "";
-    QTest::newRow("version beta 255") << S << QByteArray("<style version=\"1.2b255\">\r\n</style>") << "W1";
     QTest::newRow("rgb no parens") << S << style("<sky colour=\"10,20,30\"/>") << "W2";
-    QTest::newRow("rgb 256") << S << style("<sky colour=\"(0,0,256)\"/>") << "W2";
     QTest::newRow("percent 101") << S << style("<sky brightness=\"101%\"/>") << "W2";
-    QTest::newRow("direction one") << S << style("<orb position=\"(1)\"/>") << "W2";
     QTest::newRow("direction ok") << S << style("<orb position=\"(-1.5, 20)\"/>") << "";
     QTest::newRow("placeholder no texture") << S << style("<placeholder/>") << "E2";
-    QTest::newRow("second sky") << S << style("<sky/>\r\n<sky colour=\"bad\"/>") << "W3";
     QTest::newRow("tag not self closed") << S << style("<block symbol=\"a\" file=\"w\">") << "E2";
     QTest::newRow("quote not closed") << S << QByteArray("<style name=\"S\r\n\">\r\n</style>") << "E1";
     QTest::newRow("quote in text") << S << style("it's") << "E2";
     QTest::newRow("unquoted value") << S << QByteArray("<style name=S>\r\n</style>") << "E1";
     QTest::newRow("eof in comment") << S << QByteArray("<style>\r\n<!-- open\r\n") << "E3";
-    QTest::newRow("comment across lines") << S << style("<!-- a\r\n<block symbol=\"\"/> -->") << "";
     QTest::newRow("no end tag") << S << QByteArray("<style>\r\n<sky/>\r\n") << "E3";
     QTest::newRow("unknown tag skipped") << S << style("<extra>\r\n<block symbol=\"\"/>\r\n</extra>") << "";
-    QTest::newRow("after end ignored") << S << QByteArray("<style>\r\n</style>\r\n<block symbol=\"\"/>") << "";
     QTest::newRow("NUL ends line") << S << QByteArray("<style name=\"S\"/>\0 \"open\r\n", 26) << "";
-    QTest::newRow("repeated attribute first") << S << style("<sky colour=\"(1,1,1)\" colour=\"x\"/>") << "";
 
     QTest::newRow("update clean") << U << QByteArray("<version id=\"1.1\" size=\"12 kb\">\r\nNew blocks.\r\n</version>\r\n") << "";
-    QTest::newRow("update rest of line dropped") << U << QByteArray("<version id=\"1.1\" size=\"1\"> junk \"\r\n</VERSION>") << "";
     QTest::newRow("update empty") << U << QByteArray() << "E0";
     QTest::newRow("update no size") << U << QByteArray("<version id=\"1.1\">\r\n</version>") << "E1";
     QTest::newRow("update bad id") << U << QByteArray("<version id=\"2\" size=\"1\">\r\n</version>") << "E1";
@@ -74,11 +64,9 @@ void TestRoverRules::findings_data()
 
     QTest::newRow("cache clean") << C << QByteArray("<CACHE>\r\n<BLOCKSET href=\"http://x/a.bset\" size=\"10\" updated=\"-5\" version=\"1.0\"/>\r\n</CACHE>\r\n") << "";
     QTest::newRow("cache size commas") << C << QByteArray("<CACHE>\r\n<BLOCKSET href=\"h\" size=\"1,234,567\" updated=\"1\"/>\r\n</CACHE>") << "E2";
-    QTest::newRow("cache huge clamped") << C << QByteArray("<CACHE>\r\n<BLOCKSET href=\"h\" size=\" 99999999999 \" updated=\"1\"/>\r\n</CACHE>") << "";
     QTest::newRow("cache no href") << C << QByteArray("<CACHE>\r\n<BLOCKSET size=\"1\" updated=\"1\"/>\r\n</CACHE>") << "E2";
     QTest::newRow("cache bad version") << C << QByteArray("<CACHE>\r\n<BLOCKSET href=\"h\" size=\"1\" updated=\"1\" version=\"x\"/>\r\n</CACHE>") << "W2";
     QTest::newRow("cache quote in name") << C << QByteArray("<CACHE>\r\n<BLOCKSET href=\"h\" size=\"1\" updated=\"1\" name=\"a\"b\"/>\r\n</CACHE>") << "E2";
-    QTest::newRow("cache unterminated") << C << QByteArray("<CACHE>\r\n<BLOCKSET href=\"h\" size=\"1\" updated=\"1\"/>\r\n") << "E3";
 }
 
 void TestRoverRules::findings()

@@ -52,8 +52,6 @@ private slots:
         QTest::newRow("edit, strict: own double character offered")
             << int(Strict) << 0 << QStringList{u"A .A"_s, u"B .Z"_s} << 1 << u"BCD"_s << u"BCD"_s << true << u"B"_s
             << u".Z"_s;
-        QTest::newRow("edit, free: own double in the field") << int(Free) << 0 << ab << 0 << u"ACD"_s << QString()
-                                                             << false << u"A"_s << u".A"_s;
         QTest::newRow("edit, no single symbol: none stays chosen")
             << int(StrictSync) << 0 << QStringList{u" "_s, u"A .A"_s} << 0 << u"BC"_s << u"BC"_s << false << QString()
             << QString();

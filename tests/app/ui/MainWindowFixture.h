@@ -17,6 +17,7 @@
 #include "symbols/SymbolScheme.h"
 
 #include <QAction>
+#include <QBuffer>
 #include <QComboBox>
 #include <QDir>
 #include <QDragEnterEvent>
@@ -63,10 +64,7 @@ public:
     // Builds <dir>/<name>.bset. Block i has the i-th symbol and "." before it as double.
     QString makeBlockset(const BlocksetRecipe &recipe)
     {
-        const QString stage = dir.filePath("stage-" + recipe.name);
-        QDir(stage).removeRecursively();
-        for (const char *sub : {"/blocks", "/textures", "/sounds"})
-            QDir().mkpath(stage + sub);
+        FileMap files;
         QList<BlockRow> rows;
         for (int i = 0; i < recipe.blocks; ++i) {
             BlockRow row;
@@ -74,28 +72,28 @@ public:
             row.name = QString("Block %1").arg(i);
             row.symbol = symbolAlphabet().mid(i % blockLimit(), 1);
             row.doubleSymbol = '.' + row.symbol;
-            const QByteArray block = "<BLOCK NAME=\"" + row.name.toLatin1() + "\" TYPE=\"structural\">\r\n";
-            writeFile(stage + "/blocks/" + row.file, block + "<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n");
+            files.insert("blocks/" + row.file, "<BLOCK NAME=\"" + row.name.toLatin1()
+                                                   + "\" TYPE=\"structural\">\r\n<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n");
             rows.append(row);
         }
         for (int i = 0; i < recipe.textures; ++i) {
             QImage image(16 + i, 8, QImage::Format_RGB32);
             image.fill(Qt::darkCyan);
-            image.save(stage + QString("/textures/texture%1.jpg").arg(i), "JPG");
+            QBuffer jpeg(&files[QString("textures/texture%1.jpg").arg(i)]);
+            image.save(&jpeg, "JPG");
         }
         for (int i = 0; i < recipe.sounds; ++i)
-            writeFile(stage + QString("/sounds/sound%1.wav").arg(i), QByteArray(44 + i, '\0'));
+            files.insert(QString("sounds/sound%1.wav").arg(i), QByteArray(44 + i, '\0'));
         StyleValues style;
         style.name = recipe.name;
         style.version = recipe.version;
         for (auto it = recipe.values.cbegin(); it != recipe.values.cend(); ++it)
             styleValue(style, it.key()) = it.value();
-        writeFile(stage + '/' + recipe.name + ".style", writeStyle(style, rows));
+        files.insert(recipe.name + ".style", writeStyle(style, rows));
 
         const QString path = dir.filePath(recipe.name + ".bset");
-        Archive archive;
-        if (!archive.newArchive(path) || !archive.addFiles(stage, true) || !archive.writeArchive())
-            qWarning("could not pack %s: %s", qPrintable(path), qPrintable(archive.lastError()));
+        if (!writeBset(path, files))
+            qWarning("could not pack %s", qPrintable(path));
         return path;
     }
 

@@ -49,7 +49,6 @@ private slots:
         QTest::newRow("two files") << QStringList{"Castle.bset", "Tower.bset"} << true << false << "" << 0;
         QTest::newRow("switch and file") << QStringList{"/c", "Castle.bset"} << true << false << "" << 0;
         QTest::newRow("capital switch") << QStringList{"/C"} << true << false << "" << 0;
-        QTest::newRow("switch with trailing blank") << QStringList{"/c "} << true << false << "" << 0;
     }
 
     void startChoice()

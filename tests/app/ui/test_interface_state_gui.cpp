@@ -74,7 +74,6 @@ private slots:
         QTest::newRow("edit block, skipEdit on") << 0 << "mnuEditItem" << true << true;
         QTest::newRow("edit block: the symbol dialog") << 0 << "mnuEditItem" << false << false;
         QTest::newRow("edit on sounds") << 2 << "btnEditItem" << false << false;
-        QTest::newRow("play sound") << 2 << "btnPreviewItem" << false << false;
     }
 
     void oopsCommands()

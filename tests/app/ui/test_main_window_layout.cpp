@@ -1,5 +1,5 @@
-// What only the main window itself shows: its state right after load, the
-// keyboard shortcuts reaching their commands.
+// What only the main window itself shows: the keyboard shortcuts reaching
+// their commands.
 // Leaves out: what the commands do (test_interface_state_gui, test_unload).
 
 #include "MainWindowFixture.h"
@@ -36,14 +36,6 @@ private slots:
         fixture->prompts.unexpected.clear(); // what the command asks is not this test's matter
     }
 
-    void loadState()
-    {
-        QCOMPARE(fixture->panel("stbProcess"), QString("Welcome to Cubrix 0.9 Beta 1!"));
-        auto *prefixes = fixture->window->findChild<QComboBox *>("lstStrictPrefix");
-        QVERIFY(prefixes);
-        QCOMPARE(prefixes->count(), 90);
-        QCOMPARE(prefixes->itemText(0) + prefixes->itemText(1) + prefixes->itemText(89), QString(".A~"));
-    }
 };
 
 QTEST_MAIN(TestMainWindowLayout)

@@ -1,6 +1,6 @@
 // Closing the editor: every way out asks the save question for a changed
-// blockset, Yes saves it, and the working folder with its sub-folders exists
-// while the window lives and is gone after it closed. Also dropped files.
+// blockset, Yes saves it, and the working folder is gone after the window
+// closed. Also dropped files.
 // Leaves out: the save itself (document tests).
 
 #include "MainWindowFixture.h"
@@ -11,24 +11,6 @@ class TestUnload : public MainWindowTest {
     Q_OBJECT
 
 private slots:
-    void workingFoldersLiveWithTheWindow()
-    {
-        const WorkingFolder &folder = fixture->window->workingFolder();
-        const QStringList folders = {folder.workingFolder(), folder.blocksFolder(), folder.texturesFolder(),
-                                     folder.soundsFolder()};
-        for (const QString &path : folders) {
-            QVERIFY2(QFileInfo(path).isDir(), qPrintable(path + " exists while the editor runs"));
-            QVERIFY2(QDir::cleanPath(path).startsWith(fixture->dir.filePath("temp/Cubrix")), qPrintable(path));
-        }
-        // With a blockset unpacked into it, closing still removes everything.
-        QVERIFY(fixture->openBlockset({.blocks = 3, .textures = 1, .sounds = 1}));
-        QVERIFY(!QDir(folder.blocksFolder()).isEmpty());
-        QVERIFY(fixture->window->close());
-        for (const QString &path : folders)
-            QVERIFY2(!QFileInfo::exists(path), qPrintable(path + " is gone after close"));
-        QVERIFY(fixture->prompts.messages.isEmpty());
-    }
-
     // Which blockset counts as changed is the document's rule; here: every way out
     // of the window asks, and a texture box's pending edit counts.
     void asksOnlyForChangedBlockset_data()

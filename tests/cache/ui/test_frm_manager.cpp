@@ -1,7 +1,6 @@
-// The manager window's enabling, sorting and clipboard, and the info dialog's labels.
+// The manager window's enabling, sorting and clipboard.
 
 #include "cache/CacheLocation.h"
-#include "cache/ui/frmBlocksetInfo.h"
 #include "cache/ui/frmManager.h"
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
@@ -14,7 +13,6 @@
 #include <QDir>
 #include <QHeaderView>
 #include <QLabel>
-#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
@@ -92,27 +90,6 @@ private slots:
         QCOMPARE(QApplication::clipboard()->text(), u"http://www.host.com/a/set1.bset"_s);
     }
 
-    void infoDialog()
-    {
-        CacheRow row;
-        row.fileName = u"castle.bset"_s;
-        row.path = u"www.host.com\\sets\\old"_s;
-        row.updated = CacheRow::Updated::ForceDownload;
-        row.name = u"Castle"_s;
-        row.blocks = 12;
-        frmBlocksetInfo dialog(row);
-        dialog.show();
-        grab(dialog, u"frmBlocksetInfo"_s);
-        const auto text = [&dialog](const QString &name) { return dialog.findChild<QLabel *>(name)->text(); };
-        QCOMPARE(text(u"lblURL"_s), u"http://www.host.com/sets/old/castle.bset"_s);
-        QCOMPARE(text(u"lblUpdated"_s), u"<force download>"_s);
-        QCOMPARE((QStringList{text(u"lblName"_s), text(u"lblVersion"_s), text(u"lblBlocks"_s)}),
-                 (QStringList{u"Castle"_s, u"?"_s, u"12"_s}));
-        dialog.findChild<QPushButton *>(u"btnCopyTag"_s)->click();
-        QCOMPARE(QApplication::clipboard()->text(), row.tag());
-        dialog.findChild<QPushButton *>(u"OKButton"_s)->click();
-        QVERIFY(!dialog.isVisible());
-    }
 };
 
 QTEST_MAIN(TestFrmManager)

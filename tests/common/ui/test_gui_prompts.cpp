@@ -1,16 +1,13 @@
 // GuiPrompts offscreen: message boxes and Qt's own (non-native) file dialogs,
 // driven while they run. Leaves out: the platform's native dialogs, which
 // offscreen tests cannot drive.
-#include "common/FileFilter.h"
 #include "common/ui/GuiPrompts.h"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
-#include <QFileSystemModel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -95,10 +92,6 @@ private slots:
                                           << esc << PromptAnswer::Ok;
         QTest::newRow("Yes") << PromptButtons::YesNo << PromptIcon::Question << yesNo << QMessageBox::Question
                              << int(QMessageBox::Yes) << PromptAnswer::Yes;
-        QTest::newRow("Esc is No") << PromptButtons::YesNo << PromptIcon::Information << yesNo << QMessageBox::Information
-                                   << esc << PromptAnswer::No;
-        QTest::newRow("Cancel") << PromptButtons::YesNoCancel << PromptIcon::Exclamation << yesNoCancel
-                                << QMessageBox::Warning << int(QMessageBox::Cancel) << PromptAnswer::Cancel;
         QTest::newRow("Esc is Cancel") << PromptButtons::YesNoCancel << PromptIcon::None << yesNoCancel
                                        << QMessageBox::NoIcon << esc << PromptAnswer::Cancel;
     }
@@ -133,54 +126,6 @@ private slots:
         });
         QCOMPARE(prompts.message(text, "Add Block", buttons, icon), answer);
         QVERIFY(seen);
-    }
-
-    // The type box shows the labels as written, the first is selected, and each
-    // entry filters by its own patterns. No title, filter or folder: "Open File",
-    // all files, the current directory.
-    void fileDialogSetUp_data()
-    {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("filter");
-        QTest::addColumn<QStringList>("labels");
-        QTest::newRow("images")
-            << "Add Textures" << "All supported Images (*.gif;*.jpg),*.gif;*.jpg,GIF images (*.gif),*.gif,All files (*.*),*.*"
-            << QStringList{"All supported Images (*.gif;*.jpg)", "GIF images (*.gif)", "All files (*.*)"};
-        QTest::newRow("label without pattern group") << "Add Textures" << "Worlds,*.bset;*.zip" << QStringList{"Worlds"};
-        QTest::newRow("nothing given") << "" << "" << QStringList{"All files (*.*)"};
-    }
-    void fileDialogSetUp()
-    {
-        QFETCH(QString, title);
-        QFETCH(QString, filter);
-        QFETCH(QStringList, labels);
-        const QString old = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(title.isEmpty() ? m_dir.path() : QDir::rootPath()));
-        bool inspected = false;
-        onNextModal([&](QWidget *w) {
-            auto *dialog = qobject_cast<QFileDialog *>(w);
-            QVERIFY(dialog);
-            QCOMPARE(dialog->windowTitle(), title.isEmpty() ? QString("Open File") : title);
-            QCOMPARE(QDir(dialog->directory()).canonicalPath(), QDir(m_dir.path()).canonicalPath());
-            auto *types = dialog->findChild<QComboBox *>("fileTypeCombo");
-            QCOMPARE(types->currentIndex(), 0);
-            auto *model = dialog->findChild<QFileSystemModel *>();
-            const QList<FileFilterEntry> entries = FileFilter::parse(filter.isEmpty() ? "All files (*.*),*.*" : filter);
-            QCOMPARE(types->count(), labels.size());
-            for (int i = labels.size() - 1; i >= 0; --i) {
-                dialog->selectNameFilter(dialog->nameFilters()[i]);
-                QCOMPARE(types->itemText(i), labels[i]);
-                QCOMPARE(dialog->selectedNameFilter(), labels[i]);
-                // Each pattern reaches the dialog alone ("*.*" as "*", which is what it means).
-                QCOMPARE(model->nameFilters(), entries[i].patterns.join(' ').replace("*.*", "*").split(' '));
-            }
-            inspected = true;
-            dialog->reject();
-        });
-        GuiPrompts prompts;
-        QCOMPARE(prompts.openFile(title, filter, title.isEmpty() ? QString() : m_dir.path()), QString());
-        QVERIFY(QDir::setCurrent(old));
-        QVERIFY(inspected);
     }
 
     void chosenFilesAreFullPaths()

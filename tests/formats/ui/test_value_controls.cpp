@@ -1,6 +1,5 @@
-// The three value controls of the settings page: what their text properties
-// accept and refuse, the typing rules of their boxes, the up-down buttons and the
-// Change event. Not covered here: how the page reports the changes (see
+// The three value controls of the settings page: the typing rules of their
+// boxes, the up-down buttons and the Change event. Not covered here: how the page reports the changes (see
 // test_settings_pages).
 #include "formats/ui/UpDown.h"
 #include "formats/ui/usrColor.h"
@@ -83,21 +82,6 @@ private slots:
         QTEST(edit->text(), "text");
         QTEST(int(changes->count()), "changes");
         QTEST(control.text(), "value");
-    }
-
-    void extraDigitIsRemovedWhereItWasTyped()
-    {
-        usrColor color;
-        auto *red = color.findChild<QLineEdit *>("txtR");
-        red->setText("123");
-        red->setCursorPosition(1);
-        QTest::keyClick(red, Qt::Key_9);
-        QCOMPARE(red->text(), "123");
-        QCOMPARE(red->cursorPosition(), 1);
-        // A pasted run of digits is cut back to three characters as well.
-        red->setCursorPosition(0);
-        red->insert("98765");
-        QCOMPARE(red->text(), "123");
     }
 
     void loneMinusInTiltIsDroppedOnLeaving()
