@@ -215,7 +215,6 @@ private slots:
         QTest::newRow("own style beside another") << "Blue.bset" << QStringList{"Blue", "Red"} << "Blue" << "Blue";
         QTest::newRow("dotted name, listed after others") << "my.old.set.bset" << QStringList{"a", "my", "my.old.set"}
                                                           << "my.old.set" << "my.old.set";
-        QTest::newRow("no extension") << "Plain" << QStringList{"Plain"} << "Plain" << "Plain";
         QTest::newRow("case differs: asks") << "Blue.bset" << QStringList{"blue"} << "Blue" << "blue";
     }
 

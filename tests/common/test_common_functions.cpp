@@ -40,8 +40,6 @@ private slots:
         QTest::newRow("folder with dot") << "C:\\a.b\\file" << "file" << "C:\\a.b" << "b\\file" << "file";
         QTest::newRow("trailing backslash") << "C:\\dir\\" << "" << "C:\\dir" << "" << "";
         QTest::newRow("name ending in dot") << "name." << "name." << "" << "" << "name";
-        QTest::newRow("two dots") << "archive.tar.bset" << "archive.tar.bset" << "" << "bset" << "archive.tar";
-        QTest::newRow("only extension") << ".bset" << ".bset" << "" << "bset" << "";
         QTest::newRow("forward slashes stay") << "C:/w/a.gif" << "C:/w/a.gif" << "" << "gif" << "C:/w/a";
     }
     void windowsPaths()

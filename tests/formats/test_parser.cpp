@@ -113,7 +113,6 @@ private slots:
         QTest::addColumn<QString>("left");
         QTest::newRow("name and attributes") << "style version=\"1\"" << true << "style" << "version=\"1\"";
         QTest::newRow("lower-cased, rest not trimmed") << "STYLE  Name=\"Abc\"" << true << "style" << " Name=\"Abc\"";
-        QTest::newRow("single word") << "/Style" << true << "/style" << "";
         QTest::newRow("empty") << "" << false << "" << "";
         QTest::newRow("non-ASCII capitals lower-cased") << "\u00c4RGER x" << true << "\u00e4rger" << "x";
     }

@@ -125,7 +125,6 @@ private slots:
         QTest::newRow("missing values written") << "       " << "......." << QList<int>{UpdateFile} << "cmdOK" << "......x";
         QTest::newRow("Cancel button") << kDefaults << kDefaults << all << "cmdCancel" << "";
         QTest::newRow("Esc key") << kDefaults << kDefaults << all << "esc" << "";
-        QTest::newRow("window closed") << kDefaults << kDefaults << all << "close" << "";
     }
     void loadAndClose()
     {
