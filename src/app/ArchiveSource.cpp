@@ -37,7 +37,7 @@ struct WindowedFile {
                 return -1;
         } else {
             if (position < windowStart || position + length > windowStart + windowLength) {
-                window.resize(size_t(kWindow));
+                window.resize(size_t(std::min(kWindow, size))); // a small archive gets a small window
                 windowStart = position;
                 windowLength = std::min(kWindow, size - position);
                 if (!readAt(window.data(), windowLength, windowStart)) {
