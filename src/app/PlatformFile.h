@@ -108,6 +108,11 @@ constexpr bool kReplaceNeedsClosedFile = true;
 // Lets the heap keep memory that a save allocates and frees for every entry.
 void keepAllocatorMemory();
 
+// Makes the C library read the local time zone once instead of at every
+// local-time conversion (libzip converts the time of every archive entry it
+// reads). Called at the start of a program, before any other thread runs.
+void readTimeZoneOnce();
+
 // A libzip source reading the file at `path` when the archive is written.
 zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error);
 

@@ -288,6 +288,17 @@ void keepAllocatorMemory()
 #endif
 }
 
+void readTimeZoneOnce()
+{
+#if defined(__GLIBC__)
+    // With TZ unset, glibc looks at /etc/localtime again for every conversion;
+    // ":/etc/localtime" names the same zone and is read once. A TZ the user set,
+    // even an empty one (UTC), stays as it is.
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", ":/etc/localtime");
+#endif
+}
+
 zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error)
 {
     return zip_source_file_create(path.constData(), 0, 0, error);

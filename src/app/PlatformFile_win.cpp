@@ -381,6 +381,8 @@ QString defaultTempRoot()
 
 void keepAllocatorMemory() {}
 
+void readTimeZoneOnce() {}
+
 // libzip may use another C runtime than this program, so it gets a Windows handle
 // of its own rather than the descriptor.
 zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error)

@@ -1,9 +1,11 @@
+#include "app/PlatformFile.h"
 #include "cli/CliApp.h"
 
 #include <QCoreApplication>
 
 int main(int argc, char *argv[])
 {
+    PlatformFile::readTimeZoneOnce();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("cubrix-cli"));
     CliApp cli;

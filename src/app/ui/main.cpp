@@ -1,5 +1,6 @@
 // Main_Sub: the program's entry. It decides which window the user sees first.
 
+#include "app/PlatformFile.h"
 #include "app/ui/MainSub.h"
 #include "app/ui/frmMain.h"
 #include "cache/CacheLocation.h"
@@ -73,6 +74,7 @@ int main(int argc, char *argv[])
         }
     }
 
+    PlatformFile::readTimeZoneOnce();
     QApplication app(argc, argv);
     QApplication::setApplicationName(u"Cubrix"_s);
     QApplication::setOrganizationName(u"Quillmoor"_s);
