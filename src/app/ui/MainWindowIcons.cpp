@@ -41,7 +41,7 @@ QIcon bundledIcon(QLatin1StringView name)
 
 } // namespace
 
-QIcon commandIcon(const QString &button, QStyle *)
+QIcon commandIcon(const QString &button)
 {
     const auto found = commandIcons().constFind(button);
     if (found == commandIcons().constEnd())

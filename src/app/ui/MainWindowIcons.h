@@ -3,12 +3,10 @@
 #include <QIcon>
 #include <QString>
 
-class QStyle;
-
 // The toolbar icon of a main-window command, by its toolbar key ("btnNew" ...):
 // the desktop theme's icon where a standard name fits, else the program's own
-// SVG drawing. `style` is not used any more (the caller still passes it).
-QIcon commandIcon(const QString &button, QStyle *style);
+// SVG drawing.
+QIcon commandIcon(const QString &button);
 
 // The program's own icon (three stacked cubes): "com.quillmoor.Cubrix" from the theme, as
 // installed with the program, else the bundled drawing.

@@ -193,7 +193,7 @@ void frmMain::createActions()
         const QString button = str(command.button);
         QAction *buttonAction = addCommand(button, str(command.tooltip));
         buttonAction->setToolTip(str(command.tooltip));
-        const QIcon icon = commandIcon(button, style());
+        const QIcon icon = commandIcon(button);
         buttonAction->setIcon(icon);
         menuAction->setIcon(icon);
     }

@@ -18,7 +18,7 @@ private slots:
     void iconsDrawSharp()
     {
         QFETCH(QString, button);
-        const QIcon icon = button.isEmpty() ? programIcon() : commandIcon(button, QApplication::style());
+        const QIcon icon = button.isEmpty() ? programIcon() : commandIcon(button);
         // A missing or unreadable SVG gives no picture, a bitmap icon one of its own smaller size.
         QCOMPARE(icon.pixmap(QSize(64, 64)).size(), QSize(64, 64));
     }
