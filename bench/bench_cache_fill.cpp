@@ -13,8 +13,8 @@
 #include "cache/CacheLocation.h"
 #include "cache/CacheManager.h"
 #include "common/HiveRegistry.h"
-#include "common/RegistryWrapper.h"
 #include "common/Prompts.h"
+#include "common/RegistryWrapper.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -37,7 +37,10 @@ namespace {
 
 class SilentPrompts : public Prompts {
 public:
-    PromptAnswer message(const QString &, const QString &, PromptButtons, PromptIcon) override { return PromptAnswer::Ok; }
+    PromptAnswer message(const QString &, const QString &, PromptButtons, PromptIcon) override
+    {
+        return PromptAnswer::Ok;
+    }
     QString openFile(const QString &, const QString &, const QString &) override { return {}; }
     QStringList openFiles(const QString &, const QString &, const QString &) override { return {}; }
     QString saveFile(const QString &, const QString &, const QString &, const QString &) override { return {}; }
@@ -54,8 +57,9 @@ bool writeBlockset(const QString &path, const QString &baseName)
     static const QByteArray block = "<BLOCK NAME=\"wall\" TYPE=\"wall\">\r\n<VERTICES/>\r\n</BLOCK>\r\n";
     static const QByteArray image(600, 'g');
     static const QByteArray sound(900, 'w');
-    const QByteArray style = "<STYLE NAME=\"Set " + baseName.toLatin1() + "\" VERSION=\"1.0\" SYNOPSIS=\"bench\" AUTHOR=\"me\">\r\n"
-                             "\t<BLOCK SYMBOL=\"a\" FILE=\"blocks/wall.block\"/>\r\n</STYLE>\r\n";
+    const QByteArray style = "<STYLE NAME=\"Set " + baseName.toLatin1()
+                             + "\" VERSION=\"1.0\" SYNOPSIS=\"bench\" AUTHOR=\"me\">\r\n"
+                               "\t<BLOCK SYMBOL=\"a\" FILE=\"blocks/wall.block\"/>\r\n</STYLE>\r\n";
     const auto add = [za](const char *name, const QByteArray &data) {
         zip_source_t *source = zip_source_buffer(za, data.constData(), zip_uint64_t(data.size()), 0);
         if (!source || zip_file_add(za, name, source, ZIP_FL_OVERWRITE) < 0) {
@@ -65,8 +69,9 @@ bool writeBlockset(const QString &path, const QString &baseName)
         return true;
     };
     const QByteArray styleName = baseName.toLatin1() + ".style";
-    const bool ok = add(styleName.constData(), style) && add("blocks/wall.block", block) && add("blocks/door.block", block)
-                    && add("textures/brick.gif", image) && add("textures/wood.jpg", image) && add("sounds/bell.wav", sound);
+    const bool ok = add(styleName.constData(), style) && add("blocks/wall.block", block)
+                    && add("blocks/door.block", block) && add("textures/brick.gif", image)
+                    && add("textures/wood.jpg", image) && add("sounds/bell.wav", sound);
     if (!ok) {
         zip_discard(za);
         return false;
@@ -111,7 +116,8 @@ int main(int argc, char *argv[])
     QFile reg(prefix + u"/system.reg"_s);
     if (!reg.open(QIODevice::WriteOnly))
         return 1;
-    reg.write("WINE REGISTRY Version 2\n\n#arch=win64\n\n[Software\\\\Wow6432Node\\\\Microsoft\\\\Internet Explorer\\\\Plugins\\\\"
+    reg.write("WINE REGISTRY Version 2\n\n#arch=win64\n\n[Software\\\\Wow6432Node\\\\Microsoft\\\\Internet "
+              "Explorer\\\\Plugins\\\\"
               "Extension\\\\.3dml] 1\n\"Location\"=\"C:\\\\Program Files (x86)\\\\Rover\\\\npRover.dll\"\n");
     reg.close();
     qputenv("WINEPREFIX", QFile::encodeName(prefix));
@@ -127,8 +133,8 @@ int main(int argc, char *argv[])
             std::printf("cannot write the blocksets\n");
             return 1;
         }
-        index += "\t<BLOCKSET HREF=\"http://" + folder.toLatin1() + '/' + base.toLatin1() + ".bset\" SIZE=\"1000\" UPDATED=\""
-                 + QByteArray::number(1600000000 + i) + "\" NAME=\"Set\"/>\r\n";
+        index += "\t<BLOCKSET HREF=\"http://" + folder.toLatin1() + '/' + base.toLatin1()
+                 + ".bset\" SIZE=\"1000\" UPDATED=\"" + QByteArray::number(1600000000 + i) + "\" NAME=\"Set\"/>\r\n";
     }
     index += "</CACHE>\r\n";
     QFile indexFile(cache + u"/cache.txt"_s);

@@ -183,14 +183,15 @@ void makeBlocksetFolder(const QString &folder)
     std::uniform_int_distribution<int> textureSize(45 * 1024, 55 * 1024);
     for (int i = 0; i < kTextures; ++i) {
         const bool gif = i % 3 == 0;
-        const QByteArray header = gif ? QByteArray("GIF89a\x40\x00\x40\x00", 10)
-                                      : QByteArray("\xff\xd8\xff\xe0\x00\x10JFIF\x00", 11);
+        const QByteArray header =
+            gif ? QByteArray("GIF89a\x40\x00\x40\x00", 10) : QByteArray("\xff\xd8\xff\xe0\x00\x10JFIF\x00", 11);
         writeFile(folder + u"/textures/tex%1.%2"_s.arg(i).arg(gif ? u"gif"_s : u"jpg"_s),
                   noise(header, textureSize(random), random));
     }
     for (int i = 0; i < kSounds; ++i) {
         const int size = 100 * 1024;
-        writeFile(folder + u"/sounds/sound%1.wav"_s.arg(i, 2, 10, QLatin1Char('0')), noise(wavHeader(size - 44), size, random));
+        writeFile(folder + u"/sounds/sound%1.wav"_s.arg(i, 2, 10, QLatin1Char('0')),
+                  noise(wavHeader(size - 44), size, random));
     }
 }
 
@@ -251,16 +252,16 @@ int main(int argc, char *argv[])
     if (!temp.isValid())
         fail(u"no temporary folder"_s);
     const QString source = temp.filePath(u"source"_s);
-    const QString archive = makeOnly ? QFileInfo(QString::fromLocal8Bit(argv[2])).absoluteFilePath()
-                                     : temp.filePath(u"Bench.bset"_s);
+    const QString archive =
+        makeOnly ? QFileInfo(QString::fromLocal8Bit(argv[2])).absoluteFilePath() : temp.filePath(u"Bench.bset"_s);
     makeBlocksetFolder(source);
     QFile::rename(source + u"/Bench.style"_s, source + u'/' + QFileInfo(archive).completeBaseName() + u".style"_s);
     runTool(u"zip"_s, {u"-r"_s, u"-6"_s, u"-q"_s, archive, u"."_s}, source);
     if (makeOnly)
         return 0;
     std::printf("Blockset: %d blocks, %d textures, %d sounds; %.1f MB unpacked, %.1f MB packed; best of %d runs\n",
-                kBlocks, kTextures, kSounds, double(folderBytes(source)) / 1e6,
-                double(QFileInfo(archive).size()) / 1e6, runs);
+                kBlocks, kTextures, kSounds, double(folderBytes(source)) / 1e6, double(QFileInfo(archive).size()) / 1e6,
+                runs);
 
     HiveRegistry registry(temp.filePath(u"registry.reg"_s));
     RegistryWrapper settings(registry);
@@ -275,81 +276,91 @@ int main(int argc, char *argv[])
     // (a) open, and its phases each on its own.
     const QString unzipTarget = temp.filePath(u"unzipped"_s);
     Timed unzip{[&] { freshFolder(unzipTarget); },
-                [&] { runTool(u"unzip"_s, {u"-q"_s, u"-o"_s, archive, u"-d"_s, unzipTarget}, temp.path()); }};
+                [&] {
+                    runTool(u"unzip"_s, {u"-q"_s, u"-o"_s, archive, u"-d"_s, unzipTarget}, temp.path());
+                }};
     Timed open{nullptr, [&] {
-        document.openBlockset(archive);
-        if (!document.blocksetOpen() || document.blockCount() != kBlocks || document.textureCount() != kTextures
-            || document.soundCount() != kSounds)
-            fail(u"the open did not give the whole blockset"_s);
-    }};
+                   document.openBlockset(archive);
+                   if (!document.blocksetOpen() || document.blockCount() != kBlocks
+                       || document.textureCount() != kTextures || document.soundCount() != kSounds)
+                       fail(u"the open did not give the whole blockset"_s);
+               }};
     Timed clear{[&] { document.openBlockset(archive); }, [&] { folder.clearWorkingFolders(); }};
     const QString extractTarget = temp.filePath(u"extracted"_s);
     double archiveOpenMs = std::numeric_limits<double>::max();
-    Timed extract{[&] { freshFolder(extractTarget); }, [&] {
-        Archive unpacker;
-        QElapsedTimer timer;
-        timer.start();
-        if (!unpacker.openArchive(archive))
-            fail(u"openArchive failed"_s);
-        archiveOpenMs = std::min(archiveOpenMs, double(timer.nsecsElapsed()) / 1e6);
-        if (!unpacker.extractAll(extractTarget))
-            fail(u"extractAll failed: "_s + unpacker.lastError());
-    }};
+    Timed extract{[&] { freshFolder(extractTarget); },
+                  [&] {
+                      Archive unpacker;
+                      QElapsedTimer timer;
+                      timer.start();
+                      if (!unpacker.openArchive(archive))
+                          fail(u"openArchive failed"_s);
+                      archiveOpenMs = std::min(archiveOpenMs, double(timer.nsecsElapsed()) / 1e6);
+                      if (!unpacker.extractAll(extractTarget))
+                          fail(u"extractAll failed: "_s + unpacker.lastError());
+                  }};
     Timed parse{nullptr, [&] {
-        Parser parser;
-        QList<BlockRow> rows;
-        QFile styleFile(extractTarget + u"/Bench.style"_s);
-        if (!styleFile.open(QIODevice::ReadOnly))
-            fail(u"no style file"_s);
-        const QStringList blocks = QDir(extractTarget + u"/blocks"_s).entryList({u"*.block"_s}, QDir::Files, QDir::Name);
-        for (const QString &name : blocks) {
-            BlockRow row;
-            row.file = name;
-            rows.append(row);
-        }
-        StyleValues style;
-        parser.setBuffer(styleFile.readAll());
-        readStyle(parser, style, rows);
-        for (BlockRow &row : rows) {
-            QFile file(extractTarget + u"/blocks/"_s + row.file);
-            if (!file.open(QIODevice::ReadOnly))
-                fail(u"cannot read "_s + row.file);
-            parser.setBuffer(file.readAll());
-            readBlock(parser, row);
-        }
-    }};
+                    Parser parser;
+                    QList<BlockRow> rows;
+                    QFile styleFile(extractTarget + u"/Bench.style"_s);
+                    if (!styleFile.open(QIODevice::ReadOnly))
+                        fail(u"no style file"_s);
+                    const QStringList blocks =
+                        QDir(extractTarget + u"/blocks"_s).entryList({u"*.block"_s}, QDir::Files, QDir::Name);
+                    for (const QString &name : blocks) {
+                        BlockRow row;
+                        row.file = name;
+                        rows.append(row);
+                    }
+                    StyleValues style;
+                    parser.setBuffer(styleFile.readAll());
+                    readStyle(parser, style, rows);
+                    for (BlockRow &row : rows) {
+                        QFile file(extractTarget + u"/blocks/"_s + row.file);
+                        if (!file.open(QIODevice::ReadOnly))
+                            fail(u"cannot read "_s + row.file);
+                        parser.setBuffer(file.readAll());
+                        readBlock(parser, row);
+                    }
+                }};
     measure(runs, {&unzip, &open, &clear, &extract, &parse});
 
     // (b) save: Save As writes the whole archive; zip packs the same working folder.
     const QString saveTarget = temp.filePath(u"Saved.bset"_s);
     Timed save{[&] {
-        document.openBlockset(archive);
-        QFile::remove(saveTarget);
-        prompts.target = saveTarget;
-    }, [&] {
-        document.saveBlocksetAs();
-        if (document.isChanged())
-            fail(u"Save As failed"_s);
-    }};
+                   document.openBlockset(archive);
+                   QFile::remove(saveTarget);
+                   prompts.target = saveTarget;
+               },
+               [&] {
+                   document.saveBlocksetAs();
+                   if (document.isChanged())
+                       fail(u"Save As failed"_s);
+               }};
     const QString zipTarget = temp.filePath(u"Zipped.bset"_s);
     Timed zip{[&] { QFile::remove(zipTarget); },
-              [&] { runTool(u"zip"_s, {u"-r"_s, u"-6"_s, u"-q"_s, zipTarget, u"."_s}, folder.workingFolder()); }};
+              [&] {
+                  runTool(u"zip"_s, {u"-r"_s, u"-6"_s, u"-q"_s, zipTarget, u"."_s}, folder.workingFolder());
+              }};
     const QString zipStoreTarget = temp.filePath(u"ZippedStore.bset"_s);
-    Timed zipStore{[&] { QFile::remove(zipStoreTarget); }, [&] {
-        runTool(u"zip"_s, {u"-r"_s, u"-6"_s, u"-n"_s, u".gif:.jpg"_s, u"-q"_s, zipStoreTarget, u"."_s}, folder.workingFolder());
-    }};
+    Timed zipStore{[&] { QFile::remove(zipStoreTarget); },
+                   [&] {
+                       runTool(u"zip"_s, {u"-r"_s, u"-6"_s, u"-n"_s, u".gif:.jpg"_s, u"-q"_s, zipStoreTarget, u"."_s},
+                               folder.workingFolder());
+                   }};
     const QString packTarget = temp.filePath(u"Packed.bset"_s);
     double addMs = std::numeric_limits<double>::max();
-    Timed pack{[&] { QFile::remove(packTarget); }, [&] {
-        Archive packer;
-        QElapsedTimer timer;
-        timer.start();
-        if (!packer.newArchive(packTarget) || !packer.addFiles(folder.workingFolder(), true))
-            fail(u"adding files failed: "_s + packer.lastError());
-        addMs = std::min(addMs, double(timer.nsecsElapsed()) / 1e6);
-        if (!packer.writeArchive())
-            fail(u"writeArchive failed: "_s + packer.lastError());
-    }};
+    Timed pack{[&] { QFile::remove(packTarget); },
+               [&] {
+                   Archive packer;
+                   QElapsedTimer timer;
+                   timer.start();
+                   if (!packer.newArchive(packTarget) || !packer.addFiles(folder.workingFolder(), true))
+                       fail(u"adding files failed: "_s + packer.lastError());
+                   addMs = std::min(addMs, double(timer.nsecsElapsed()) / 1e6);
+                   if (!packer.writeArchive())
+                       fail(u"writeArchive failed: "_s + packer.lastError());
+               }};
     measure(runs, {&save, &zip, &zipStore, &pack});
     const double unzipMs = unzip.bestMs, openMs = open.bestMs, clearMs = clear.bestMs, extractMs = extract.bestMs,
                  parseMs = parse.bestMs, saveMs = save.bestMs, zipMs = zip.bestMs, packMs = pack.bestMs;
@@ -371,9 +382,10 @@ int main(int argc, char *argv[])
     report("  phase: Archive newArchive + addFiles + writeArchive", packMs);
     const double zipSize = double(QFileInfo(zipTarget).size()), saveSize = double(QFileInfo(saveTarget).size());
     std::printf("  save/zip = %.2f (goal <= 0.50), save/zip -n = %.2f\n", saveMs / zipMs, saveMs / zipStore.bestMs);
-    std::printf("  archive sizes: zip %.3f MB, zip -n %.3f MB, saveBlocksetAs %.3f MB (%+.2f %% of zip; goal within 2 %%)\n",
-                zipSize / 1e6, double(QFileInfo(zipStoreTarget).size()) / 1e6, saveSize / 1e6,
-                100.0 * (saveSize - zipSize) / zipSize);
+    std::printf(
+        "  archive sizes: zip %.3f MB, zip -n %.3f MB, saveBlocksetAs %.3f MB (%+.2f %% of zip; goal within 2 %%)\n",
+        zipSize / 1e6, double(QFileInfo(zipStoreTarget).size()) / 1e6, saveSize / 1e6,
+        100.0 * (saveSize - zipSize) / zipSize);
 
     document.closeBlockset();
     folder.removeWorkingFolders();

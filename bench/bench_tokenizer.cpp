@@ -42,10 +42,7 @@ double cpuSeconds()
 struct Stopwatch {
     std::chrono::steady_clock::time_point wallStart = std::chrono::steady_clock::now();
     double cpuStart = cpuSeconds();
-    double wall() const
-    {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - wallStart).count();
-    }
+    double wall() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - wallStart).count(); }
     double cpu() const { return cpuSeconds() - cpuStart; }
 };
 
@@ -65,8 +62,8 @@ QByteArray blockFile(qsizetype targetSize)
     while (file.size() < vertexEnd) {
         ++vertices;
         file += "\t\t<vertex ref=\"" + QByteArray::number(vertices) + "\" coords=\"("
-            + QByteArray::number((vertices % 17) * 0.5) + "," + QByteArray::number(-1.25 * (vertices % 5)) + ","
-            + QByteArray::number(vertices % 9) + ")\"/>\r\n";
+                + QByteArray::number((vertices % 17) * 0.5) + "," + QByteArray::number(-1.25 * (vertices % 5)) + ","
+                + QByteArray::number(vertices % 9) + ")\"/>\r\n";
     }
     file += "\t</vertices>\r\n\t<parts>\r\n";
 
@@ -74,14 +71,14 @@ QByteArray blockFile(qsizetype targetSize)
     int polygons = 0;
     while (file.size() < partsEnd) {
         ++parts;
-        file += "\t\t<part name=\"part" + QByteArray::number(parts) + "\" texture=\"stone" + QByteArray::number(parts % 7)
-            + ".gif\" style=\"tiled\">\r\n";
+        file += "\t\t<part name=\"part" + QByteArray::number(parts) + "\" texture=\"stone"
+                + QByteArray::number(parts % 7) + ".gif\" style=\"tiled\">\r\n";
         for (int i = 0; i < 40 && file.size() < partsEnd; ++i) {
             ++polygons;
             const int v = 1 + (polygons * 4) % std::max(vertices - 4, 1);
             file += "\t\t\t<polygon ref=\"" + QByteArray::number(polygons) + "\" vertices=\"" + QByteArray::number(v)
-                + "," + QByteArray::number(v + 1) + "," + QByteArray::number(v + 2) + "," + QByteArray::number(v + 3)
-                + "\" front=\"" + QByteArray::number(i % 2) + "\"/>\r\n";
+                    + "," + QByteArray::number(v + 1) + "," + QByteArray::number(v + 2) + ","
+                    + QByteArray::number(v + 3) + "\" front=\"" + QByteArray::number(i % 2) + "\"/>\r\n";
         }
         file += "\t\t</part>\r\n";
     }
@@ -91,7 +88,7 @@ QByteArray blockFile(qsizetype targetSize)
     while (file.size() < targetSize - 40) {
         ++nodes;
         file += "\t\t<node ref=\"" + QByteArray::number(nodes) + "\" polygon=\"" + QByteArray::number(nodes % 1000 + 1)
-            + "\" front=\"" + QByteArray::number(nodes + 1) + "\" rear=\"0\"/>\r\n";
+                + "\" front=\"" + QByteArray::number(nodes + 1) + "\" rear=\"0\"/>\r\n";
     }
     file += "\t</BSP_TREE>\r\n</block>\r\n";
     return file;
@@ -172,7 +169,8 @@ int main(int argc, char **argv)
     const QByteArray small = blockFile(qsizetype(1) << 20);
     const QByteArray large = blockFile(qsizetype(32) << 20);
 
-    std::printf("tokenizer: normaliseBuffer + getNextTag/getNextWord over every tag, best of %d runs (1 MiB: %d)\n", runs, runs * 8);
+    std::printf("tokenizer: normaliseBuffer + getNextTag/getNextWord over every tag, best of %d runs (1 MiB: %d)\n",
+                runs, runs * 8);
 
     // The small file's runs are short; more of them make its best one steady.
     const Result smallViews = timeViews(small, runs * 8);
@@ -184,15 +182,17 @@ int main(int argc, char **argv)
     std::printf("%-8s %10s %8s %10s %10s %10s %10s\n", "size", "bytes", "tags", "cpu ms", "cpu MiB/s", "wall ms",
                 "wall MiB/s");
     const auto row = [](const char *name, const QByteArray &file, const Result &r) {
-        std::printf("%-8s %10lld %8ld %10.2f %10.1f %10.2f %10.1f\n", name, static_cast<long long>(file.size()),
-                    r.tags, r.bestSeconds * 1000, mibPerSecond(file.size(), r), r.bestWall * 1000,
+        std::printf("%-8s %10lld %8ld %10.2f %10.1f %10.2f %10.1f\n", name, static_cast<long long>(file.size()), r.tags,
+                    r.bestSeconds * 1000, mibPerSecond(file.size(), r), r.bestWall * 1000,
                     wallMibPerSecond(file.size(), r));
     };
     row("1 MiB", small, smallViews);
     row("32 MiB", large, largeViews);
 
-    const double ratio = (largeViews.bestSeconds / double(large.size())) / (smallViews.bestSeconds / double(small.size()));
-    const double wallRatio = (largeViews.bestWall / double(large.size())) / (smallViews.bestWall / double(small.size()));
+    const double ratio =
+        (largeViews.bestSeconds / double(large.size())) / (smallViews.bestSeconds / double(small.size()));
+    const double wallRatio =
+        (largeViews.bestWall / double(large.size())) / (smallViews.bestWall / double(small.size()));
     std::printf("per-byte time ratio 32 MiB / 1 MiB: cpu %.3f, wall %.3f\n", ratio, wallRatio);
 
     const Result smallTexts = timeTexts(small, runs * 8);
@@ -200,8 +200,8 @@ int main(int argc, char **argv)
     std::printf("for comparison, through the QString functions: 1 MiB %.1f MiB/s, 32 MiB %.1f MiB/s\n",
                 mibPerSecond(small.size(), smallTexts), mibPerSecond(large.size(), largeTexts));
 
-    const bool goal = mibPerSecond(small.size(), smallViews) >= 200 && mibPerSecond(large.size(), largeViews) >= 200
-        && ratio <= 1.3;
+    const bool goal =
+        mibPerSecond(small.size(), smallViews) >= 200 && mibPerSecond(large.size(), largeViews) >= 200 && ratio <= 1.3;
     std::printf("goal (cpu: >= 200 MiB/s for both sizes, ratio <= 1.3): %s\n", goal ? "met" : "NOT met");
     return goal ? 0 : 2;
 }

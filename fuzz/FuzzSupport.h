@@ -30,7 +30,10 @@ inline QByteArray fuzzBytes(const uint8_t *data, size_t size)
 // A fresh, empty folder of this process below the system's temporary folder.
 inline QString fuzzFolder(const char *name)
 {
-    const QString path = QDir::tempPath() + QStringLiteral("/cubrix-fuzz-%1-%2").arg(QLatin1StringView(name)).arg(qint64(QCoreApplication::applicationPid()));
+    const QString path = QDir::tempPath()
+                         + QStringLiteral("/cubrix-fuzz-%1-%2")
+                               .arg(QLatin1StringView(name))
+                               .arg(qint64(QCoreApplication::applicationPid()));
     QDir(path).removeRecursively();
     QDir().mkpath(path);
     return path;

@@ -20,7 +20,8 @@ CUBRIX_FUZZ_ENTRY(fuzzArchive)
             (void)archive.readEntry(QStringLiteral("blocks/wall.block"), entry);
         }
     }
-    const QStringList beside = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    const QStringList beside =
+        QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     if (beside != QStringList({QStringLiteral("input.bset"), QStringLiteral("work")})) {
         std::fprintf(stderr, "extraction wrote outside its folder: %s\n", qPrintable(beside.join(u' ')));
         std::abort();

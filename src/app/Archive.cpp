@@ -1,14 +1,14 @@
 #include "app/Archive.h"
 
 #include "app/ArchivePaths.h"
-#include "app/ArchiveSource.h"
 #include "app/ArchiveSink.h"
+#include "app/ArchiveSource.h"
 #include "app/PlatformFile.h"
 
 #include <QByteArrayView>
-#include <QHash>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 
 #include <zip.h>
 
@@ -62,9 +62,9 @@ QString readFailure(const zip_error_t *error, zip_t *za, zip_uint64_t index)
         return u"CRC error"_s;
     zip_stat_t info;
     if (code == ZIP_ER_COMPNOTSUPP && zip_stat_index(za, index, 0, &info) == 0 && (info.valid & ZIP_STAT_COMP_METHOD)) {
-        static const QHash<int, QString> names{{1, u"Shrink"_s},     {6, u"Implode"_s},   {9, u"Deflate64"_s},
-                                               {12, u"bzip2"_s},     {14, u"LZMA"_s},     {93, u"Zstandard"_s},
-                                               {95, u"XZ"_s},        {98, u"PPMd"_s}};
+        static const QHash<int, QString> names{{1, u"Shrink"_s}, {6, u"Implode"_s}, {9, u"Deflate64"_s},
+                                               {12, u"bzip2"_s}, {14, u"LZMA"_s},   {93, u"Zstandard"_s},
+                                               {95, u"XZ"_s},    {98, u"PPMd"_s}};
         const QString name = names.value(info.comp_method, QString::number(info.comp_method));
         return u"compression method %1 is not supported"_s.arg(name);
     }
@@ -91,8 +91,7 @@ bool splitEntryName(const QByteArray &name, std::vector<QByteArray> &parts, bool
     const char first = name.at(0);
     if (first == '/' || first == '\\')
         return false;
-    if (name.size() >= 2 && name.at(1) == ':'
-        && ((first >= 'A' && first <= 'Z') || (first >= 'a' && first <= 'z')))
+    if (name.size() >= 2 && name.at(1) == ':' && ((first >= 'A' && first <= 'Z') || (first >= 'a' && first <= 'z')))
         return false;
     const char last = name.at(name.size() - 1);
     isFolder = last == '/' || last == '\\';
@@ -238,7 +237,8 @@ bool Archive::openArchive(const QString &path)
     const std::string_view tailView(tail.constData(), size_t(tail.size()));
     const std::string_view endSignature("PK\x05\x06", 4);
     qsizetype endRecords = 0;
-    for (size_t at = tailView.find(endSignature); at != std::string_view::npos; at = tailView.find(endSignature, at + 4))
+    for (size_t at = tailView.find(endSignature); at != std::string_view::npos;
+         at = tailView.find(endSignature, at + 4))
         ++endRecords;
     if (endRecords == 0 || endRecords > kMaxEndRecords) {
         PlatformFile::closeFile(fd);
@@ -317,12 +317,14 @@ bool Archive::extractAll(const QString &folder)
             }
             zip_file_t *entry = zip_fopen_index(d->reader, index, 0);
             if (!entry) {
-                ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, readFailure(zip_get_error(d->reader), d->reader, index)));
+                ok = d->fail(
+                    u"cannot read \"%1\": %2"_s.arg(shown, readFailure(zip_get_error(d->reader), d->reader, index)));
             } else {
                 for (;;) {
                     const zip_int64_t n = zip_fread(entry, buffer.data(), buffer.size());
                     if (n < 0) {
-                        ok = d->fail(u"cannot read \"%1\": %2"_s.arg(shown, readFailure(zip_file_get_error(entry), d->reader, index)));
+                        ok = d->fail(u"cannot read \"%1\": %2"_s.arg(
+                            shown, readFailure(zip_file_get_error(entry), d->reader, index)));
                         break;
                     }
                     if (n == 0)
@@ -456,7 +458,8 @@ bool Archive::addFiles(const QString &folder, bool recursive)
             PlatformFile::closeFolder(sub);
         }
         if (!listed) {
-            ok = d->fail(u"cannot read folder \"%1\": %2"_s.arg(fromFsName(root + '/' + current.relative), errnoText(err)));
+            ok = d->fail(
+                u"cannot read folder \"%1\": %2"_s.arg(fromFsName(root + '/' + current.relative), errnoText(err)));
             break;
         }
         std::vector<QByteArray> files;
@@ -519,7 +522,8 @@ bool Archive::Impl::writeEntries(ArchiveSink &sink)
         const zip_int64_t index =
             input ? zip_file_add(za, files[i].entryName.constData(), input, ZIP_FL_ENC_GUESS | ZIP_FL_OVERWRITE) : -1;
         if (!input) {
-            ok = fail(u"cannot read \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_error_strerror(&zipError))));
+            ok = fail(u"cannot read \"%1\": %2"_s.arg(fromFsName(files[i].path),
+                                                      QString::fromUtf8(zip_error_strerror(&zipError))));
         } else if (index < 0) {
             zip_source_free(input);
             ok = fail(u"cannot add \"%1\": %2"_s.arg(fromFsName(files[i].path), QString::fromUtf8(zip_strerror(za))));

@@ -59,7 +59,8 @@ bool ArchiveSink::begin()
 {
     rollback();
     int err = 0;
-    if (!PlatformFile::openSaveFile(m_dir, m_name, [this] { return newTempName(); }, m_file, err))
+    if (!PlatformFile::openSaveFile(
+            m_dir, m_name, [this] { return newTempName(); }, m_file, err))
         return fail(ZIP_ER_TMPOPEN, err);
     m_buffer.resize(kBufferSize);
     m_bufferStart = 0;
@@ -104,7 +105,8 @@ bool ArchiveSink::commit()
         return false;
     PlatformFile::SaveFailure failure = PlatformFile::SaveFailure::None;
     int err = 0;
-    if (PlatformFile::replaceWithSaveFile(m_dir, m_name, [this] { return newTempName(); }, m_file, failure, err))
+    if (PlatformFile::replaceWithSaveFile(
+            m_dir, m_name, [this] { return newTempName(); }, m_file, failure, err))
         return true;
     return fail(failure == PlatformFile::SaveFailure::Open     ? ZIP_ER_TMPOPEN
                 : failure == PlatformFile::SaveFailure::Rename ? ZIP_ER_RENAME
@@ -147,11 +149,11 @@ zip_int64_t ArchiveSink::callback(void *state, void *data, zip_uint64_t length, 
     auto *sink = static_cast<ArchiveSink *>(state);
     switch (command) {
     case ZIP_SOURCE_SUPPORTS:
-        return zip_source_make_command_bitmap(
-            ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE,
-            ZIP_SOURCE_SEEK, ZIP_SOURCE_TELL, ZIP_SOURCE_SUPPORTS, ZIP_SOURCE_BEGIN_WRITE, ZIP_SOURCE_COMMIT_WRITE,
-            ZIP_SOURCE_ROLLBACK_WRITE, ZIP_SOURCE_WRITE, ZIP_SOURCE_SEEK_WRITE, ZIP_SOURCE_TELL_WRITE,
-            ZIP_SOURCE_REMOVE, -1);
+        return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT,
+                                              ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, ZIP_SOURCE_SEEK, ZIP_SOURCE_TELL,
+                                              ZIP_SOURCE_SUPPORTS, ZIP_SOURCE_BEGIN_WRITE, ZIP_SOURCE_COMMIT_WRITE,
+                                              ZIP_SOURCE_ROLLBACK_WRITE, ZIP_SOURCE_WRITE, ZIP_SOURCE_SEEK_WRITE,
+                                              ZIP_SOURCE_TELL_WRITE, ZIP_SOURCE_REMOVE, -1);
     case ZIP_SOURCE_STAT:
         // libzip reads "no such file" as the start of a new archive.
         zip_error_set(&sink->m_error, ZIP_ER_READ, ENOENT);
@@ -159,28 +161,20 @@ zip_int64_t ArchiveSink::callback(void *state, void *data, zip_uint64_t length, 
     case ZIP_SOURCE_OPEN:
     case ZIP_SOURCE_CLOSE:
     case ZIP_SOURCE_READ:
-    case ZIP_SOURCE_TELL:
-        return 0;
-    case ZIP_SOURCE_SEEK:
-        return zip_source_seek_compute_offset(0, 0, data, length, &sink->m_error) < 0 ? -1 : 0;
-    case ZIP_SOURCE_ERROR:
-        return zip_error_to_data(&sink->m_error, data, length);
+    case ZIP_SOURCE_TELL: return 0;
+    case ZIP_SOURCE_SEEK: return zip_source_seek_compute_offset(0, 0, data, length, &sink->m_error) < 0 ? -1 : 0;
+    case ZIP_SOURCE_ERROR: return zip_error_to_data(&sink->m_error, data, length);
     case ZIP_SOURCE_FREE:
-    case ZIP_SOURCE_ROLLBACK_WRITE:
-        sink->rollback();
-        return 0;
-    case ZIP_SOURCE_BEGIN_WRITE:
-        return sink->begin() ? 0 : -1;
-    case ZIP_SOURCE_WRITE:
-        return sink->write(data, length) ? zip_int64_t(length) : -1;
-    case ZIP_SOURCE_TELL_WRITE:
-        return zip_int64_t(sink->tell());
+    case ZIP_SOURCE_ROLLBACK_WRITE: sink->rollback(); return 0;
+    case ZIP_SOURCE_BEGIN_WRITE: return sink->begin() ? 0 : -1;
+    case ZIP_SOURCE_WRITE: return sink->write(data, length) ? zip_int64_t(length) : -1;
+    case ZIP_SOURCE_TELL_WRITE: return zip_int64_t(sink->tell());
     case ZIP_SOURCE_SEEK_WRITE: {
-        const zip_int64_t offset = zip_source_seek_compute_offset(sink->tell(), sink->size(), data, length, &sink->m_error);
+        const zip_int64_t offset =
+            zip_source_seek_compute_offset(sink->tell(), sink->size(), data, length, &sink->m_error);
         return offset >= 0 && sink->seek(zip_uint64_t(offset)) ? 0 : -1;
     }
-    case ZIP_SOURCE_COMMIT_WRITE:
-        return sink->commit() ? 0 : -1;
+    case ZIP_SOURCE_COMMIT_WRITE: return sink->commit() ? 0 : -1;
     default: // REMOVE among them: the sink never deletes the target
         zip_error_set(&sink->m_error, ZIP_ER_OPNOTSUPP, 0);
         return -1;

@@ -56,13 +56,10 @@ zip_int64_t callback(void *state, void *data, zip_uint64_t length, zip_source_cm
 {
     auto *file = static_cast<WindowedFile *>(state);
     switch (command) {
-    case ZIP_SOURCE_OPEN:
-        file->position = 0;
-        return 0;
+    case ZIP_SOURCE_OPEN: file->position = 0; return 0;
     case ZIP_SOURCE_READ:
         return file->read(static_cast<char *>(data), qint64(std::min<zip_uint64_t>(length, zip_uint64_t(file->size))));
-    case ZIP_SOURCE_CLOSE:
-        return 0;
+    case ZIP_SOURCE_CLOSE: return 0;
     case ZIP_SOURCE_STAT: {
         auto *stat = static_cast<zip_stat_t *>(data);
         zip_stat_init(stat);
@@ -70,8 +67,7 @@ zip_int64_t callback(void *state, void *data, zip_uint64_t length, zip_source_cm
         stat->valid |= ZIP_STAT_SIZE;
         return sizeof(zip_stat_t);
     }
-    case ZIP_SOURCE_ERROR:
-        return zip_error_to_data(&file->error, data, length);
+    case ZIP_SOURCE_ERROR: return zip_error_to_data(&file->error, data, length);
     case ZIP_SOURCE_FREE:
         PlatformFile::closeFile(file->fd);
         zip_error_fini(&file->error);
@@ -85,15 +81,12 @@ zip_int64_t callback(void *state, void *data, zip_uint64_t length, zip_source_cm
         file->position = to;
         return 0;
     }
-    case ZIP_SOURCE_TELL:
-        return file->position;
+    case ZIP_SOURCE_TELL: return file->position;
     case ZIP_SOURCE_SUPPORTS:
         return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT,
                                               ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, ZIP_SOURCE_SEEK, ZIP_SOURCE_TELL,
                                               ZIP_SOURCE_SUPPORTS, -1);
-    default:
-        zip_error_set(&file->error, ZIP_ER_OPNOTSUPP, 0);
-        return -1;
+    default: zip_error_set(&file->error, ZIP_ER_OPNOTSUPP, 0); return -1;
     }
 }
 

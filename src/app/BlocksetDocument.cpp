@@ -55,7 +55,9 @@ QFileInfoList listFiles(const QString &folder, const QStringList &patterns)
 } // namespace
 
 BlocksetDocument::BlocksetDocument(Prompts &prompts, RegistryWrapper &settings, WorkingFolder &folder)
-    : m_prompts(prompts), m_settings(settings), m_folder(folder)
+    : m_prompts(prompts),
+      m_settings(settings),
+      m_folder(folder)
 {
 }
 
@@ -64,7 +66,7 @@ QString BlocksetDocument::symbolModeText() const
     if (!m_content.symbols.strictPrefixBoxChecked)
         return QString();
     return m_content.symbols.syncDoubleBoxChecked ? u"Strict Prefix & Sync Double Mode activated."_s
-                                       : u"Strict Prefix Mode activated."_s;
+                                                  : u"Strict Prefix Mode activated."_s;
 }
 
 void BlocksetDocument::showProcess(const QString &text)
@@ -221,9 +223,9 @@ void BlocksetDocument::openBlockset(const QString &file)
     }
     if (styleFile.isEmpty() && !styles.isEmpty()) {
         const QFileInfo &first = styles.first();
-        const PromptAnswer answer = m_prompts.message(
-            u"Found differing style file \""_s + first.fileName() + u"\". Do you want this file to be renamed and parsed?"_s,
-            u"Open Blockset"_s, PromptButtons::YesNo, PromptIcon::Question);
+        const PromptAnswer answer = m_prompts.message(u"Found differing style file \""_s + first.fileName()
+                                                          + u"\". Do you want this file to be renamed and parsed?"_s,
+                                                      u"Open Blockset"_s, PromptButtons::YesNo, PromptIcon::Question);
         if (answer == PromptAnswer::Yes) {
             const QString target = m_folder.workingFolder() + u'/' + baseName + u".style"_s;
             if (!QFile::rename(first.absoluteFilePath(), target)) {
@@ -322,8 +324,8 @@ void BlocksetDocument::newBlockset()
     m_blocksetOpen = false;
     checkInterface();
 
-    const NewBlocksetChoice choice = m_prompts.newBlockset(m_settings.getBoolSetting(u"strictPrefix"_s),
-                                                           m_settings.getBoolSetting(u"syncDouble"_s));
+    const NewBlocksetChoice choice =
+        m_prompts.newBlockset(m_settings.getBoolSetting(u"strictPrefix"_s), m_settings.getBoolSetting(u"syncDouble"_s));
     m_blocksetFileName = u"Untitled"_s;
     if (!choice.name.isEmpty()) {
         m_content.style.name = choice.name;
@@ -471,9 +473,8 @@ void BlocksetDocument::askSaveOnUnload()
 {
     if (!m_blocksetOpen || !isChanged())
         return;
-    const PromptAnswer answer =
-        m_prompts.message(u"The blockset has been changed. Do you want to save it first?"_s, u"Blockset Changed"_s,
-                          PromptButtons::YesNo, PromptIcon::Question);
+    const PromptAnswer answer = m_prompts.message(u"The blockset has been changed. Do you want to save it first?"_s,
+                                                  u"Blockset Changed"_s, PromptButtons::YesNo, PromptIcon::Question);
     if (answer != PromptAnswer::Yes)
         return;
     // An untitled blockset has no archive yet: ask for a name rather than fail.

@@ -34,7 +34,7 @@ DropOutcome dropFiles(BlocksetDocument &document, const QStringList &paths)
 
     const bool anyItem = std::any_of(paths.cbegin(), paths.cend(), [](const QString &path) {
         return isItemFile(ItemKind::Block, path) || isItemFile(ItemKind::Texture, path)
-            || isItemFile(ItemKind::Sound, path);
+               || isItemFile(ItemKind::Sound, path);
     });
     if (!anyItem)
         return DropOutcome::Nothing;

@@ -67,8 +67,8 @@ InterfaceState computeInterfaceState(const InterfaceFacts &facts)
     state.enabled.insert(u"mnuRemapSymbols"_s, blocks >= 1);
     setPair(state, u"Save"_s, facts.changed);
     setPair(state, u"AddItem"_s, (onBlocks && blocks < blockLimit()) || onTextures || onSounds);
-    const bool hasItems = (onBlocks && blocks >= 1) || (onTextures && facts.textures >= 1)
-                          || (onSounds && facts.sounds >= 1);
+    const bool hasItems =
+        (onBlocks && blocks >= 1) || (onTextures && facts.textures >= 1) || (onSounds && facts.sounds >= 1);
     setPair(state, u"RemoveItem"_s, hasItems);
     setPair(state, u"PreviewItem"_s, hasItems);
     setPair(state, u"ReplaceItem"_s, onBlocks && blocks >= 1);

@@ -36,10 +36,16 @@ QString errorText(int err);
 struct Folder {
 #ifdef Q_OS_UNIX
     int fd = -1;
-    bool isOpen() const { return fd >= 0; }
+    bool isOpen() const
+    {
+        return fd >= 0;
+    }
 #else
     QByteArray path;
-    bool isOpen() const { return !path.isEmpty(); }
+    bool isOpen() const
+    {
+        return !path.isEmpty();
+    }
 #endif
 };
 
@@ -122,10 +128,16 @@ zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error);
 struct Lock {
 #ifdef Q_OS_UNIX
     int fd = -1;
-    bool isHeld() const { return fd >= 0; }
+    bool isHeld() const
+    {
+        return fd >= 0;
+    }
 #else
     QLockFile *file = nullptr; // owned; released by dropLock
-    bool isHeld() const { return file != nullptr; }
+    bool isHeld() const
+    {
+        return file != nullptr;
+    }
 #endif
 };
 // Locks `path`, a plain file of this user that is not a link, creating it.

@@ -343,7 +343,8 @@ bool openSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &
     if (file.fd < 0) {
         for (int attempt = 0; attempt < 16 && file.fd < 0; ++attempt) {
             file.tempName = newName();
-            file.fd = openat(dir.fd, file.tempName.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+            file.fd =
+                openat(dir.fd, file.tempName.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
             if (file.fd < 0 && errno != EEXIST)
                 break;
         }
@@ -442,7 +443,6 @@ void removeStaleSaveFile(const Folder &dir, const QByteArray &name)
         unlinkat(dir.fd, name.constData(), 0);
     close(fd);
 }
-
 
 void closeFile(int fd)
 {

@@ -76,27 +76,19 @@ int errnoFromSystem(unsigned long error)
     case ERROR_PATH_NOT_FOUND:
     case ERROR_INVALID_NAME:
     case ERROR_INVALID_DRIVE:
-    case ERROR_BAD_NETPATH:
-        return ENOENT;
+    case ERROR_BAD_NETPATH: return ENOENT;
     case ERROR_ACCESS_DENIED:
     case ERROR_SHARING_VIOLATION:
-    case ERROR_LOCK_VIOLATION:
-        return EACCES;
+    case ERROR_LOCK_VIOLATION: return EACCES;
     case ERROR_FILE_EXISTS:
-    case ERROR_ALREADY_EXISTS:
-        return EEXIST;
+    case ERROR_ALREADY_EXISTS: return EEXIST;
     case ERROR_DISK_FULL:
-    case ERROR_HANDLE_DISK_FULL:
-        return ENOSPC;
-    case ERROR_WRITE_PROTECT:
-        return EROFS;
-    case ERROR_TOO_MANY_OPEN_FILES:
-        return EMFILE;
+    case ERROR_HANDLE_DISK_FULL: return ENOSPC;
+    case ERROR_WRITE_PROTECT: return EROFS;
+    case ERROR_TOO_MANY_OPEN_FILES: return EMFILE;
     case ERROR_NOT_ENOUGH_MEMORY:
-    case ERROR_OUTOFMEMORY:
-        return ENOMEM;
-    default:
-        return EIO;
+    case ERROR_OUTOFMEMORY: return ENOMEM;
+    default: return EIO;
     }
 }
 
@@ -273,9 +265,9 @@ int createFile(const Folder &folder, const QByteArray &name, int &err)
 {
     // FILE_FLAG_OPEN_REPARSE_POINT opens a link itself instead of what it leads to,
     // so the checks below see (and refuse) it.
-    HANDLE file = CreateFileW(widePath(childPath(folder, name)).c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
-                              FILE_SHARE_READ, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT,
-                              nullptr);
+    HANDLE file =
+        CreateFileW(widePath(childPath(folder, name)).c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ,
+                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         err = lastSystemError();
         return -1;
@@ -283,8 +275,8 @@ int createFile(const Folder &folder, const QByteArray &name, int &err)
     BY_HANDLE_FILE_INFORMATION info{};
     LARGE_INTEGER start{};
     if (GetFileType(file) != FILE_TYPE_DISK || !GetFileInformationByHandle(file, &info)
-        || (info.dwFileAttributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY)) || info.nNumberOfLinks > 1
-        || !SetFilePointerEx(file, start, nullptr, FILE_BEGIN) || !SetEndOfFile(file)) {
+        || (info.dwFileAttributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY))
+        || info.nNumberOfLinks > 1 || !SetFilePointerEx(file, start, nullptr, FILE_BEGIN) || !SetEndOfFile(file)) {
         CloseHandle(file);
         err = 0;
         return -1;
@@ -421,9 +413,10 @@ bool openSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &
     // The new archive keeps the old one's hidden, system and archive marks.
     const DWORD old = GetFileAttributesW(widePath(childPath(dir, target)).c_str());
     constexpr DWORD kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
-    file.attributes = old != INVALID_FILE_ATTRIBUTES && !(old & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT))
-                          ? old & kept
-                          : 0;
+    file.attributes =
+        old != INVALID_FILE_ATTRIBUTES && !(old & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT))
+            ? old & kept
+            : 0;
     if (file.attributes == 0)
         file.attributes = FILE_ATTRIBUTE_NORMAL;
     HANDLE handle = INVALID_HANDLE_VALUE;
@@ -501,7 +494,6 @@ void removeStaleSaveFile(const Folder &dir, const QByteArray &name)
     if (kindAt(dir, name) == Kind::File)
         removeFile(dir, name);
 }
-
 
 void closeFile(int fd)
 {

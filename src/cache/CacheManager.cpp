@@ -24,27 +24,24 @@ const QString kWriteFailed = u"Couldn't write cache file to disk"_s;
 std::optional<qint64> numericKey(const CacheRow &row, int column)
 {
     switch (column) {
-    case CacheManager::Size:
-        return row.size;
+    case CacheManager::Size: return row.size;
     case CacheManager::LastUpdated:
         // Markers sort before every date.
         return row.updated == CacheRow::Updated::Date ? qint64(row.updatedTime) + (qint64(1) << 33)
                                                       : qint64(row.updated);
-    case CacheManager::Blocks:
-        return row.readable ? row.blocks : -1;
-    case CacheManager::Textures:
-        return row.readable ? row.textures : -1;
-    case CacheManager::Sounds:
-        return row.readable ? row.sounds : -1;
-    default:
-        return std::nullopt;
+    case CacheManager::Blocks: return row.readable ? row.blocks : -1;
+    case CacheManager::Textures: return row.readable ? row.textures : -1;
+    case CacheManager::Sounds: return row.readable ? row.sounds : -1;
+    default: return std::nullopt;
     }
 }
 
 } // namespace
 
 CacheManager::CacheManager(RoverMachine &machine, Prompts &prompts, RegistryWrapper &settings)
-    : m_machine(machine), m_prompts(prompts), m_settings(settings)
+    : m_machine(machine),
+      m_prompts(prompts),
+      m_settings(settings)
 {
 }
 
@@ -52,7 +49,7 @@ void CacheManager::load()
 {
     m_netscapeFolder = m_machine.cacheFolderNetscape();
     m_ieFolder = m_machine.cacheFolderIE();
-    m_browser = !m_ieFolder.isEmpty()          ? Browser::InternetExplorer
+    m_browser = !m_ieFolder.isEmpty()         ? Browser::InternetExplorer
                 : !m_netscapeFolder.isEmpty() ? Browser::Netscape
                                               : Browser::None;
     const QString folder = m_browser == Browser::InternetExplorer ? m_ieFolder : m_netscapeFolder;
@@ -65,7 +62,8 @@ void CacheManager::chooseBrowser(Browser browser)
     if (browser == m_browser || browser == Browser::None)
         return;
     m_browser = browser;
-    const QString folder = browser == Browser::InternetExplorer ? m_machine.cacheFolderIE() : m_machine.cacheFolderNetscape();
+    const QString folder =
+        browser == Browser::InternetExplorer ? m_machine.cacheFolderIE() : m_machine.cacheFolderNetscape();
     m_cacheFolder = folder.isEmpty() ? QString() : m_machine.hostPath(folder);
     fill();
 }

@@ -18,7 +18,21 @@ class CacheManager {
 public:
     enum class Browser { None, InternetExplorer, Netscape };
     // List columns, in the window's order.
-    enum Column { FileName, Path, Version, Size, LastUpdated, Name, Synopsis, Author, Copyright, Blocks, Textures, Sounds, ColumnCount };
+    enum Column {
+        FileName,
+        Path,
+        Version,
+        Size,
+        LastUpdated,
+        Name,
+        Synopsis,
+        Author,
+        Copyright,
+        Blocks,
+        Textures,
+        Sounds,
+        ColumnCount
+    };
 
     CacheManager(RoverMachine &machine, Prompts &prompts, RegistryWrapper &settings);
 
@@ -69,7 +83,7 @@ private:
     RegistryWrapper &m_settings;
     std::function<void(const QString &)> m_checking;
     Browser m_browser = Browser::None;
-    QString m_ieFolder;        // the lookups' Windows paths
+    QString m_ieFolder; // the lookups' Windows paths
     QString m_netscapeFolder;
     QString m_cacheFolder;
     QString m_process;

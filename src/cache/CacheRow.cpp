@@ -9,14 +9,10 @@ using namespace Qt::StringLiterals;
 QString CacheRow::lastUpdatedText() const
 {
     switch (updated) {
-    case Updated::NoIndex:
-        return u"?"_s;
-    case Updated::NotListed:
-        return u"---"_s;
-    case Updated::ForceDownload:
-        return u"<force download>"_s;
-    case Updated::Date:
-        break;
+    case Updated::NoIndex: return u"?"_s;
+    case Updated::NotListed: return u"---"_s;
+    case Updated::ForceDownload: return u"<force download>"_s;
+    case Updated::Date: break;
     }
     return QLocale().toString(unixTimeToDate(updatedTime), QLocale::ShortFormat);
 }

@@ -8,9 +8,9 @@
 struct CacheRow {
     enum class Updated { NoIndex, NotListed, ForceDownload, Date };
 
-    QString fileName;      // "castle.bset"
-    QString path;          // folder relative to the cache folder, "\" separated ("www.host.com\sets")
-    qint64 size = 0;       // bytes
+    QString fileName; // "castle.bset"
+    QString path;     // folder relative to the cache folder, "\" separated ("www.host.com\sets")
+    qint64 size = 0;  // bytes
     QString version = QStringLiteral("?");
     QString name = QStringLiteral("?");
     QString synopsis = QStringLiteral("?");
@@ -19,7 +19,7 @@ struct CacheRow {
     int blocks = 0;
     int textures = 0;
     int sounds = 0;
-    bool readable = true;  // false: the archive could not be opened (counts unknown)
+    bool readable = true; // false: the archive could not be opened (counts unknown)
 
     Updated updated = Updated::NoIndex;
     qint32 updatedTime = 0; // seconds since 1/1/1970 local time, for Updated::Date

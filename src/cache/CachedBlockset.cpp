@@ -35,7 +35,9 @@ void readCachedBlockset(const QString &path, CacheRow &row)
         if (dot < 0)
             continue;
         const QStringView extension = name.sliced(dot + 1);
-        const auto is = [&extension](QLatin1StringView wanted) { return extension.compare(wanted, Qt::CaseInsensitive) == 0; };
+        const auto is = [&extension](QLatin1StringView wanted) {
+            return extension.compare(wanted, Qt::CaseInsensitive) == 0;
+        };
         if (is("block"_L1))
             ++row.blocks;
         else if (is("gif"_L1) || is("jpg"_L1))

@@ -12,7 +12,8 @@ QString matchEntry(const QString &folder, const QString &segment)
 {
     if (QFileInfo::exists(folder + u'/' + segment))
         return segment;
-    const QStringList entries = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    const QStringList entries =
+        QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QString &entry : entries) {
         if (entry.compare(segment, Qt::CaseInsensitive) == 0)
             return entry;

@@ -1,8 +1,8 @@
 #include "cli/CliApp.h"
 
+#include "app/BlocksetCheck.h"
 #include "app/BlocksetDocument.h"
 #include "app/WorkingFolder.h"
-#include "app/BlocksetCheck.h"
 #include "cli/CliCache.h"
 #include "cli/CliCheck.h"
 #include "cli/CliEditCommands.h"
@@ -205,12 +205,12 @@ int CliApp::runCommand(const Options &options)
     {
         BlocksetDocument document(prompts, settings, folder);
         if (CliEditCommands::handles(options.command))
-            code = CliEditCommands(m_out, m_err).run(options.command, options.files, options.commandOptions,
-                                                     options.json, document, prompts);
+            code = CliEditCommands(m_out, m_err)
+                       .run(options.command, options.files, options.commandOptions, options.json, document, prompts);
         else
             code = options.command == "info"_L1    ? info(options, document, prompts)
-                : options.command == "check"_L1 ? check(options, document, prompts)
-                                                : save(options, document, prompts);
+                   : options.command == "check"_L1 ? check(options, document, prompts)
+                                                   : save(options, document, prompts);
     }
     folder.removeWorkingFolders();
     return code;

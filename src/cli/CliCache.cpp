@@ -119,8 +119,8 @@ QByteArray listingJson(const CacheManager &manager, const CliPrompts &prompts)
     const QJsonObject root{
         {u"cacheFolder"_s, manager.cacheFolder()},
         {u"browser"_s, browser == CacheManager::Browser::InternetExplorer ? u"ie"_s
-                       : browser == CacheManager::Browser::Netscape      ? u"netscape"_s
-                                                                         : QString()},
+                       : browser == CacheManager::Browser::Netscape       ? u"netscape"_s
+                                                                          : QString()},
         {u"ieFound"_s, manager.ieFound()},
         {u"netscapeFound"_s, manager.netscapeFound()},
         {u"status"_s, QJsonObject{{u"blocksets"_s, manager.blocksetsText()},
@@ -154,8 +154,10 @@ int runCacheCommand(const QStringList &arguments, std::FILE *out, std::FILE *err
     CacheOptions options;
     const QString problem = parse(arguments, options);
     if (!problem.isEmpty()) {
-        print(err, u"cubrix-cli: "_s + problem + u"\nUsage: cubrix-cli cache [--browser ie|netscape] [--json]\n"
-                                                 "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s);
+        print(err,
+              u"cubrix-cli: "_s + problem
+                  + u"\nUsage: cubrix-cli cache [--browser ie|netscape] [--json]\n"
+                    "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s);
         return UsageError;
     }
     const std::unique_ptr<Registry> registry = createSettingsRegistry();

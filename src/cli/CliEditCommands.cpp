@@ -11,8 +11,8 @@
 #include "symbols/RemoveItems.h"
 #include "symbols/RenameItem.h"
 #include "symbols/ReplaceBlocks.h"
-#include "symbols/SymbolDialogs.h"
 #include "symbols/StrictPrefix.h"
+#include "symbols/SymbolDialogs.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QFileInfo>
@@ -152,8 +152,8 @@ bool declined(const CliPrompts &prompts, qsizetype first)
 
 bool CliEditCommands::handles(const QString &command)
 {
-    static const QStringList commands{u"add"_s,   u"remove"_s, u"rename"_s, u"replace"_s,
-                                      u"symbols"_s, u"remap"_s, u"prefix"_s, u"set"_s};
+    static const QStringList commands{u"add"_s,     u"remove"_s, u"rename"_s, u"replace"_s,
+                                      u"symbols"_s, u"remap"_s,  u"prefix"_s, u"set"_s};
     return commands.contains(command);
 }
 
@@ -267,8 +267,8 @@ void CliEditCommands::print(std::FILE *stream, const QString &text)
     std::fflush(stream);
 }
 
-int CliEditCommands::run(const QString &command, const QStringList &arguments, const QStringList &options,
-                         bool json, BlocksetDocument &document, CliPrompts &prompts)
+int CliEditCommands::run(const QString &command, const QStringList &arguments, const QStringList &options, bool json,
+                         BlocksetDocument &document, CliPrompts &prompts)
 {
     const QString &file = arguments.first();
     document.openBlockset(QFileInfo(file).absoluteFilePath());
@@ -414,8 +414,7 @@ int CliEditCommands::remove(const QStringList &names, BlocksetDocument &document
     return removedAll ? Success : Failed;
 }
 
-int CliEditCommands::rename(const QString &oldName, const QString &newName, BlocksetDocument &document,
-                            QString &error)
+int CliEditCommands::rename(const QString &oldName, const QString &newName, BlocksetDocument &document, QString &error)
 {
     ItemKind kind;
     int row;

@@ -32,8 +32,8 @@ private:
     // Each returns an exit code; `error` receives why a command failed and
     // `results` the status texts of commands that show more than one.
     int add(const QStringList &paths, BlocksetDocument &document, CliPrompts &prompts, QStringList &results);
-    int replace(const QStringList &names, const QStringList &options, BlocksetDocument &document,
-                CliPrompts &prompts, QString &error);
+    int replace(const QStringList &names, const QStringList &options, BlocksetDocument &document, CliPrompts &prompts,
+                QString &error);
     int symbols(const QStringList &arguments, BlocksetDocument &document, CliPrompts &prompts, QString &error);
     int remove(const QStringList &names, BlocksetDocument &document, QString &error);
     int rename(const QString &oldName, const QString &newName, BlocksetDocument &document, QString &error);

@@ -2,8 +2,7 @@
 
 using namespace Qt::StringLiterals;
 
-PromptAnswer CliPrompts::message(const QString &text, const QString &title, PromptButtons buttons,
-                                 PromptIcon icon)
+PromptAnswer CliPrompts::message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon)
 {
     return message(text, title, QString(), buttons, icon);
 }
@@ -13,11 +12,9 @@ PromptAnswer CliPrompts::message(const QString &text, const QString &title, cons
 {
     m_messages.append({text, title, buttons, icon, detail});
     switch (buttons) {
-    case PromptButtons::Ok:
-        return PromptAnswer::Ok;
+    case PromptButtons::Ok: return PromptAnswer::Ok;
     case PromptButtons::YesNo:
-    case PromptButtons::YesNoCancel:
-        return m_answerNo ? PromptAnswer::No : PromptAnswer::Yes;
+    case PromptButtons::YesNoCancel: return m_answerNo ? PromptAnswer::No : PromptAnswer::Yes;
     }
     return PromptAnswer::Ok;
 }
@@ -74,7 +71,8 @@ SymbolDialogAnswer CliPrompts::symbolDialog(const SymbolDialogSetup &setup)
     };
     const int single = int(setup.singles.indexOf(m_chosenSingle));
     if (single < 0 && !(setup.singles.isEmpty() && m_chosenSingle.isEmpty()))
-        return refuse(u"the single symbol \""_s + m_chosenSingle + u"\" is not offered (it is used by another block)"_s);
+        return refuse(u"the single symbol \""_s + m_chosenSingle
+                      + u"\" is not offered (it is used by another block)"_s);
     if (!setup.strictPrefix) {
         if (!setup.acceptDouble(m_chosenDouble))
             return refuse(u"the dialog refused the double symbol \""_s + m_chosenDouble + u'"');
@@ -83,8 +81,8 @@ SymbolDialogAnswer CliPrompts::symbolDialog(const SymbolDialogSetup &setup)
     if (setup.syncDouble) {
         const QString following = strictDoubleSymbol(setup, single);
         if (m_chosenDouble != following)
-            return refuse(u"with synchronized double symbols the double symbol follows the single one: \""_s
-                          + following + u'"');
+            return refuse(u"with synchronized double symbols the double symbol follows the single one: \""_s + following
+                          + u'"');
         return {true, m_chosenSingle, following};
     }
     if (m_chosenDouble.size() != 2 || m_chosenDouble.left(1) != setup.prefix)

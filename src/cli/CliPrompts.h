@@ -21,8 +21,7 @@ public:
 
     explicit CliPrompts(bool answerNo = false) : m_answerNo(answerNo) {}
 
-    PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
-                         PromptIcon icon) override;
+    PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon) override;
     PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
                          PromptIcon icon) override;
     // The next of the paths set with setOpenAnswers, or "" (cancelled) when none is left.

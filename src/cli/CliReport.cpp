@@ -164,11 +164,11 @@ QString CliReport::infoText(const QString &file, const BlocksetDocument &documen
     for (const StyleEntry &entry : kStyleEntries)
         text += u"  "_s + cell(entry.label + u':', 22) + styleValue(document.style(), entry.field) + u'\n';
     const SymbolSettings &symbols = document.symbols();
-    text += u"  "_s + cell(u"Strict prefix:"_s, 22) + checkState(symbols.strictPrefixBoxChecked, symbols.strictPrefixBoxEnabled)
-            + u'\n';
+    text += u"  "_s + cell(u"Strict prefix:"_s, 22)
+            + checkState(symbols.strictPrefixBoxChecked, symbols.strictPrefixBoxEnabled) + u'\n';
     text += u"  "_s + cell(u"Prefix:"_s, 22) + prefixCharacter(symbols.prefixIndex) + u'\n';
-    text += u"  "_s + cell(u"Sync double:"_s, 22) + checkState(symbols.syncDoubleBoxChecked, symbols.syncDoubleBoxEnabled)
-            + u'\n';
+    text += u"  "_s + cell(u"Sync double:"_s, 22)
+            + checkState(symbols.syncDoubleBoxChecked, symbols.syncDoubleBoxEnabled) + u'\n';
 
     QList<QStringList> blockRows;
     for (const BlockRow &row : document.blocks())

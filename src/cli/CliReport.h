@@ -13,10 +13,8 @@ class BlocksetDocument;
 namespace CliReport {
 
 // `file` is the path as the user gave it; `messages` every message the open showed.
-QByteArray infoJson(const QString &file, const BlocksetDocument &document,
-                    const QList<CliPrompts::Message> &messages);
-QString infoText(const QString &file, const BlocksetDocument &document,
-                 const QList<CliPrompts::Message> &messages);
+QByteArray infoJson(const QString &file, const BlocksetDocument &document, const QList<CliPrompts::Message> &messages);
+QString infoText(const QString &file, const BlocksetDocument &document, const QList<CliPrompts::Message> &messages);
 
 // The selected entry of the prefix list as a one-character text ("" when out of range).
 QString prefixCharacter(int prefixIndex);

@@ -35,8 +35,7 @@ bool wildcardMatch(const QString &p, const QString &fileName)
         if (pi < p.size() && p[pi] == u'*') {
             starAt = pi++;
             starName = ni;
-        } else if (pi < p.size() &&
-                   (p[pi] == u'?' || p[pi].toCaseFolded() == fileName[ni].toCaseFolded())) {
+        } else if (pi < p.size() && (p[pi] == u'?' || p[pi].toCaseFolded() == fileName[ni].toCaseFolded())) {
             ++pi;
             ++ni;
         } else if (starAt >= 0) {

@@ -306,8 +306,8 @@ struct HiveRegistry::Impl {
     struct Node {
         QString name; // as first written
         int parent = -1;
-        QHash<QString, int> children; // folded name -> node
-        int section = -1;              // first section of this key, -1 when only implied
+        QHash<QString, int> children;    // folded name -> node
+        int section = -1;                // first section of this key, -1 when only implied
         QHash<QString, ValueRef> values; // folded value name -> where it was read last
         QString keyClass;
     };
@@ -338,8 +338,8 @@ struct HiveRegistry::Impl {
     {
         clear();
         state = State::Empty;
-        headerLines = {QByteArray(kSignature), QByteArrayLiteral(";; All keys relative to \\\\Machine"),
-                       QByteArray(), QByteArrayLiteral("#arch=win32")};
+        headerLines = {QByteArray(kSignature), QByteArrayLiteral(";; All keys relative to \\\\Machine"), QByteArray(),
+                       QByteArrayLiteral("#arch=win32")};
     }
 
     void markBroken()
@@ -617,8 +617,8 @@ struct HiveRegistry::Impl {
             item.text = text;
         } else if (type == 4 && bytes.size() == 4) {
             item.decoded = true;
-            item.dword = quint32(quint8(bytes[0])) | quint32(quint8(bytes[1])) << 8 |
-                         quint32(quint8(bytes[2])) << 16 | quint32(quint8(bytes[3])) << 24;
+            item.dword = quint32(quint8(bytes[0])) | quint32(quint8(bytes[1])) << 8 | quint32(quint8(bytes[2])) << 16
+                         | quint32(quint8(bytes[3])) << 24;
         }
         return true;
     }
@@ -743,8 +743,7 @@ struct HiveRegistry::Impl {
     }
 };
 
-HiveRegistry::HiveRegistry(const QString &path, bool readOnly)
-    : d(std::make_unique<Impl>())
+HiveRegistry::HiveRegistry(const QString &path, bool readOnly) : d(std::make_unique<Impl>())
 {
     d->path = path;
     d->readOnly = readOnly;

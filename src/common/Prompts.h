@@ -27,16 +27,16 @@ struct NewBlocksetChoice {
 struct SymbolDialogSetup {
     enum Kind { AddBlock, EditSymbols };
     Kind kind = AddBlock;
-    QString caption;          // "Add symbols for wall.block"
-    QStringList singles;      // lstSingleChars
-    int singleIndex = -1;     // its selected entry (-1: none, the list is empty)
+    QString caption;           // "Add symbols for wall.block"
+    QStringList singles;       // lstSingleChars
+    int singleIndex = -1;      // its selected entry (-1: none, the list is empty)
     bool strictPrefix = false; // lists for the double symbol, else the text field
-    QString prefix;           // the blockset's prefix (lstDoublePrefix, fixed)
-    int prefixIndex = 0;      // its position in the prefix alphabet
-    bool syncDouble = false;  // lstDoubleChars follows lstSingleChars and is disabled
-    QStringList doubleChars;  // lstDoubleChars
+    QString prefix;            // the blockset's prefix (lstDoublePrefix, fixed)
+    int prefixIndex = 0;       // its position in the prefix alphabet
+    bool syncDouble = false;   // lstDoubleChars follows lstSingleChars and is disabled
+    QStringList doubleChars;   // lstDoubleChars
     int doubleIndex = -1;
-    QString doubleText;       // fldDoubleChars as it opens
+    QString doubleText; // fldDoubleChars as it opens
     // The OK check of a typed double symbol: shows its message and returns false
     // to keep the dialog open (with the focus in fldDoubleChars).
     std::function<bool(const QString &)> acceptDouble;
@@ -59,8 +59,7 @@ class Prompts {
 public:
     virtual ~Prompts() = default;
 
-    virtual PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
-                                 PromptIcon icon) = 0;
+    virtual PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon) = 0;
     // A message with a detail the user may unfold (why a file could not be read,
     // say); where nothing can unfold, the detail is left out.
     virtual PromptAnswer message(const QString &text, const QString &title, const QString &detail,

@@ -17,13 +17,25 @@ enum class RegType : quint32 {
 };
 
 struct RegValue {
-    quint32 type = 0;     // REG_SZ = 1, REG_DWORD = 4, anything else kept as read
-    QString text;         // REG_SZ
-    quint32 dword = 0;    // REG_DWORD
-    QByteArray raw;       // other types: the data as stored
+    quint32 type = 0;  // REG_SZ = 1, REG_DWORD = 4, anything else kept as read
+    QString text;      // REG_SZ
+    quint32 dword = 0; // REG_DWORD
+    QByteArray raw;    // other types: the data as stored
 
-    static RegValue fromText(const QString &text) { RegValue v; v.type = 1; v.text = text; return v; }
-    static RegValue fromDword(quint32 d) { RegValue v; v.type = 4; v.dword = d; return v; }
+    static RegValue fromText(const QString &text)
+    {
+        RegValue v;
+        v.type = 1;
+        v.text = text;
+        return v;
+    }
+    static RegValue fromDword(quint32 d)
+    {
+        RegValue v;
+        v.type = 4;
+        v.dword = d;
+        return v;
+    }
 };
 
 class Registry {

@@ -18,10 +18,7 @@ constexpr quint32 kOn = 0xFFFFFFFFu; // -1: flags are stored as 32-bit integers
 
 } // namespace
 
-RegistryWrapper::RegistryWrapper(Registry &registry)
-    : m_registry(registry)
-{
-}
+RegistryWrapper::RegistryWrapper(Registry &registry) : m_registry(registry) {}
 
 QString RegistryWrapper::settingsKey()
 {

@@ -15,8 +15,7 @@ constexpr REGSAM kWriteAccess = 0x3F;
 HKEY rootKey(RegRoot root)
 {
     switch (root) {
-    case RegRoot::LocalMachine:
-        return HKEY_LOCAL_MACHINE;
+    case RegRoot::LocalMachine: return HKEY_LOCAL_MACHINE;
     }
     return HKEY_LOCAL_MACHINE;
 }
@@ -72,8 +71,9 @@ bool WinRegistry::regQueryValue(RegRoot root, const QString &path, const QString
         // One byte more than reported, so the text always ends in a terminator.
         QByteArray buffer(qsizetype(size) + 1, '\0');
         DWORD length = size;
-        if (RegQueryValueExA(key.get(), valueName.constData(), nullptr, &type,
-                             reinterpret_cast<BYTE *>(buffer.data()), &length) != ERROR_SUCCESS)
+        if (RegQueryValueExA(key.get(), valueName.constData(), nullptr, &type, reinterpret_cast<BYTE *>(buffer.data()),
+                             &length)
+            != ERROR_SUCCESS)
             return false;
         const qsizetype end = buffer.indexOf('\0');
         value.type = REG_SZ;
@@ -83,8 +83,8 @@ bool WinRegistry::regQueryValue(RegRoot root, const QString &path, const QString
     if (type == REG_DWORD) {
         DWORD data = 0;
         DWORD length = sizeof(data);
-        if (RegQueryValueExA(key.get(), valueName.constData(), nullptr, &type, reinterpret_cast<BYTE *>(&data),
-                             &length) != ERROR_SUCCESS)
+        if (RegQueryValueExA(key.get(), valueName.constData(), nullptr, &type, reinterpret_cast<BYTE *>(&data), &length)
+            != ERROR_SUCCESS)
             return false;
         value.type = REG_DWORD;
         value.dword = quint32(data);
@@ -100,8 +100,9 @@ bool WinRegistry::regCreateKey(RegRoot root, const QString &path, const QString 
     const QByteArray keyPath = ansi(path);
     QByteArray classText = ansi(keyClass);
     DWORD disposition = 0;
-    if (RegCreateKeyExA(rootKey(root), keyPath.constData(), 0, classText.data(), REG_OPTION_NON_VOLATILE,
-                        kWriteAccess, nullptr, key.out(), &disposition) != ERROR_SUCCESS)
+    if (RegCreateKeyExA(rootKey(root), keyPath.constData(), 0, classText.data(), REG_OPTION_NON_VOLATILE, kWriteAccess,
+                        nullptr, key.out(), &disposition)
+        != ERROR_SUCCESS)
         return false;
     // The key is flushed so the new settings key is on disk at once; the handle
     // is closed in any case (a failed flush must not leak it).
@@ -120,14 +121,16 @@ bool WinRegistry::regSetValue(RegRoot root, const QString &path, const QString &
     const QByteArray valueName = ansi(name);
     if (value.type == REG_DWORD) {
         const DWORD data = DWORD(value.dword);
-        return RegSetValueExA(key.get(), valueName.constData(), 0, REG_DWORD,
-                              reinterpret_cast<const BYTE *>(&data), sizeof(data)) == ERROR_SUCCESS;
+        return RegSetValueExA(key.get(), valueName.constData(), 0, REG_DWORD, reinterpret_cast<const BYTE *>(&data),
+                              sizeof(data))
+               == ERROR_SUCCESS;
     }
     if (value.type == REG_SZ) {
         const QByteArray text = ansi(value.text);
         // The text and its terminator.
         return RegSetValueExA(key.get(), valueName.constData(), 0, REG_SZ,
-                              reinterpret_cast<const BYTE *>(text.constData()), DWORD(text.size() + 1)) == ERROR_SUCCESS;
+                              reinterpret_cast<const BYTE *>(text.constData()), DWORD(text.size() + 1))
+               == ERROR_SUCCESS;
     }
     // Other types write nothing.
     return true;

@@ -53,10 +53,24 @@ struct StyleValues {
 
 // Names one value of StyleValues, for the controls that edit it.
 enum class StyleField {
-    Version, Name, Synopsis, Author, Copyright,
-    PlaceholderTexture, SkyTexture, SkyColor, SkyBrightness,
-    GroundTexture, GroundColor,
-    OrbTexture, OrbColor, OrbBrightness, OrbPosition, OrbHref, OrbTarget, OrbText,
+    Version,
+    Name,
+    Synopsis,
+    Author,
+    Copyright,
+    PlaceholderTexture,
+    SkyTexture,
+    SkyColor,
+    SkyBrightness,
+    GroundTexture,
+    GroundColor,
+    OrbTexture,
+    OrbColor,
+    OrbBrightness,
+    OrbPosition,
+    OrbHref,
+    OrbTarget,
+    OrbText,
 };
 
 inline QString &styleValue(StyleValues &style, StyleField field)

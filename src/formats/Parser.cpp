@@ -277,8 +277,8 @@ bool getNextAttribute(QString &text, QString &name, QString &value)
     return true;
 }
 
-std::optional<QString> setAttributeValue(const QString &text, const QString &tagName,
-                                         const QString &attributeName, const QString &newValue)
+std::optional<QString> setAttributeValue(const QString &text, const QString &tagName, const QString &attributeName,
+                                         const QString &newValue)
 {
     const QString lower = lowerSameLength(text);
 

@@ -39,7 +39,11 @@ public:
     bool isEmpty() const;
     // Where the buffer now starts, and a way back to such a place (never forward).
     qsizetype position() const { return m_front; }
-    void rewind(qsizetype position) { if (position >= 0 && position < m_front) m_front = position; }
+    void rewind(qsizetype position)
+    {
+        if (position >= 0 && position < m_front)
+            m_front = position;
+    }
 
 private:
     QByteArray m_buffer;
@@ -66,5 +70,5 @@ QString lowerName(QByteArrayView name);
 // Replaces the value of `attributeName` in the first `<tagName` element of `text`.
 // Returns the text unchanged when the tag, attribute or quotes are not found, and
 // std::nullopt when a position lies beyond 32767 (the operation fails there).
-std::optional<QString> setAttributeValue(const QString &text, const QString &tagName,
-                                         const QString &attributeName, const QString &newValue);
+std::optional<QString> setAttributeValue(const QString &text, const QString &tagName, const QString &attributeName,
+                                         const QString &newValue);

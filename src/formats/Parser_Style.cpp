@@ -25,10 +25,8 @@ struct Target {
 };
 
 constexpr Target kStyleTargets[] = {
-    {"version"_L1, StyleField::Version, Kind::Text},
-    {"name"_L1, StyleField::Name, Kind::Text},
-    {"synopsis"_L1, StyleField::Synopsis, Kind::Text},
-    {"author"_L1, StyleField::Author, Kind::Text},
+    {"version"_L1, StyleField::Version, Kind::Text},     {"name"_L1, StyleField::Name, Kind::Text},
+    {"synopsis"_L1, StyleField::Synopsis, Kind::Text},   {"author"_L1, StyleField::Author, Kind::Text},
     {"copyright"_L1, StyleField::Copyright, Kind::Text},
 };
 
@@ -98,8 +96,7 @@ RowsByFile rowsByFile(const QList<BlockRow> &rows)
 }
 
 // One block element: its symbols and name go to every row of the named file.
-void readBlockEntry(QByteArrayView attributes, QList<BlockRow> &rows, const RowsByFile &index,
-                    StyleReadResult &result)
+void readBlockEntry(QByteArrayView attributes, QList<BlockRow> &rows, const RowsByFile &index, StyleReadResult &result)
 {
     QString symbol;
     QString doubleSymbol;

@@ -27,7 +27,7 @@ QByteArray writeUpdate(const QString &version, const QString &comment, qint32 si
 {
     const QString crlf = u"\r\n"_s;
     const QString text = u"<version id=\""_s + version + u"\" size=\""_s + QString::number(size) + u"\">"_s + crlf
-        + withCrLf(comment) + crlf + u"</version>"_s + crlf;
+                         + withCrLf(comment) + crlf + u"</version>"_s + crlf;
     return toCp1252(text);
 }
 

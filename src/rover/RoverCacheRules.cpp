@@ -4,12 +4,9 @@
 
 namespace {
 
-const QList<RoverReader::Rule> blocksetRules = {{"href", RoverType::String, true},
-                                                {"size", RoverType::Integer, true},
-                                                {"updated", RoverType::Integer, true},
-                                                {"name", RoverType::String, false},
-                                                {"synopsis", RoverType::String, false},
-                                                {"version", RoverType::Version, false}};
+const QList<RoverReader::Rule> blocksetRules = {
+    {"href", RoverType::String, true},  {"size", RoverType::Integer, true},     {"updated", RoverType::Integer, true},
+    {"name", RoverType::String, false}, {"synopsis", RoverType::String, false}, {"version", RoverType::Version, false}};
 
 } // namespace
 

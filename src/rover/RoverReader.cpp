@@ -2,7 +2,10 @@
 
 namespace {
 
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
 
 // Lines end at CR, LF or CR LF and a NUL ends its line early: the text is
 // rebuilt with one '\n' per line so that line counting is trivial.
@@ -30,14 +33,19 @@ QByteArray normalise(QByteArrayView bytes)
 QByteArray trimmed(const QByteArray &v)
 {
     qsizetype b = 0, e = v.size();
-    while (b < e && isBlank(v[b])) ++b;
-    while (e > b && isBlank(v[e - 1])) --e;
+    while (b < e && isBlank(v[b]))
+        ++b;
+    while (e > b && isBlank(v[e - 1]))
+        --e;
     return v.mid(b, e - b);
 }
 
 } // namespace
 
-QString roverText(const char *text) { return QString::fromUtf8(text); }
+QString roverText(const char *text)
+{
+    return QString::fromUtf8(text);
+}
 
 RoverReader::RoverReader(QByteArrayView bytes) : m_text(normalise(bytes)) {}
 
@@ -61,7 +69,8 @@ bool RoverReader::fail(const QString &text)
 void RoverReader::skipSpace()
 {
     while (m_pos < m_text.size() && (isBlank(m_text[m_pos]) || m_text[m_pos] == '\n')) {
-        if (m_text[m_pos] == '\n') ++m_line;
+        if (m_text[m_pos] == '\n')
+            ++m_line;
         ++m_pos;
     }
 }
@@ -92,7 +101,8 @@ bool RoverReader::next(Tag &tag)
                     return false;
                 continue;
             }
-            if (c == '\n') ++m_line;
+            if (c == '\n')
+                ++m_line;
             ++m_pos;
         }
         if (m_pos >= m_text.size())
@@ -119,7 +129,8 @@ bool RoverReader::next(Tag &tag)
         return !isBlank(c) && c != '\n' && c != '>' && c != '/' && c != '=' && c != '"' && c != '\'';
     };
     const qsizetype nameStart = m_pos;
-    while (m_pos < m_text.size() && nameChar(m_pos)) ++m_pos;
+    while (m_pos < m_text.size() && nameChar(m_pos))
+        ++m_pos;
     tag.name = m_text.mid(nameStart, m_pos - nameStart).toLower();
     for (;;) {
         skipSpace();
@@ -135,7 +146,8 @@ bool RoverReader::next(Tag &tag)
             return true;
         }
         const qsizetype attrStart = m_pos;
-        while (m_pos < m_text.size() && nameChar(m_pos)) ++m_pos;
+        while (m_pos < m_text.size() && nameChar(m_pos))
+            ++m_pos;
         const QByteArray name = m_text.mid(attrStart, m_pos - attrStart).toLower();
         if (name.isEmpty())
             return fail(roverText("Unexpected character in tag \"%1\"").arg(QString::fromLatin1(tag.name)));

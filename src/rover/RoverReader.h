@@ -9,16 +9,15 @@
 // The strict tag reader Rover reads styles and its cache index with: quoted
 // values close on their own line, every attribute is name="value", comments
 // may span lines. Its first error stops reading (Rover rejects the file).
-class RoverReader
-{
+class RoverReader {
 public:
     struct Attribute {
-        QByteArray name; // lower case
+        QByteArray name;  // lower case
         QByteArray value; // trimmed of blanks
     };
     struct Tag {
-        QByteArray name; // lower case
-        bool end = false; // </name>
+        QByteArray name;          // lower case
+        bool end = false;         // </name>
         bool selfClosing = false; // .../>
         int line = 0;
         QList<Attribute> attributes;

@@ -8,25 +8,19 @@ namespace {
 
 using Rule = RoverReader::Rule;
 
-const QList<Rule> styleRules = {{"name", RoverType::String, false},
-                                {"synopsis", RoverType::String, false},
-                                {"version", RoverType::Version, false}};
+const QList<Rule> styleRules = {
+    {"name", RoverType::String, false}, {"synopsis", RoverType::String, false}, {"version", RoverType::Version, false}};
 const QList<Rule> placeholderRules = {{"texture", RoverType::String, true}};
 const QList<Rule> skyRules = {{"texture", RoverType::String, false},
                               {"colour", RoverType::Rgb, false},
                               {"brightness", RoverType::Percentage, false},
                               {"stream", RoverType::Name, false}};
-const QList<Rule> groundRules = {{"texture", RoverType::String, false},
-                                 {"colour", RoverType::Rgb, false},
-                                 {"stream", RoverType::Name, false}};
-const QList<Rule> orbRules = {{"texture", RoverType::String, false},
-                              {"position", RoverType::Direction, false},
-                              {"brightness", RoverType::Percentage, false},
-                              {"colour", RoverType::Rgb, false},
-                              {"href", RoverType::String, false},
-                              {"target", RoverType::String, false},
-                              {"text", RoverType::String, false},
-                              {"stream", RoverType::Name, false}};
+const QList<Rule> groundRules = {
+    {"texture", RoverType::String, false}, {"colour", RoverType::Rgb, false}, {"stream", RoverType::Name, false}};
+const QList<Rule> orbRules = {{"texture", RoverType::String, false},        {"position", RoverType::Direction, false},
+                              {"brightness", RoverType::Percentage, false}, {"colour", RoverType::Rgb, false},
+                              {"href", RoverType::String, false},           {"target", RoverType::String, false},
+                              {"text", RoverType::String, false},           {"stream", RoverType::Name, false}};
 const QList<Rule> blockRules = {{"symbol", RoverType::SingleSymbol, true},
                                 {"double", RoverType::DoubleSymbol, false},
                                 {"name", RoverType::Name, false},
@@ -34,15 +28,23 @@ const QList<Rule> blockRules = {{"symbol", RoverType::SingleSymbol, true},
 
 const QList<Rule> *rulesFor(const QByteArray &tag)
 {
-    if (tag == "placeholder") return &placeholderRules;
-    if (tag == "sky") return &skyRules;
-    if (tag == "ground") return &groundRules;
-    if (tag == "orb") return &orbRules;
-    if (tag == "block") return &blockRules;
+    if (tag == "placeholder")
+        return &placeholderRules;
+    if (tag == "sky")
+        return &skyRules;
+    if (tag == "ground")
+        return &groundRules;
+    if (tag == "orb")
+        return &orbRules;
+    if (tag == "block")
+        return &blockRules;
     return nullptr;
 }
 
-QString latin(const QByteArray &b) { return QString::fromLatin1(b); }
+QString latin(const QByteArray &b)
+{
+    return QString::fromLatin1(b);
+}
 
 } // namespace
 

@@ -29,8 +29,10 @@ QList<QByteArray> splitLines(QByteArrayView bytes)
 QByteArray withoutBlanks(const QByteArray &line)
 {
     qsizetype b = 0, e = line.size();
-    while (b < e && (line[b] == ' ' || line[b] == '\t')) ++b;
-    while (e > b && (line[e - 1] == ' ' || line[e - 1] == '\t')) --e;
+    while (b < e && (line[b] == ' ' || line[b] == '\t'))
+        ++b;
+    while (e > b && (line[e - 1] == ' ' || line[e - 1] == '\t'))
+        --e;
     return line.mid(b, e - b);
 }
 

@@ -14,8 +14,14 @@ bool hasRoverError(const RoverFindings &findings)
 
 namespace {
 
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
 
 // A cursor over one value; every parser below consumes from it.
 struct Cursor {
@@ -23,8 +29,19 @@ struct Cursor {
     qsizetype i = 0;
     bool atEnd() const { return i >= s.size(); }
     char peek() const { return atEnd() ? '\0' : s[i]; }
-    void skipBlanks() { while (!atEnd() && isBlank(s[i])) ++i; }
-    bool take(char c) { if (peek() == c) { ++i; return true; } return false; }
+    void skipBlanks()
+    {
+        while (!atEnd() && isBlank(s[i]))
+            ++i;
+    }
+    bool take(char c)
+    {
+        if (peek() == c) {
+            ++i;
+            return true;
+        }
+        return false;
+    }
 };
 
 // Optional sign then decimal digits; the value is clamped to 32 bits.
@@ -39,10 +56,12 @@ std::optional<long long> integer(Cursor &c)
     long long v = 0;
     while (isDigit(c.peek())) {
         v = v * 10 + (c.s[c.i++] - '0');
-        if (v > 0x80000000LL) v = 0x80000000LL;
+        if (v > 0x80000000LL)
+            v = 0x80000000LL;
     }
     v = negative ? -v : v;
-    if (v > 0x7fffffffLL) v = 0x7fffffffLL;
+    if (v > 0x7fffffffLL)
+        v = 0x7fffffffLL;
     return v;
 }
 
@@ -50,17 +69,28 @@ std::optional<double> decimal(Cursor &c)
 {
     c.skipBlanks();
     const qsizetype start = c.i;
-    if (c.peek() == '+' || c.peek() == '-') ++c.i;
+    if (c.peek() == '+' || c.peek() == '-')
+        ++c.i;
     bool digits = false;
-    while (isDigit(c.peek())) { ++c.i; digits = true; }
+    while (isDigit(c.peek())) {
+        ++c.i;
+        digits = true;
+    }
     if (c.take('.'))
-        while (isDigit(c.peek())) { ++c.i; digits = true; }
+        while (isDigit(c.peek())) {
+            ++c.i;
+            digits = true;
+        }
     if (!digits)
         return std::nullopt;
     return c.s.sliced(start, c.i - start).toByteArray().toDouble();
 }
 
-bool onlyBlanksLeft(Cursor &c) { c.skipBlanks(); return c.atEnd(); }
+bool onlyBlanksLeft(Cursor &c)
+{
+    c.skipBlanks();
+    return c.atEnd();
+}
 
 bool isInteger(QByteArrayView v)
 {
@@ -76,7 +106,8 @@ bool versionPart(Cursor &c, int max)
     long long v = 0;
     while (isDigit(c.peek())) {
         v = v * 10 + (c.s[c.i++] - '0');
-        if (v > max) return false;
+        if (v > max)
+            return false;
     }
     return true;
 }
@@ -146,11 +177,15 @@ bool isName(QByteArrayView v)
     auto nameChar = [](char ch) {
         return isDigit(ch) || ch == '_' || (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z');
     };
-    while (!c.atEnd() && nameChar(c.peek())) ++c.i;
+    while (!c.atEnd() && nameChar(c.peek()))
+        ++c.i;
     return c.i > start && onlyBlanksLeft(c);
 }
 
-bool isPrintable(char c) { return c >= '!' && c <= '~'; }
+bool isPrintable(char c)
+{
+    return c >= '!' && c <= '~';
+}
 
 bool isSingleSymbol(QByteArrayView v)
 {

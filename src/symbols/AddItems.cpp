@@ -23,27 +23,32 @@ using namespace Qt::StringLiterals;
 namespace {
 
 struct AddCommand {
-    QString title;       // "Add Block"
+    QString title; // "Add Block"
     QString filter;
     QStringList extensions;
     QString folderSetting;
-    QString plural;      // "blocks"
+    QString plural; // "blocks"
 };
 
 AddCommand addCommand(ItemKind kind)
 {
     switch (kind) {
     case ItemKind::Block:
-        return {u"Add Block"_s, u"Block files (*.block),*.block,All files (*.*),*.*"_s, {u"block"_s},
-                u"pathBlocks"_s, u"blocks"_s};
+        return {u"Add Block"_s,
+                u"Block files (*.block),*.block,All files (*.*),*.*"_s,
+                {u"block"_s},
+                u"pathBlocks"_s,
+                u"blocks"_s};
     case ItemKind::Texture:
         return {u"Add Texture"_s,
                 u"All supported Images (*.gif;*.jpg),*.gif;*.jpg,GIF images (*.gif),*.gif,"
                 "JPG images (*.jpg),*.jpg,All files (*.*),*.*"_s,
-                {u"gif"_s, u"jpg"_s}, u"pathTextures"_s, u"textures"_s};
+                {u"gif"_s, u"jpg"_s},
+                u"pathTextures"_s,
+                u"textures"_s};
     case ItemKind::Sound:
-        return {u"Add Sound"_s, u"WAV files (*.wav),*.wav,All files (*.*),*.*"_s, {u"wav"_s}, u"pathSounds"_s,
-                u"sounds"_s};
+        return {
+            u"Add Sound"_s, u"WAV files (*.wav),*.wav,All files (*.*),*.*"_s, {u"wav"_s}, u"pathSounds"_s, u"sounds"_s};
     }
     return {};
 }
@@ -77,8 +82,8 @@ bool isRefusedName(OperationHost &host, ItemKind kind, const QString &file)
 {
     if (isPortableFileName(file))
         return false;
-    host.prompts().message(u"\""_s + file + u"\" cannot be used as a file name!"_s, u"Unable to add "_s + itemNoun(kind),
-                           PromptButtons::Ok, PromptIcon::Exclamation);
+    host.prompts().message(u"\""_s + file + u"\" cannot be used as a file name!"_s,
+                           u"Unable to add "_s + itemNoun(kind), PromptButtons::Ok, PromptIcon::Exclamation);
     return true;
 }
 
@@ -129,7 +134,8 @@ void showBlockLimitMessage(OperationHost &host)
 bool addBlockFile(OperationHost &host, const QString &path)
 {
     const QString file = nativeFileName(path);
-    if (isDuplicate(host, ItemKind::Block, file) || !QFileInfo(path).isFile() || isRefusedName(host, ItemKind::Block, file))
+    if (isDuplicate(host, ItemKind::Block, file) || !QFileInfo(path).isFile()
+        || isRefusedName(host, ItemKind::Block, file))
         return false;
 
     BlocksetContent &content = host.content();
@@ -207,8 +213,8 @@ int addItems(OperationHost &host, ItemKind kind)
     const AddCommand command = addCommand(kind);
     host.showProcess(command.title + u"..."_s);
     RegistryWrapper &settings = host.settings();
-    QStringList paths = host.prompts().openFiles(command.title, command.filter,
-                                                 settings.getStringSetting(command.folderSetting));
+    QStringList paths =
+        host.prompts().openFiles(command.title, command.filter, settings.getStringSetting(command.folderSetting));
     if (paths.isEmpty()) {
         host.showProcess(QString());
         return 0;

@@ -15,7 +15,7 @@ QString checkBlockname(const QString &name)
     for (QChar &c : clean) {
         const char16_t code = c.unicode();
         const bool kept = (code >= u'0' && code <= u'9') || (code >= u'A' && code <= u'Z')
-            || (code >= u'a' && code <= u'z') || code == u'_';
+                          || (code >= u'a' && code <= u'z') || code == u'_';
         if (!kept)
             c = u'_';
     }

@@ -61,7 +61,8 @@ bool remapAllSymbols(OperationHost &host, int prefixIndex)
     }
     host.setBlocksetChanged();
     if (overflow) {
-        host.prompts().message(u"There are more than "_s + QString::number(blockLimit()) + u" blocks in the blockset!"_s,
+        host.prompts().message(u"There are more than "_s + QString::number(blockLimit())
+                                   + u" blocks in the blockset!"_s,
                                u"Too many blocks"_s, PromptButtons::Ok, PromptIcon::Exclamation);
     }
     enterSyncedMode(host.content().symbols, prefixIndex);
@@ -85,8 +86,9 @@ bool syncDoubleSymbols(OperationHost &host, int prefixIndex)
     }
     if (undefined) {
         // One carriage return between the sentences, as the message always had.
-        host.prompts().message(u"There were undefined single character symbols!\rBe sure to correct those entries manually."_s,
-                               u"Undefined symbols"_s, PromptButtons::Ok, PromptIcon::Exclamation);
+        host.prompts().message(
+            u"There were undefined single character symbols!\rBe sure to correct those entries manually."_s,
+            u"Undefined symbols"_s, PromptButtons::Ok, PromptIcon::Exclamation);
     }
     enterSyncedMode(host.content().symbols, prefixIndex);
     return true;

@@ -26,8 +26,7 @@ bool removeItems(OperationHost &host, ItemKind kind, ListSelection &selection)
     if (host.settings().getBoolSetting(u"showWarnings"_s)) {
         const QString text = u"Are you sure to remove "_s + QString::number(n) + u' ' + itemNoun(kind)
                              + (n > 1 ? u"s"_s : QString()) + u'?';
-        if (host.prompts().message(text, u"Remove "_s + itemTitleNoun(kind), PromptButtons::YesNo,
-                                   PromptIcon::Question)
+        if (host.prompts().message(text, u"Remove "_s + itemTitleNoun(kind), PromptButtons::YesNo, PromptIcon::Question)
             != PromptAnswer::Yes)
             return false;
     }
@@ -46,7 +45,8 @@ bool removeItems(OperationHost &host, ItemKind kind, ListSelection &selection)
     // current one stood (its follower when it was removed), or the last row.
     const int remaining = count - int(n);
     int current = selection.current >= 0 ? selection.current : rows.first();
-    const int removedBefore = int(std::count_if(rows.begin(), rows.end(), [current](int row) { return row < current; }));
+    const int removedBefore =
+        int(std::count_if(rows.begin(), rows.end(), [current](int row) { return row < current; }));
     current -= removedBefore;
     current = std::min(current, remaining - 1);
     selection.current = remaining > 0 ? current : -1;

@@ -92,8 +92,8 @@ bool renameItem(OperationHost &host, ItemKind kind, int row, const QString &newN
         renamed = !QFileInfo::exists(newPath) && QFile::rename(oldPath, newPath);
     }
     if (!renamed) {
-        host.prompts().message(u"Unable to rename \""_s + oldName + u"\" to \""_s + newName + u"\"!"_s,
-                               u"File Error"_s, PromptButtons::Ok, PromptIcon::Critical);
+        host.prompts().message(u"Unable to rename \""_s + oldName + u"\" to \""_s + newName + u"\"!"_s, u"File Error"_s,
+                               PromptButtons::Ok, PromptIcon::Critical);
         return false;
     }
 

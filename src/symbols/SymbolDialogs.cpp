@@ -63,8 +63,8 @@ SymbolDialogSetup setupFor(Prompts &prompts, const BlocksetContent &content, int
         setup.doubleIndex = setup.singleIndex;
     } else if (setup.strictPrefix) {
         setup.doubleChars = freeCharacters(blocks, editedRow, doubleCharOf(own), doubleCharOf);
-        setup.doubleIndex = setup.doubleChars.isEmpty()
-            ? -1 : int(qMax<qsizetype>(0, setup.doubleChars.indexOf(doubleCharOf(own))));
+        setup.doubleIndex =
+            setup.doubleChars.isEmpty() ? -1 : int(qMax<qsizetype>(0, setup.doubleChars.indexOf(doubleCharOf(own))));
     } else {
         setup.doubleText = own.doubleSymbol;
     }
@@ -103,8 +103,8 @@ bool checkTypedDouble(Prompts &prompts, const QList<BlockRow> &blocks, const QSt
         return false;
     }
     if (isDoubleSymbolUsed(blocks, text, editedRow)) {
-        prompts.message(u"The double character symbol is already used!"_s, u"Duplicate Symbol"_s,
-                        PromptButtons::Ok, PromptIcon::Exclamation);
+        prompts.message(u"The double character symbol is already used!"_s, u"Duplicate Symbol"_s, PromptButtons::Ok,
+                        PromptIcon::Exclamation);
         return false;
     }
     return true;

@@ -1,9 +1,9 @@
 // The .bset archive: packing and unpacking a working folder, hostile and broken
 // archives, and saves that fail or are killed midway.
 
-#include "support/TestFiles.h"
 #include "app/Archive.h"
 #include "app/ArchiveSink.h"
+#include "support/TestFiles.h"
 
 #include <QRandomGenerator>
 #include <QStandardPaths>
@@ -42,7 +42,8 @@ Tree treeOf(const QString &root)
     QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
-        tree.insert(QDir(root).relativeFilePath(path), QFileInfo(path).isSymLink() ? QByteArray("<link>") : readBytes(path));
+        tree.insert(QDir(root).relativeFilePath(path),
+                    QFileInfo(path).isSymLink() ? QByteArray("<link>") : readBytes(path));
     }
     return tree;
 }
@@ -94,7 +95,9 @@ void writeRawArchive(const QString &path, const QList<RawEntry> &entries)
         const zip_int64_t index = zip_file_add(za, name.constData(), source, ZIP_FL_ENC_GUESS);
         QVERIFY2(index >= 0, zip_strerror(za));
         if (entry.link)
-            QCOMPARE(zip_file_set_external_attributes(za, zip_uint64_t(index), 0, ZIP_OPSYS_UNIX, (S_IFLNK | 0777u) << 16), 0);
+            QCOMPARE(
+                zip_file_set_external_attributes(za, zip_uint64_t(index), 0, ZIP_OPSYS_UNIX, (S_IFLNK | 0777u) << 16),
+                0);
         if (entry.store)
             QCOMPARE(zip_set_file_compression(za, zip_uint64_t(index), ZIP_CM_STORE, 0), 0);
     }
@@ -148,7 +151,8 @@ bool setWritable(const QString &folder, bool writable)
 {
     if (geteuid() == 0)
         runQuietly("chattr", {writable ? "-i" : "+i", folder});
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner | (writable ? QFile::WriteOwner : QFile::Permissions()));
+    QFile::setPermissions(folder,
+                          QFile::ReadOwner | QFile::ExeOwner | (writable ? QFile::WriteOwner : QFile::Permissions()));
     QFile probe(folder + "/probe");
     return probe.open(QIODevice::WriteOnly) && probe.remove();
 }
@@ -225,8 +229,9 @@ private slots:
         QTemporaryDir tmp;
         QVERIFY(QDir().mkpath(tmp.filePath("outside")));
         const QString archivePath = tmp.filePath("hostile.bset");
-        writeRawArchive(archivePath, {{name.replace("@OUTSIDE@", QFile::encodeName(tmp.filePath("outside"))), "payload"},
-                                      {"good.txt", "good"}});
+        writeRawArchive(
+            archivePath,
+            {{name.replace("@OUTSIDE@", QFile::encodeName(tmp.filePath("outside"))), "payload"}, {"good.txt", "good"}});
 
         QVERIFY(unpack(archivePath, tmp.filePath("work/dest")));
         Tree expected{{"hostile.bset", readBytes(archivePath)}, {"work/dest/good.txt", "good"}};
@@ -243,15 +248,18 @@ private slots:
 
         QTest::newRow("item folders in any case")
             << QStringList{"Blocks/wall.block=w", "TEXTURES/T.GIF=t", "sounds/drip.WAV=d", "BLOCKS/door.block=x"}
-            << Tree{{"blocks/wall.block", "w"}, {"blocks/door.block", "x"}, {"textures/T.GIF", "t"}, {"sounds/drip.WAV", "d"}};
+            << Tree{{"blocks/wall.block", "w"},
+                    {"blocks/door.block", "x"},
+                    {"textures/T.GIF", "t"},
+                    {"sounds/drip.WAV", "d"}};
         QTest::newRow("other folders keep the first case")
             << QStringList{"Extra/a=1", "EXTRA/Sub/b=2", "extra/sub/c=3"}
             << Tree{{"Extra/a", "1"}, {"Extra/Sub/b", "2"}, {"Extra/Sub/c", "3"}};
         QTest::newRow("names differing in case: the later wins")
             << QStringList{"blocks/Wall.block=old", "Blocks/wall.block=new", "a.style=s"}
             << Tree{{"blocks/wall.block", "new"}, {"a.style", "s"}};
-        QTest::newRow("one name twice: the later wins")
-            << QStringList{"a.style=old", "blocks/w.block=w", "a.style=new"} << Tree{{"a.style", "new"}, {"blocks/w.block", "w"}};
+        QTest::newRow("one name twice: the later wins") << QStringList{"a.style=old", "blocks/w.block=w", "a.style=new"}
+                                                        << Tree{{"a.style", "new"}, {"blocks/w.block", "w"}};
         QTest::newRow("dot folders dropped")
             << QStringList{"./a.style=s", "./blocks/./w.block=w"} << Tree{{"a.style", "s"}, {"blocks/w.block", "w"}};
     }
@@ -322,7 +330,8 @@ private slots:
     {
         QTemporaryDir tmp;
         const QString archivePath = tmp.filePath("x.bset");
-        writeRawArchive(archivePath, {{"a.style", "style"}, {"blocks/a.block", randomBytes(100 * 1024, 7), false, true}});
+        writeRawArchive(archivePath,
+                        {{"a.style", "style"}, {"blocks/a.block", randomBytes(100 * 1024, 7), false, true}});
         // Flip one byte in the middle of the second entry's data.
         QByteArray bytes = readBytes(archivePath);
         const qsizetype second = bytes.indexOf("PK\x03\x04", 4);

@@ -29,11 +29,16 @@ private slots:
         QTest::addColumn<QString>("fileName");
         QTest::addColumn<QString>("versionText");
         QTest::addColumn<QString>("text");
-        QTest::newRow("name and version, both symbol modes")
-            << choice("Castle", "1.0") << true << "Castle" << "1.0" << "Strict Prefix & Sync Double Mode activated.";
+        QTest::newRow("name and version, both symbol modes") << choice("Castle", "1.0") << true << "Castle"
+                                                             << "1.0"
+                                                             << "Strict Prefix & Sync Double Mode activated.";
         QTest::newRow("name not synchronised, strict prefix only, last prefix")
-            << choice("Castle", "1.0", true, false, 89) << false << "Untitled" << "1.0" << "Strict Prefix Mode activated.";
-        QTest::newRow("nothing entered, no symbol mode") << choice("", "", false, false) << true << "Untitled" << "No Version" << "";
+            << choice("Castle", "1.0", true, false, 89) << false << "Untitled"
+            << "1.0"
+            << "Strict Prefix Mode activated.";
+        QTest::newRow("nothing entered, no symbol mode") << choice("", "", false, false) << true << "Untitled"
+                                                         << "No Version"
+                                                         << "";
     }
 
     void newBlockset()
@@ -51,7 +56,8 @@ private slots:
 
         env.document.newBlockset();
 
-        QVERIFY2(env.prompts.messages.isEmpty(), qPrintable(env.prompts.messageTexts().join(u'\n'))); // it was unchanged
+        QVERIFY2(env.prompts.messages.isEmpty(),
+                 qPrintable(env.prompts.messageTexts().join(u'\n'))); // it was unchanged
         QCOMPARE(env.view.processTexts.first(), QStringLiteral("New Blockset..."));
         QCOMPARE(env.view.resets, 1);
         const BlocksetDocument &doc = env.document;
@@ -74,7 +80,8 @@ private slots:
         QCOMPARE(state.versionPanel, versionText);
         // The dialog's symbol choices; both symbol modes are on after new.
         const SymbolSettings &symbols = doc.symbols();
-        QCOMPARE(QList<bool>({symbols.strictPrefixBoxChecked, symbols.prefixListEnabled, symbols.syncDoubleBoxChecked, symbols.syncDoubleBoxEnabled}),
+        QCOMPARE(QList<bool>({symbols.strictPrefixBoxChecked, symbols.prefixListEnabled, symbols.syncDoubleBoxChecked,
+                              symbols.syncDoubleBoxEnabled}),
                  QList<bool>({answer.strictPrefix, answer.strictPrefix, answer.syncDouble, answer.strictPrefix}));
         QCOMPARE(symbols.prefixIndex, answer.prefixIndex);
         QVERIFY(symbols.blocksetStrictPrefix && symbols.blocksetSyncDouble);
@@ -111,7 +118,7 @@ private slots:
 
     void saveQuestion_data()
     {
-        QTest::addColumn<bool>("isNew"); // New, else Close
+        QTest::addColumn<bool>("isNew");   // New, else Close
         QTest::addColumn<QString>("edit"); // "none", "style", "update"
         QTest::addColumn<PromptAnswer>("answer");
         QTest::newRow("close, changed, cancel") << false << "style" << PromptAnswer::Cancel;
@@ -148,8 +155,9 @@ private slots:
                           PromptButtons::YesNoCancel, PromptIcon::None);
         const bool saved = answer == PromptAnswer::Yes;
         QCOMPARE(QFile::exists(env.setPath(QStringLiteral("Castle.txt"))), saved);
-        QCOMPARE(readBset(castle).value(QStringLiteral("Castle.style")).contains("name=\"Renamed\""), saved && edit == "style");
-        if (answer == PromptAnswer::Cancel) { // nothing changes, and the status panel is cleared
+        QCOMPARE(readBset(castle).value(QStringLiteral("Castle.style")).contains("name=\"Renamed\""),
+                 saved && edit == "style");
+        if (answer == PromptAnswer::Cancel) {           // nothing changes, and the status panel is cleared
             QCOMPARE(env.prompts.newAnswers.size(), 1); // no New Blockset dialog
             QVERIFY(env.document.blocksetOpen() && env.document.isChanged());
             QCOMPARE(env.document.blocksetFileName(), QStringLiteral("Castle.bset"));
@@ -184,7 +192,7 @@ private slots:
 
     void unloadQuestion_data()
     {
-        QTest::addColumn<QString>("state"); // "unchanged", "closed", "style", "update", "untitled"
+        QTest::addColumn<QString>("state");       // "unchanged", "closed", "style", "update", "untitled"
         QTest::addColumn<PromptAnswer>("answer"); // Ok: no question expected
         QTest::newRow("unchanged") << "unchanged" << PromptAnswer::Ok;
         QTest::newRow("closed, update comment still flagged") << "closed" << PromptAnswer::Ok;

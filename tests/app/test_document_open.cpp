@@ -8,7 +8,8 @@ namespace {
 
 const QString kOpenTitle = QStringLiteral("Open Blockset");
 const QString kSaveFirst = QStringLiteral("The current blockset has been changed. Do you want to save it first?");
-const QString kNoStyle = QStringLiteral("Unable to load style file!\nYou will have to define all block symbols manually.");
+const QString kNoStyle =
+    QStringLiteral("Unable to load style file!\nYou will have to define all block symbols manually.");
 const QString kBothModes = QStringLiteral("Strict Prefix & Sync Double Mode activated.");
 const QString kStrictMode = QStringLiteral("Strict Prefix Mode activated.");
 
@@ -35,7 +36,8 @@ private slots:
         writeFile(env.working(QStringLiteral("Stale.style")), styleFile(QStringLiteral("Stale")));
         const FileMap files = castlePlus();
         const QString path = env.addSet(QStringLiteral("Castle.bset"), files);
-        writeFile(env.setPath(QStringLiteral("Castle.txt")), updateFileText(QStringLiteral("1.2"), QStringLiteral("Added two gates."), 99));
+        writeFile(env.setPath(QStringLiteral("Castle.txt")),
+                  updateFileText(QStringLiteral("1.2"), QStringLiteral("Added two gates."), 99));
         env.prompts.fileAnswers = {path};
 
         env.document.openBlockset();
@@ -66,19 +68,22 @@ private slots:
         QStringList items;
         for (const ItemRow &row : doc.textures() + doc.sounds())
             items << row.file + '|' + row.sizeText;
-        QCOMPARE(items, QStringList({"brick.gif|     1,234", "clouds.jpg|        20", "empty.gif|          ", "wind.wav| 1,234,567"}));
+        QCOMPARE(items, QStringList({"brick.gif|     1,234", "clouds.jpg|        20", "empty.gif|          ",
+                                     "wind.wav| 1,234,567"}));
 
         // The style reader's own tests cover every value; here: it ran on the right file.
         const StyleValues &style = doc.style();
-        QCOMPARE(QStringList({style.version, style.name, style.author, style.skyColor, style.orbPosition, style.orbText}),
-                 QStringList({"1.2", "Castle", "A. Builder", "(0,0,255)", "(45,30)", "Home"}));
+        QCOMPARE(
+            QStringList({style.version, style.name, style.author, style.skyColor, style.orbPosition, style.orbText}),
+            QStringList({"1.2", "Castle", "A. Builder", "(0,0,255)", "(45,30)", "Home"}));
         QCOMPARE(doc.updateComment(), QStringLiteral("Added two gates."));
 
         QCOMPARE(doc.tab(), int(BlocksetDocument::TabBlocks));
         QCOMPARE(doc.processText(), kBothModes);
         QVERIFY(doc.processMessageShown());
-        QCOMPARE(env.view.processTexts, QStringList({"Open Blockset...", "Parsing Blockset...", "Parsing door.block",
-                                                     "Parsing plain.block", "Parsing tree.block", "Parsing wall.block", kBothModes}));
+        QCOMPARE(env.view.processTexts,
+                 QStringList({"Open Blockset...", "Parsing Blockset...", "Parsing door.block", "Parsing plain.block",
+                              "Parsing tree.block", "Parsing wall.block", kBothModes}));
         QCOMPARE(env.view.busyCalls, QList<bool>({true, false}));
         QCOMPARE(env.view.resets, 1);
         QVERIFY(env.view.checkInterfaceCalls >= 2); // after the reset and at the end
@@ -135,10 +140,12 @@ private slots:
         env.setOption("strictPrefix", strictPrefix);
         env.setOption("syncDouble", syncDouble);
         const QString entries = QStringLiteral("<block symbol=\"a\" double=\".a\" file=\"a.block\"/>\n"
-                                               "<block symbol=\"b\" double=\"%1\" file=\"b.block\"/>\n").arg(secondDouble);
-        env.open(env.addSet(QStringLiteral("Modes.bset"), {{QStringLiteral("Modes.style"), styleFile(QStringLiteral("Modes"), entries)},
-                                                           {QStringLiteral("blocks/a.block"), blockFile(QStringLiteral("A"))},
-                                                           {QStringLiteral("blocks/b.block"), blockFile(QStringLiteral("B"))}}));
+                                               "<block symbol=\"b\" double=\"%1\" file=\"b.block\"/>\n")
+                                    .arg(secondDouble);
+        env.open(env.addSet(QStringLiteral("Modes.bset"),
+                            {{QStringLiteral("Modes.style"), styleFile(QStringLiteral("Modes"), entries)},
+                             {QStringLiteral("blocks/a.block"), blockFile(QStringLiteral("A"))},
+                             {QStringLiteral("blocks/b.block"), blockFile(QStringLiteral("B"))}}));
         QVERIFY(env.document.blocksetOpen());
         QTEST(env.document.processText(), "text");
         QVERIFY(env.document.processMessageShown());
@@ -146,14 +153,15 @@ private slots:
 
     void styleFileChoice_data()
     {
-        QTest::addColumn<QString>("styleFile"); // "" = the archive holds none
+        QTest::addColumn<QString>("styleFile");   // "" = the archive holds none
         QTest::addColumn<PromptAnswer>("answer"); // to the rename question
-        QTest::addColumn<bool>("settings"); // syncBlockset and strictPrefix
+        QTest::addColumn<bool>("settings");       // syncBlockset and strictPrefix
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("text");
         QTest::newRow("differing, renamed") << "Red.style" << PromptAnswer::Yes << true << "Castle" << kBothModes;
         QTest::newRow("differing, declined") << "Red.style" << PromptAnswer::No << true << "Blue" << kBothModes;
-        QTest::newRow("none, settings off") << "" << PromptAnswer::Ok << false << "" << "";
+        QTest::newRow("none, settings off") << "" << PromptAnswer::Ok << false << ""
+                                            << "";
     }
 
     // A style file named after another archive is read only after the user agrees
@@ -179,10 +187,12 @@ private slots:
         const bool renamed = answer == PromptAnswer::Yes;
         QCOMPARE(env.prompts.messages.size(), int(!styleFile.isEmpty()) + int(!renamed));
         if (!styleFile.isEmpty())
-            verifyMessage(env.prompts, 0, "Found differing style file \"Red.style\". Do you want this file to be renamed and parsed?",
+            verifyMessage(env.prompts, 0,
+                          "Found differing style file \"Red.style\". Do you want this file to be renamed and parsed?",
                           kOpenTitle, PromptButtons::YesNo, PromptIcon::Question);
         if (!renamed)
-            verifyMessage(env.prompts, env.prompts.messages.size() - 1, kNoStyle, kOpenTitle, PromptButtons::Ok, PromptIcon::Exclamation);
+            verifyMessage(env.prompts, env.prompts.messages.size() - 1, kNoStyle, kOpenTitle, PromptButtons::Ok,
+                          PromptIcon::Exclamation);
         QVERIFY(env.document.blocksetOpen() && !env.document.updateChanged());
         QCOMPARE(env.document.blocks()[2].name, QStringLiteral("Wall"));
         QCOMPARE(env.document.blocksetChanged(), renamed);
@@ -212,10 +222,13 @@ private slots:
         QTest::addColumn<QStringList>("styles");
         QTest::addColumn<QString>("stem"); // the archive's name without extension
         QTest::addColumn<QString>("readName");
-        QTest::newRow("own style beside another") << "Blue.bset" << QStringList{"Blue", "Red"} << "Blue" << "Blue";
-        QTest::newRow("dotted name, listed after others") << "my.old.set.bset" << QStringList{"a", "my", "my.old.set"}
-                                                          << "my.old.set" << "my.old.set";
-        QTest::newRow("case differs: asks") << "Blue.bset" << QStringList{"blue"} << "Blue" << "blue";
+        QTest::newRow("own style beside another") << "Blue.bset" << QStringList{"Blue", "Red"} << "Blue"
+                                                  << "Blue";
+        QTest::newRow("dotted name, listed after others")
+            << "my.old.set.bset" << QStringList{"a", "my", "my.old.set"} << "my.old.set"
+            << "my.old.set";
+        QTest::newRow("case differs: asks") << "Blue.bset" << QStringList{"blue"} << "Blue"
+                                            << "blue";
     }
 
     void styleNamedAfterArchive()
@@ -227,7 +240,8 @@ private slots:
         FileMap files;
         for (const QString &style : styles)
             files.insert(style + QStringLiteral(".style"), styleFile(style));
-        writeFile(env.setPath(stem + QStringLiteral(".txt")), updateFileText(QStringLiteral("7"), QStringLiteral("note"), 1));
+        writeFile(env.setPath(stem + QStringLiteral(".txt")),
+                  updateFileText(QStringLiteral("7"), QStringLiteral("note"), 1));
         const bool asks = !styles.contains(stem);
         if (asks)
             env.prompts.answers = {PromptAnswer::Yes};
@@ -241,7 +255,8 @@ private slots:
         QCOMPARE(env.document.blocksetChanged(), asks);
         QCOMPARE(env.document.updateComment(), QStringLiteral("note"));
         // Every style file that came out of the archive lies in the working folder.
-        QCOMPARE(QDir(env.folder.workingFolder()).entryList({QStringLiteral("*.style")}, QDir::Files).size(), styles.size());
+        QCOMPARE(QDir(env.folder.workingFolder()).entryList({QStringLiteral("*.style")}, QDir::Files).size(),
+                 styles.size());
     }
 
     void saveQuestion_data()
@@ -260,7 +275,8 @@ private slots:
         QFETCH(bool, saveFails);
         DocumentEnv env;
         const QString castle = env.addSet(QStringLiteral("own/Castle.bset"), castleFiles());
-        writeFile(env.setPath(QStringLiteral("own/Castle.txt")), updateFileText(QStringLiteral("1.2"), QStringLiteral("Castle comment"), 1));
+        writeFile(env.setPath(QStringLiteral("own/Castle.txt")),
+                  updateFileText(QStringLiteral("1.2"), QStringLiteral("Castle comment"), 1));
         const FileMap other{{QStringLiteral("Other.style"), styleFile(QStringLiteral("Other"))},
                             {QStringLiteral("sounds/a.wav"), QByteArray("wave")}};
         const QString otherPath = env.addSet(QStringLiteral("Other.bset"), other);
@@ -275,7 +291,8 @@ private slots:
         env.document.openBlockset();
 
         verifyMessage(env.prompts, 0, kSaveFirst, kOpenTitle, PromptButtons::YesNoCancel, PromptIcon::None);
-        QCOMPARE(env.prompts.messageTexts(), saveFails ? QStringList({kSaveFirst, "Unable to save blockset!"}) : QStringList({kSaveFirst}));
+        QCOMPARE(env.prompts.messageTexts(),
+                 saveFails ? QStringList({kSaveFirst, "Unable to save blockset!"}) : QStringList({kSaveFirst}));
         QVERIFY(env.document.blocksetOpen());
         if (answer == PromptAnswer::Cancel || saveFails) {
             QVERIFY(env.prompts.fileRequests.isEmpty());
@@ -305,11 +322,12 @@ private slots:
     void foldersInAnyCase()
     {
         DocumentEnv env;
-        const QString path = env.addSet(QStringLiteral("Mixed.bset"),
-                                        {{"Mixed.style", styleFile("Mixed", "<block symbol=\"a\" file=\"wall.block\"/>\n")},
-                                         {"Blocks/wall.block", blockFile("Wall")},
-                                         {"TEXTURES/T.GIF", "gif"},
-                                         {"sounds/drip.WAV", "wav"}});
+        const QString path =
+            env.addSet(QStringLiteral("Mixed.bset"),
+                       {{"Mixed.style", styleFile("Mixed", "<block symbol=\"a\" file=\"wall.block\"/>\n")},
+                        {"Blocks/wall.block", blockFile("Wall")},
+                        {"TEXTURES/T.GIF", "gif"},
+                        {"sounds/drip.WAV", "wav"}});
         env.open(path);
         QCOMPARE(env.document.blockCount(), 1);
         QCOMPARE(env.document.blocks()[0].symbol, QStringLiteral("a"));
@@ -358,7 +376,8 @@ private slots:
         env.open(broken);
 
         QCOMPARE(env.prompts.messages.size(), 1);
-        verifyMessage(env.prompts, 0, "Failed to open Blockset File.", "File Error", PromptButtons::Ok, PromptIcon::Critical);
+        verifyMessage(env.prompts, 0, "Failed to open Blockset File.", "File Error", PromptButtons::Ok,
+                      PromptIcon::Critical);
         QVERIFY(!env.document.blocksetOpen());
         QCOMPARE(env.document.blockCount() + env.document.textureCount() + env.document.soundCount(), 0);
         QCOMPARE(env.document.style(), StyleValues());

@@ -35,7 +35,8 @@ private slots:
         QVERIFY(writeFile(txt, oldUpdate));
         env.open(castle);
         // Put a different archive in place: one that the save leaves alone keeps these bytes.
-        const QByteArray marker = readBytes(env.addSet(QStringLiteral("Marker.bset"), {{QStringLiteral("m.txt"), "m"}}));
+        const QByteArray marker =
+            readBytes(env.addSet(QStringLiteral("Marker.bset"), {{QStringLiteral("m.txt"), "m"}}));
         QVERIFY(writeFile(castle, marker));
         if (editUpdate)
             env.document.editUpdateComment(QStringLiteral("Two new gates"));
@@ -62,11 +63,13 @@ private slots:
         if (editStyle) {
             const FileMap packed = readBset(castle);
             QVERIFY(packed.value(QStringLiteral("Castle.style")).contains("synopsis=\"Walls of stone\""));
-            QCOMPARE(packed.value(QStringLiteral("sounds/wind.wav")), castleFiles().value(QStringLiteral("sounds/wind.wav")));
+            QCOMPARE(packed.value(QStringLiteral("sounds/wind.wav")),
+                     castleFiles().value(QStringLiteral("sounds/wind.wav")));
         }
         // The update file carries the size of the archive on disk; off, it is never written or deleted.
         const QString comment = editUpdate ? QStringLiteral("Two new gates") : QStringLiteral("old");
-        QCOMPARE(readBytes(txt), updateWritten ? updateFileText(QStringLiteral("1.2"), comment, archive.size()) : oldUpdate);
+        QCOMPARE(readBytes(txt),
+                 updateWritten ? updateFileText(QStringLiteral("1.2"), comment, archive.size()) : oldUpdate);
     }
 
     // An update message line starting with '<' makes Rover see no update: the
@@ -76,9 +79,12 @@ private slots:
         QTest::addColumn<bool>("showWarnings");
         QTest::addColumn<QString>("comment");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("tag line, warnings on") << true << "Gates\r\n <b>new</b>" << "Castle.txt, line 3";
-        QTest::newRow("tag line, warnings off") << false << "Gates\r\n<b>new</b>" << "";
-        QTest::newRow("tag inside a line") << true << "Gates <b>new</b>" << "";
+        QTest::newRow("tag line, warnings on") << true << "Gates\r\n <b>new</b>"
+                                               << "Castle.txt, line 3";
+        QTest::newRow("tag line, warnings off") << false << "Gates\r\n<b>new</b>"
+                                                << "";
+        QTest::newRow("tag inside a line") << true << "Gates <b>new</b>"
+                                           << "";
     }
 
     void roverCompatibility()
@@ -105,10 +111,14 @@ private slots:
     {
         QTest::addColumn<QString>("fault");
         QTest::addColumn<QString>("message");
-        QTest::newRow("style file cannot be written") << "style" << "Unable to write style file!";
-        QTest::newRow("archive folder gone") << "folder" << "Unable to save blockset!";
-        QTest::newRow("update file cannot be written") << "update" << "Unable to save update information!";
-        QTest::newRow("archive missing for the update size") << "nosize" << "Unable to save update information!";
+        QTest::newRow("style file cannot be written") << "style"
+                                                      << "Unable to write style file!";
+        QTest::newRow("archive folder gone") << "folder"
+                                             << "Unable to save blockset!";
+        QTest::newRow("update file cannot be written") << "update"
+                                                       << "Unable to save update information!";
+        QTest::newRow("archive missing for the update size") << "nosize"
+                                                             << "Unable to save update information!";
     }
 
     void saveFailure()
@@ -151,9 +161,15 @@ private slots:
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QString>("blocksetName");
         QTest::addColumn<QString>("status");
-        QTest::newRow("name follows the file") << true << "Keep.v2.bset" << "Keep.v2" << "Blockset and update file saved.";
-        QTest::newRow("name kept, no update file") << false << "Keep.bset" << "Castle" << "Blockset saved.";
-        QTest::newRow("dialog cancelled") << true << "" << "Castle" << "";
+        QTest::newRow("name follows the file") << true << "Keep.v2.bset"
+                                               << "Keep.v2"
+                                               << "Blockset and update file saved.";
+        QTest::newRow("name kept, no update file") << false << "Keep.bset"
+                                                   << "Castle"
+                                                   << "Blockset saved.";
+        QTest::newRow("dialog cancelled") << true << ""
+                                          << "Castle"
+                                          << "";
     }
 
     void saveAs()
@@ -202,17 +218,21 @@ private slots:
         QTEST(env.document.processText(), "status");
         // The working folder and the new archive hold one style file, named after the new file.
         const QString styleName = base + QStringLiteral(".style");
-        QCOMPARE(QDir(env.folder.workingFolder()).entryList({QStringLiteral("*.style")}, QDir::Files), QStringList({styleName}));
+        QCOMPARE(QDir(env.folder.workingFolder()).entryList({QStringLiteral("*.style")}, QDir::Files),
+                 QStringList({styleName}));
         FileMap expected = castleFiles();
         expected.remove(QStringLiteral("Castle.style"));
         FileMap packed = readBset(target);
-        QVERIFY(packed.take(styleName).startsWith(toCp1252(QStringLiteral("<style version=\"1.2\" name=\"%1\" synopsis=").arg(blocksetName))));
+        QVERIFY(packed.take(styleName).startsWith(
+            toCp1252(QStringLiteral("<style version=\"1.2\" name=\"%1\" synopsis=").arg(blocksetName))));
         QCOMPARE(packed, expected);
         // The old archive and its update file are left as they were.
         QCOMPARE(readBytes(castle), castleBytes);
         QCOMPARE(readBytes(oldTxt), oldUpdate);
         const QString newTxt = env.setPath("copies/" + base + ".txt");
-        QCOMPARE(readBytes(newTxt), sync ? updateFileText(QStringLiteral("1.2"), QStringLiteral("old"), QFileInfo(target).size()) : QByteArray());
+        QCOMPARE(readBytes(newTxt),
+                 sync ? updateFileText(QStringLiteral("1.2"), QStringLiteral("old"), QFileInfo(target).size())
+                      : QByteArray());
         // Reopening finds what was saved.
         env.open(target);
         QVERIFY(env.prompts.messages.isEmpty());
@@ -225,13 +245,24 @@ private slots:
     void roundTrip()
     {
         const QList<QPair<StyleField, QString>> edits = {
-            {StyleField::Version, "2.0 beta"}, {StyleField::Name, "Fortress"}, {StyleField::Synopsis, "Gates, towers & moats"},
-            {StyleField::Author, QString::fromUtf8("Jos\u00e9 M\u00fcller")}, {StyleField::Copyright, "(c) 2003"},
-            {StyleField::PlaceholderTexture, "clouds.jpg"}, {StyleField::SkyTexture, ""}, {StyleField::SkyColor, "(1,2,3)"},
-            {StyleField::SkyBrightness, "50%"}, {StyleField::GroundTexture, "clouds.jpg"}, {StyleField::GroundColor, "(255,0,255)"},
-            {StyleField::OrbTexture, "brick.gif"}, {StyleField::OrbColor, "(9,9,9)"}, {StyleField::OrbBrightness, "75%"},
-            {StyleField::OrbPosition, "(360,-90)"}, {StyleField::OrbHref, "http://example.org/a.3dml"},
-            {StyleField::OrbTarget, "_blank"}, {StyleField::OrbText, "Go home"}};
+            {StyleField::Version, "2.0 beta"},
+            {StyleField::Name, "Fortress"},
+            {StyleField::Synopsis, "Gates, towers & moats"},
+            {StyleField::Author, QString::fromUtf8("Jos\u00e9 M\u00fcller")},
+            {StyleField::Copyright, "(c) 2003"},
+            {StyleField::PlaceholderTexture, "clouds.jpg"},
+            {StyleField::SkyTexture, ""},
+            {StyleField::SkyColor, "(1,2,3)"},
+            {StyleField::SkyBrightness, "50%"},
+            {StyleField::GroundTexture, "clouds.jpg"},
+            {StyleField::GroundColor, "(255,0,255)"},
+            {StyleField::OrbTexture, "brick.gif"},
+            {StyleField::OrbColor, "(9,9,9)"},
+            {StyleField::OrbBrightness, "75%"},
+            {StyleField::OrbPosition, "(360,-90)"},
+            {StyleField::OrbHref, "http://example.org/a.3dml"},
+            {StyleField::OrbTarget, "_blank"},
+            {StyleField::OrbText, "Go home"}};
         DocumentEnv env;
         FileMap files = castleFiles();
         files.insert(QStringLiteral("Other.style"), styleFile(QStringLiteral("Other")));
@@ -270,8 +301,9 @@ private slots:
         QCOMPARE(env.document.blockCount(), blocks.size());
         for (qsizetype i = 0; i < blocks.size(); ++i) {
             const BlockRow &row = env.document.blocks()[i];
-            QCOMPARE(QStringList({row.file, row.name, row.symbol, row.doubleSymbol, row.bsp}),
-                     QStringList({blocks[i].file, blocks[i].name, blocks[i].symbol, blocks[i].doubleSymbol, blocks[i].bsp}));
+            QCOMPARE(
+                QStringList({row.file, row.name, row.symbol, row.doubleSymbol, row.bsp}),
+                QStringList({blocks[i].file, blocks[i].name, blocks[i].symbol, blocks[i].doubleSymbol, blocks[i].bsp}));
         }
         QCOMPARE(env.document.symbols(), symbols);
         QCOMPARE(env.document.processText(), QStringLiteral("Strict Prefix & Sync Double Mode activated."));

@@ -44,7 +44,8 @@ private slots:
         QVERIFY(env.document.blocksetOpen());
         const int blocks = env.document.blockCount();
         env.prompts.symbolAnswers << ScriptedPrompts::SymbolScript{};
-        QCOMPARE(dropFiles(env.document, {sound, texture, block, env.setPath(u"photo.JPG"_s)}), DropOutcome::AddedItems);
+        QCOMPARE(dropFiles(env.document, {sound, texture, block, env.setPath(u"photo.JPG"_s)}),
+                 DropOutcome::AddedItems);
         QCOMPARE(env.document.blockCount(), blocks + 1);
         QCOMPARE(env.document.textures().last().file, u"sky.gif"_s);
         QCOMPARE(env.document.sounds().last().file, u"drip.wav"_s);

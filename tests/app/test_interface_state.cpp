@@ -9,8 +9,8 @@
 namespace {
 
 // Commands governed by checkInterface, without their btn/mnu prefix.
-const QStringList kPairs = {"New", "Open", "Close", "Save", "SaveAs", "AddItem", "RemoveItem", "ReplaceItem",
-                            "EditItem", "PreviewItem", "AddBSP"};
+const QStringList kPairs = {"New",        "Open",        "Close",    "Save",        "SaveAs", "AddItem",
+                            "RemoveItem", "ReplaceItem", "EditItem", "PreviewItem", "AddBSP"};
 
 // The enabled commands, sorted; a command the state leaves unset, or whose
 // button and menu entry differ, shows up as a mismatch.
@@ -20,7 +20,8 @@ QStringList enabledCommands(const InterfaceState &state)
     for (const QString &pair : kPairs + QStringList{"RemapSymbols"}) {
         const QString button = (pair == "RemapSymbols" ? "mnu" : "btn") + pair;
         const QString menu = "mnu" + pair;
-        if (!state.enabled.contains(button) || !state.enabled.contains(menu) || state.enabled[button] != state.enabled[menu])
+        if (!state.enabled.contains(button) || !state.enabled.contains(menu)
+            || state.enabled[button] != state.enabled[menu])
             names.append("mismatch:" + pair);
         else if (state.enabled[button])
             names.append(pair);
@@ -69,19 +70,21 @@ private slots:
         const QString edited = "Cubrix - World.bset*";
 
         QTest::newRow("no blockset") << InterfaceFacts{} << QStringList{"New", "Open"} << "Cubrix";
-        QTest::newRow("89 blocks, blocks tab: add disabled") << openFacts(89, 1, 1, blocksTab, false)
-                                                            << withBlocks + blockItems << clean;
+        QTest::newRow("89 blocks, blocks tab: add disabled")
+            << openFacts(89, 1, 1, blocksTab, false) << withBlocks + blockItems << clean;
         QTest::newRow("89 blocks, textures tab: add enabled")
-            << openFacts(89, 1, 1, texturesTab, false) << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem"} << clean;
+            << openFacts(89, 1, 1, texturesTab, false)
+            << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem"} << clean;
         QTest::newRow("89 blocks, settings tab: no item command")
             << openFacts(89, 1, 1, BlocksetDocument::TabSettings, false) << withBlocks << clean;
         QTest::newRow("88 blocks, changed") << openFacts(88, 0, 2, blocksTab, true)
                                             << withBlocks + blockItems + QStringList{"AddItem", "Save"} << edited;
-        QTest::newRow("no textures, textures tab") << openFacts(88, 0, 2, texturesTab, false)
-                                                   << withBlocks + QStringList{"AddItem"} << clean;
-        QTest::newRow("no sounds, sounds tab, changed")
-            << openFacts(1, 2, 0, BlocksetDocument::TabSounds, true) << withBlocks + QStringList{"AddItem", "Save"} << edited;
-        QTest::newRow("no blocks, blocks tab") << openFacts(0, 0, 0, blocksTab, false) << always + QStringList{"AddItem"} << clean;
+        QTest::newRow("no textures, textures tab")
+            << openFacts(88, 0, 2, texturesTab, false) << withBlocks + QStringList{"AddItem"} << clean;
+        QTest::newRow("no sounds, sounds tab, changed") << openFacts(1, 2, 0, BlocksetDocument::TabSounds, true)
+                                                        << withBlocks + QStringList{"AddItem", "Save"} << edited;
+        QTest::newRow("no blocks, blocks tab")
+            << openFacts(0, 0, 0, blocksTab, false) << always + QStringList{"AddItem"} << clean;
     }
 
     void commands()
@@ -100,10 +103,12 @@ private slots:
         QTest::addColumn<QStringList>("panels"); // blocks, textures, sounds, version
         const int tab = BlocksetDocument::TabBlocks;
         QTest::newRow("nothing open") << InterfaceFacts{} << QStringList{"", "", "", ""};
-        QTest::newRow("89 blocks") << openFacts(89, 1, 1, tab, false) << QStringList{"89 Blocks", "1 Texture", "1 Sound", "No Version"};
+        QTest::newRow("89 blocks") << openFacts(89, 1, 1, tab, false)
+                                   << QStringList{"89 Blocks", "1 Texture", "1 Sound", "No Version"};
         QTest::newRow("one block") << openFacts(1, 2, 0, tab, false, "0.5 beta")
                                    << QStringList{"1 Block", "2 Textures", "No Sounds", "0.5 beta"};
-        QTest::newRow("no items") << openFacts(0, 0, 0, tab, false) << QStringList{"No Blocks", "No Textures", "No Sounds", "No Version"};
+        QTest::newRow("no items") << openFacts(0, 0, 0, tab, false)
+                                  << QStringList{"No Blocks", "No Textures", "No Sounds", "No Version"};
     }
 
     void panels()

@@ -1,8 +1,8 @@
 // The editor's private working folder: where it lies, who may use it, and what
 // clearing and removing it leave behind.
 
-#include "support/TestFiles.h"
 #include "app/WorkingFolder.h"
+#include "support/TestFiles.h"
 
 #include <QtTest>
 
@@ -20,7 +20,8 @@ QStringList entries(const QString &folder)
 QStringList treeOf(const QString &root)
 {
     QStringList paths;
-    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
     while (it.hasNext())
         paths.append(QDir(root).relativeFilePath(it.next()));
     paths.sort();
@@ -79,8 +80,10 @@ private slots:
         folder.createWorkingFolders();
         QCOMPARE(folder.workingFolder(), root.filePath("Cubrix"));
         QCOMPARE(QStringList({folder.blocksFolder(), folder.texturesFolder(), folder.soundsFolder()}),
-                 QStringList({root.filePath("Cubrix/blocks"), root.filePath("Cubrix/textures"), root.filePath("Cubrix/sounds")}));
-        for (const QString &path : {folder.workingFolder(), folder.blocksFolder(), folder.texturesFolder(), folder.soundsFolder()}) {
+                 QStringList({root.filePath("Cubrix/blocks"), root.filePath("Cubrix/textures"),
+                              root.filePath("Cubrix/sounds")}));
+        for (const QString &path :
+             {folder.workingFolder(), folder.blocksFolder(), folder.texturesFolder(), folder.soundsFolder()}) {
             QVERIFY2(isRealFolder(path), qPrintable(path));
             if (!leftover || path == folder.workingFolder()) // a leftover's inner folders are closed off by it
                 QCOMPARE(modeOf(path), mode_t(0700));

@@ -47,7 +47,8 @@ class TestCacheCore : public QObject {
         QDir().mkpath(prefix() + u"/drive_c/Program Files (x86)/Rover/Flatland/www.Host.com/Sets"_s);
         QDir().mkpath(prefix() + u"/drive_c/Program Files/Netscape/Plugins"_s);
         QFile::link(u"../drive_c"_s, prefix() + u"/dosdevices/c:"_s);
-        writeBytes(prefix() + u"/system.reg"_s, "WINE REGISTRY Version 2\n;; All keys relative to \\\\Machine\n\n#arch=" + arch + "\n" + sections);
+        writeBytes(prefix() + u"/system.reg"_s,
+                   "WINE REGISTRY Version 2\n;; All keys relative to \\\\Machine\n\n#arch=" + arch + "\n" + sections);
         qputenv("WINEPREFIX", prefix().toLocal8Bit());
     }
 
@@ -81,18 +82,21 @@ private slots:
 
         const QByteArray ie32 = section("Software\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml",
                                         "\"Location\"=\"C:\\\\Program Files\\\\Plugin\\\\NPROVER.DLL\"");
-        const QByteArray ie64 = section("Software\\Wow6432Node\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml",
-                                        "\"Location\"=\"C:\\\\Program Files (x86)\\\\Rover\\\\npRover.dll\"");
+        const QByteArray ie64 =
+            section("Software\\Wow6432Node\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml",
+                    "\"Location\"=\"C:\\\\Program Files (x86)\\\\Rover\\\\npRover.dll\"");
         const QByteArray ns = section("Software\\Netscape\\Netscape Navigator", "\"CurrentVersion\"=\"4.7 (en)\"")
                               + section("Software\\Netscape\\Netscape Navigator\\4.7 (en)\\Main",
                                         "\"Plugins Directory\"=\"C:\\\\Program Files\\\\Netscape\\\\Plugins\"");
         const QString nsFolder = u"c:\\program files\\netscape\\plugins\\flatland"_s;
-        QTest::newRow("32-bit IE") << QByteArray("win32") << ie32 << false << u"c:\\program files\\plugin\\flatland"_s << QString();
+        QTest::newRow("32-bit IE") << QByteArray("win32") << ie32 << false << u"c:\\program files\\plugin\\flatland"_s
+                                   << QString();
         QTest::newRow("64-bit view first") << QByteArray("win64") << (ie32 + ie64) << false
                                            << u"c:\\program files (x86)\\rover\\flatland"_s << QString();
         QTest::newRow("netscape with plug-in") << QByteArray("win32") << ns << true << QString() << nsFolder;
         QTest::newRow("netscape, plug-in missing") << QByteArray("win32") << ns << false << QString() << QString();
-        QTest::newRow("both") << QByteArray("win64") << (ns + ie64) << true << u"c:\\program files (x86)\\rover\\flatland"_s << nsFolder;
+        QTest::newRow("both") << QByteArray("win64") << (ns + ie64) << true
+                              << u"c:\\program files (x86)\\rover\\flatland"_s << nsFolder;
         QTest::newRow("nothing") << QByteArray("win64") << QByteArray() << true << QString() << QString();
     }
     void lookups()
@@ -133,7 +137,8 @@ private slots:
         makePrefix("win64", {});
         RoverMachine machine;
         QCOMPARE(machine.hostPath(u"c:\\program files (x86)\\rover\\flatland\\www.host.com"_s),
-                 QDir(prefix() + u"/drive_c"_s).canonicalPath() + u"/Program Files (x86)/Rover/Flatland/www.Host.com"_s);
+                 QDir(prefix() + u"/drive_c"_s).canonicalPath()
+                     + u"/Program Files (x86)/Rover/Flatland/www.Host.com"_s);
         QCOMPARE(machine.hostPath(u"d:\\rover"_s), QString());
         QCOMPARE(machine.hostPath(u"\\\\server\\share\\rover"_s), QString());
     }
@@ -145,16 +150,20 @@ private slots:
         QTest::addColumn<QString>("castleName");
 
         const QString date = QLocale().toString(unixTimeToDate(1600000000), QLocale::ShortFormat);
-        QTest::newRow("markers") << QByteArray("<CACHE>\r\n\t<BLOCKSET HREF=\"http://h/castle.bset\" UPDATED=\"0\" NAME=\"Castle\"/>\r\n</CACHE>\r\n")
+        QTest::newRow("markers") << QByteArray(
+            "<CACHE>\r\n\t<BLOCKSET HREF=\"http://h/castle.bset\" UPDATED=\"0\" NAME=\"Castle\"/>\r\n</CACHE>\r\n")
                                  << QStringList{u"<force download>"_s, u"---"_s} << u"Castle"_s;
-        QTest::newRow("listed twice") << QByteArray("<cache><blockset href=\"http://h/castle.bset\" updated=\"0\" name=\"\"/>"
-                                                    "<!-- a note --><blockset href = \"http://x/castle.bset\" updated=\"1600000000\" name=\"First\"/>"
-                                                    "<blockset href=\"http://y/castle.bset\" name=\"Second\" updated=\"1600000000\"/></cache>")
+        QTest::newRow("listed twice") << QByteArray(
+            "<cache><blockset href=\"http://h/castle.bset\" updated=\"0\" name=\"\"/>"
+            "<!-- a note --><blockset href = \"http://x/castle.bset\" updated=\"1600000000\" name=\"First\"/>"
+            "<blockset href=\"http://y/castle.bset\" name=\"Second\" updated=\"1600000000\"/></cache>")
                                       << QStringList{date, u"---"_s} << u"First"_s;
-        QTest::newRow("no href, after end") << QByteArray("<CACHE><BLOCKSET UPDATED=\"5\" NAME=\"x\"/></CACHE><BLOCKSET HREF=\"house.bset\" UPDATED=\"0\"/>")
+        QTest::newRow("no href, after end") << QByteArray(
+            "<CACHE><BLOCKSET UPDATED=\"5\" NAME=\"x\"/></CACHE><BLOCKSET HREF=\"house.bset\" UPDATED=\"0\"/>")
                                             << QStringList{u"---"_s, u"---"_s} << u"?"_s;
-        QTest::newRow("case of file name") << QByteArray("<CACHE><BLOCKSET HREF=\"h/Castle.bset\" UPDATED=\"0\"/></CACHE>")
-                                           << QStringList{u"---"_s, u"---"_s} << u"?"_s;
+        QTest::newRow("case of file name")
+            << QByteArray("<CACHE><BLOCKSET HREF=\"h/Castle.bset\" UPDATED=\"0\"/></CACHE>")
+            << QStringList{u"---"_s, u"---"_s} << u"?"_s;
     }
     void readIndex()
     {
@@ -208,9 +217,11 @@ private slots:
                                     "\"Location\"=\"C:\\\\Program Files (x86)\\\\Rover\\\\npRover.dll\""));
         const QString cache = prefix() + u"/drive_c/Program Files (x86)/Rover/Flatland"_s;
         makeBlockset(cache + u"/www.Host.com/Sets/castle.bset"_s,
-                     "<style name=\"Castle\" version=\"2.1\" author=\"Ann\"/>", {u"a.block"_s, u"B.BLOCK"_s, u"t.gif"_s, u"u.JPG"_s, u"s.wav"_s, u"readme.txt"_s});
+                     "<style name=\"Castle\" version=\"2.1\" author=\"Ann\"/>",
+                     {u"a.block"_s, u"B.BLOCK"_s, u"t.gif"_s, u"u.JPG"_s, u"s.wav"_s, u"readme.txt"_s});
         writeBytes(cache + u"/broken.bset"_s, "not a zip");
-        const QByteArray index = "<CACHE>\r\n\t<BLOCKSET HREF=\"http://www.host.com/sets/castle.bset\" SIZE=\"1\" UPDATED=\"1600000000\" NAME=\"Index\" SYNOPSIS=\"Towers\"/>\r\n</CACHE>\r\n";
+        const QByteArray index = "<CACHE>\r\n\t<BLOCKSET HREF=\"http://www.host.com/sets/castle.bset\" SIZE=\"1\" "
+                                 "UPDATED=\"1600000000\" NAME=\"Index\" SYNOPSIS=\"Towers\"/>\r\n</CACHE>\r\n";
         writeBytes(cache + u"/cache.txt"_s, index);
 
         RoverMachine machine;
@@ -222,8 +233,9 @@ private slots:
         manager.load();
         QCOMPARE(manager.rows().size(), 2);
         const CacheRow &broken = manager.rows().at(0);
-        QCOMPARE((QStringList{CacheManager::cellText(broken, CacheManager::Blocks), broken.lastUpdatedText(), broken.name}),
-                 (QStringList{u"?"_s, u"---"_s, u"?"_s}));
+        QCOMPARE(
+            (QStringList{CacheManager::cellText(broken, CacheManager::Blocks), broken.lastUpdatedText(), broken.name}),
+            (QStringList{u"?"_s, u"---"_s, u"?"_s}));
         const CacheRow &castle = manager.rows().at(1);
         QCOMPARE(castle.path, u"www.Host.com\\Sets"_s);
         QCOMPARE((QList<int>{castle.blocks, castle.textures, castle.sounds}), (QList<int>{2, 2, 1}));

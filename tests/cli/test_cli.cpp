@@ -24,7 +24,10 @@ QStringList sorted(QStringList list)
     return list.sort(), list;
 }
 
-QStringList keysOf(const QJsonValue &value) { return sorted(value.toObject().keys()); }
+QStringList keysOf(const QJsonValue &value)
+{
+    return sorted(value.toObject().keys());
+}
 
 // The castle fixture with a Windows-1252 copyright sign and a file no list shows.
 FileMap castle(const QString &styleName = u"Castle.style"_s)
@@ -63,13 +66,14 @@ private slots:
         QCOMPARE(QStringList({style[u"copyright"_s].toString(), style[u"skyBrightness"_s].toString(),
                               style[u"orbPosition"_s].toString(), style[u"orbText"_s].toString()}),
                  QStringList({u"\u00a9 2024 Quillmoor"_s, u"80%"_s, u"(45,30)"_s, u"Home"_s}));
-        QCOMPARE(keysOf(json[u"symbols"_s]),
-                 sorted({u"strictPrefix"_s, u"strictPrefixBoxEnabled"_s, u"syncDouble"_s, u"syncDoubleBoxEnabled"_s, u"prefix"_s}));
+        QCOMPARE(keysOf(json[u"symbols"_s]), sorted({u"strictPrefix"_s, u"strictPrefixBoxEnabled"_s, u"syncDouble"_s,
+                                                     u"syncDoubleBoxEnabled"_s, u"prefix"_s}));
         QCOMPARE(json[u"symbols"_s][u"prefix"_s].toString(), u"."_s);
 
         // One block row with every key; the rows themselves are the open's own tests.
         const QJsonObject door = json[u"blocks"_s].toArray().first().toObject();
-        QCOMPARE(keysOf(door), sorted({u"file"_s, u"name"_s, u"symbol"_s, u"double"_s, u"type"_s, u"bsp"_s, u"size"_s}));
+        QCOMPARE(keysOf(door),
+                 sorted({u"file"_s, u"name"_s, u"symbol"_s, u"double"_s, u"type"_s, u"bsp"_s, u"size"_s}));
         QCOMPARE(door[u"size"_s].toInteger(), castleFiles()[u"blocks/door.block"_s].size());
         QCOMPARE(json[u"sounds"_s].toArray().first()[u"size"_s].toInteger(), 1234567);
         // The working folder is the CLI's own and gone when it exits.

@@ -57,8 +57,8 @@ private slots:
         const QString newWall = m_dir.filePath(u"new wall.block"_s);
         QTest::newRow("add") << QStringList{u"add"_s, m_dir.filePath(u"sky.gif"_s), newWall} << 0 << u"symbol"_s
                              << QStringList{u"A"_s, u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s};
-        QTest::newRow("add a file of no kind") << QStringList{u"add"_s, m_dir.filePath(u"notes.txt"_s)} << 2 << u"file"_s
-                                               << files;
+        QTest::newRow("add a file of no kind")
+            << QStringList{u"add"_s, m_dir.filePath(u"notes.txt"_s)} << 2 << u"file"_s << files;
         QTest::newRow("replace, the source asked for")
             << QStringList{u"replace"_s, u"wall.block"_s, u"--from"_s, newWall} << 0 << u"file"_s
             << QStringList{u"floor.block"_s, u"gate.block"_s, u"new wall.block"_s, u"torch.block"_s, u"tower.block"_s};
@@ -104,7 +104,6 @@ private slots:
         QCOMPARE(values(info, key), saved);
     }
 
-
     void check()
     {
         const QString castle = m_dir.filePath(u"Castle.bset"_s);
@@ -117,9 +116,10 @@ private slots:
 
         // A style entry without a symbol and one naming a missing file; an update id Rover cannot read.
         const QString broken = m_dir.filePath(u"Broken.bset"_s);
-        QVERIFY(writeBset(broken, {{u"Broken.style"_s, styleFile(u"B"_s, u"<block symbol=\"\" file=\"a.block\"/>\n"
-                                                                   "<block symbol=\"b\" file=\"gone.block\"/>\n"_s)},
-                                   {u"blocks/a.block"_s, blockFile(u"a"_s)}}));
+        QVERIFY(
+            writeBset(broken, {{u"Broken.style"_s, styleFile(u"B"_s, u"<block symbol=\"\" file=\"a.block\"/>\n"
+                                                                     "<block symbol=\"b\" file=\"gone.block\"/>\n"_s)},
+                               {u"blocks/a.block"_s, blockFile(u"a"_s)}}));
         QVERIFY(writeFile(m_dir.filePath(u"Broken.txt"_s), updateFileText(u"2.5a"_s, u"Second"_s, 1)));
         std::tie(code, report) = cli({u"check"_s, broken});
         QCOMPARE(code, 1);

@@ -18,7 +18,8 @@ private slots:
     void initTestCase()
     {
         QVERIFY(QDir(m_dir.path()).mkpath("worlds/sub.bset") && QDir(m_dir.path()).mkpath("empty"));
-        for (const char *name : {"worlds/Castle.BSET", "worlds/readme", "worlds/.hidden.block", "with blank/wall.gif"}) {
+        for (const char *name :
+             {"worlds/Castle.BSET", "worlds/readme", "worlds/.hidden.block", "with blank/wall.gif"}) {
             QVERIFY(QDir(m_dir.path()).mkpath(QFileInfo(m_dir.filePath(name)).path()));
             QFile file(m_dir.filePath(name));
             QVERIFY(file.open(QIODevice::WriteOnly));
@@ -34,13 +35,41 @@ private slots:
         QTest::addColumn<QString>("folder");
         QTest::addColumn<QString>("extension");
         QTest::addColumn<QString>("baseName");
-        QTest::newRow("full path") << "C:\\Worlds\\castle.bset" << "castle.bset" << "C:\\Worlds" << "bset" << "castle";
-        QTest::newRow("in the root") << "\\castle.bset" << "castle.bset" << "" << "bset" << "castle";
-        QTest::newRow("drive root") << "C:\\file" << "file" << "C:" << "" << "file";
-        QTest::newRow("folder with dot") << "C:\\a.b\\file" << "file" << "C:\\a.b" << "b\\file" << "file";
-        QTest::newRow("trailing backslash") << "C:\\dir\\" << "" << "C:\\dir" << "" << "";
-        QTest::newRow("name ending in dot") << "name." << "name." << "" << "" << "name";
-        QTest::newRow("forward slashes stay") << "C:/w/a.gif" << "C:/w/a.gif" << "" << "gif" << "C:/w/a";
+        QTest::newRow("full path") << "C:\\Worlds\\castle.bset"
+                                   << "castle.bset"
+                                   << "C:\\Worlds"
+                                   << "bset"
+                                   << "castle";
+        QTest::newRow("in the root") << "\\castle.bset"
+                                     << "castle.bset"
+                                     << ""
+                                     << "bset"
+                                     << "castle";
+        QTest::newRow("drive root") << "C:\\file"
+                                    << "file"
+                                    << "C:"
+                                    << ""
+                                    << "file";
+        QTest::newRow("folder with dot") << "C:\\a.b\\file"
+                                         << "file"
+                                         << "C:\\a.b"
+                                         << "b\\file"
+                                         << "file";
+        QTest::newRow("trailing backslash") << "C:\\dir\\"
+                                            << ""
+                                            << "C:\\dir"
+                                            << ""
+                                            << "";
+        QTest::newRow("name ending in dot") << "name."
+                                            << "name."
+                                            << ""
+                                            << ""
+                                            << "name";
+        QTest::newRow("forward slashes stay") << "C:/w/a.gif"
+                                              << "C:/w/a.gif"
+                                              << ""
+                                              << "gif"
+                                              << "C:/w/a";
     }
     void windowsPaths()
     {
@@ -94,12 +123,14 @@ private slots:
         QTest::addColumn<bool>("both"); // the seconds also give back the date
         QTest::newRow("epoch") << QDateTime(QDate(1970, 1, 1), QTime(0, 0)) << 0 << true;
         QTest::newRow("before the epoch") << QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59)) << -1 << true;
-        QTest::newRow("summer day, no offset") << QDateTime(QDate(2003, 7, 14), QTime(13, 45, 10)) << 1058190310 << true;
+        QTest::newRow("summer day, no offset")
+            << QDateTime(QDate(2003, 7, 14), QTime(13, 45, 10)) << 1058190310 << true;
         QTest::newRow("largest") << QDateTime(QDate(2038, 1, 19), QTime(3, 14, 7)) << 2147483647 << true;
         QTest::newRow("milliseconds dropped") << QDateTime(QDate(1970, 1, 1), QTime(0, 0, 1, 999)) << 1 << false;
         QTest::newRow("past 32 bits is clamped") << QDateTime(QDate(2100, 1, 1), QTime(0, 0)) << 2147483647 << false;
         QTest::newRow("invalid date") << QDateTime() << 0 << false;
-        QTest::newRow("UTC value: the fields count") << QDateTime(QDate(1970, 1, 1), QTime(1, 0), Qt::UTC) << 3600 << false;
+        QTest::newRow("UTC value: the fields count")
+            << QDateTime(QDate(1970, 1, 1), QTime(1, 0), Qt::UTC) << 3600 << false;
     }
     void dates()
     {
@@ -112,7 +143,6 @@ private slots:
             QCOMPARE(unixTimeToDate(seconds).timeSpec(), Qt::LocalTime);
         }
     }
-
 };
 
 QTEST_GUILESS_MAIN(TestCommonFunctions)

@@ -62,20 +62,27 @@ private slots:
         QTest::addColumn<quint32>("dword");
         const QByteArray ours;
         QTest::newRow("empty text") << ours << "pathBlocks" << 1u << "" << 0u;
-        QTest::newRow("escapes") << ours << "a\"b\\c" << 1u << QString("C:\\W\\say \"hi\"\r\n\t") + QChar(1) + "7" << 0u;
+        QTest::newRow("escapes") << ours << "a\"b\\c" << 1u << QString("C:\\W\\say \"hi\"\r\n\t") + QChar(1) + "7"
+                                 << 0u;
         // An escape followed by a hex digit, and a character outside the BMP.
         QTest::newRow("above 127") << ours << "accent" << 1u
-                                   << QString::fromUtf8("Caf\xc3\xa9" "abc \xe2\x82\xac \xf0\x9f\x99\x82") << 0u;
+                                   << QString::fromUtf8("Caf\xc3\xa9"
+                                                        "abc \xe2\x82\xac \xf0\x9f\x99\x82")
+                                   << 0u;
         QTest::newRow("on (-1)") << ours << "flag" << 4u << "" << 0xFFFFFFFFu;
-        QTest::newRow("Wine: escaped \\ and \"") << QByteArray(R"("v"="C:\\a\"b\\")") << "v" << 1u << "C:\\a\"b\\" << 0u;
+        QTest::newRow("Wine: escaped \\ and \"")
+            << QByteArray(R"("v"="C:\\a\"b\\")") << "v" << 1u << "C:\\a\"b\\" << 0u;
         QTest::newRow("Wine: hex escapes") << QByteArray(R"("v"="caf\xe9\x00e9a")") << "v" << 1u
-                                           << QString::fromUtf8("caf\xc3\xa9\xc3\xa9" "a") << 0u;
-        QTest::newRow("Wine: C and octal escapes") << QByteArray(R"("v"="a\tb\nc\rd\101\0")") << "v" << 1u
-                                                   << QString("a\tb\nc\rdA") + QChar(0) << 0u;
-        QTest::newRow("Wine: REG_SZ as hex") << QByteArray(R"("v"=hex(1):68,00,69,00,00,00)") << "v" << 1u << "hi" << 0u;
+                                           << QString::fromUtf8("caf\xc3\xa9\xc3\xa9"
+                                                                "a")
+                                           << 0u;
+        QTest::newRow("Wine: C and octal escapes")
+            << QByteArray(R"("v"="a\tb\nc\rd\101\0")") << "v" << 1u << QString("a\tb\nc\rdA") + QChar(0) << 0u;
+        QTest::newRow("Wine: REG_SZ as hex")
+            << QByteArray(R"("v"=hex(1):68,00,69,00,00,00)") << "v" << 1u << "hi" << 0u;
         QTest::newRow("Wine: REG_DWORD as hex") << QByteArray(R"("v"=hex(4):01,02,00,00)") << "v" << 4u << "" << 0x201u;
-        QTest::newRow("edited: cp1252 text") << QByteArray("\"v\"=\"caf\xe9 \x80\"") << "v" << 1u
-                                             << QString::fromUtf8("caf\xc3\xa9 \xe2\x82\xac") << 0u;
+        QTest::newRow("edited: cp1252 text")
+            << QByteArray("\"v\"=\"caf\xe9 \x80\"") << "v" << 1u << QString::fromUtf8("caf\xc3\xa9 \xe2\x82\xac") << 0u;
     }
     void values()
     {
@@ -87,7 +94,8 @@ private slots:
         if (line.isEmpty()) {
             HiveRegistry reg(hivePath());
             QVERIFY(reg.regCreateKey(HKLM, kKey, "Application Data"));
-            QVERIFY(reg.regSetValue(HKLM, kKey, name, type == 1 ? RegValue::fromText(text) : RegValue::fromDword(dword)));
+            QVERIFY(
+                reg.regSetValue(HKLM, kKey, name, type == 1 ? RegValue::fromText(text) : RegValue::fromDword(dword)));
             // Wine escapes everything above 127, so the file is plain ASCII.
             for (char c : readBytes(hivePath()))
                 QVERIFY(static_cast<unsigned char>(c) < 0x80);
@@ -203,12 +211,15 @@ private slots:
         QTest::addColumn<bool>("readable");
         const int all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
         const QByteArray head = "WINE REGISTRY Version 2\n[A] 1\n";
-        QTest::newRow("other version") << QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n") << "" << all << false;
+        QTest::newRow("other version") << QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n") << "" << all
+                                       << false;
         QTest::newRow("unclosed key") << QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n") << "" << all << false;
-        QTest::newRow("unclosed string") << head + "\"v\"=\"x\n" << "" << all << false;
+        QTest::newRow("unclosed string") << head + "\"v\"=\"x\n"
+                                         << "" << all << false;
         QTest::newRow("opened read-only (Wine's system.reg)") << kWineHive << "read-only" << all << true;
         QTest::newRow("a folder in the hive's place") << QByteArray() << "in place" << all << false;
-        QTest::newRow("folder without write rights") << kWineHive << "folder" << int(QFile::ReadOwner | QFile::ExeOwner) << true;
+        QTest::newRow("folder without write rights")
+            << kWineHive << "folder" << int(QFile::ReadOwner | QFile::ExeOwner) << true;
         QTest::newRow("file without rights") << kWineHive << "file" << 0 << false;
         QTest::newRow("folder without rights") << kWineHive << "folder" << 0 << false;
     }
@@ -256,9 +267,9 @@ private slots:
             QVERIFY(reg.regSetValue(HKLM, kKey, "pathBlocks", RegValue::fromText(QString::number(i))));
         // Nothing left beside the hive, and its rights are kept.
         QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System), QStringList{"registry.reg"});
-        QCOMPARE(QFile::permissions(hivePath()), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
+        QCOMPARE(QFile::permissions(hivePath()),
+                 QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
     }
-
 };
 
 QTEST_GUILESS_MAIN(TestHiveRegistry)

@@ -22,9 +22,10 @@ QString describe(const QString &name, const RegValue &value)
 
 // The eleven settings first start writes, in order.
 const QStringList kDefaults = {
-    "pathBlockset=\"\"",     "pathBlocks=\"\"",       "pathTextures=\"\"",   "pathSounds=\"\"",
-    "showWarnings=ffffffff", "syncBlockset=ffffffff", "syncBlock=ffffffff",  "syncDouble=ffffffff",
-    "strictPrefix=ffffffff", "skipEdit=0",            "updateFile=ffffffff",
+    "pathBlockset=\"\"",  "pathBlocks=\"\"",       "pathTextures=\"\"",
+    "pathSounds=\"\"",    "showWarnings=ffffffff", "syncBlockset=ffffffff",
+    "syncBlock=ffffffff", "syncDouble=ffffffff",   "strictPrefix=ffffffff",
+    "skipEdit=0",         "updateFile=ffffffff",
 };
 
 // Records every call; key creation and the n-th write (1-based) can be made to fail.
@@ -131,9 +132,15 @@ private slots:
         QTest::addColumn<QString>("registry"); // relative to a temporary folder; "" = unset
         QTest::addColumn<QString>("xdg");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("CUBRIX_REGISTRY wins") << "own/hive.reg" << "xdg" << "own/hive.reg";
-        QTest::newRow("XDG_CONFIG_HOME") << "" << "xdg" << "xdg/cubrix/registry.reg";
-        QTest::newRow("home") << "" << "" << "home/.config/cubrix/registry.reg";
+        QTest::newRow("CUBRIX_REGISTRY wins") << "own/hive.reg"
+                                              << "xdg"
+                                              << "own/hive.reg";
+        QTest::newRow("XDG_CONFIG_HOME") << ""
+                                         << "xdg"
+                                         << "xdg/cubrix/registry.reg";
+        QTest::newRow("home") << ""
+                              << ""
+                              << "home/.config/cubrix/registry.reg";
     }
     void settingsFileLocation()
     {

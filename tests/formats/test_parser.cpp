@@ -80,8 +80,8 @@ private slots:
         add("style tag", "<style version=\"1.0\" name=\"x\">", {"style version=\"1.0\" name=\"x\""}, "");
         add("text between tags dropped, trailing text kept", "lead <a> mid <b/>tail", {"a", "b/"}, "tail");
         add("trimmed of blanks, not of no-break spaces", "<  a b \xa0>", {u"a b \u00a0"_s}, "");
-        add("comment first, its end is the first -->", "<!-- a > b --><block name=\"x\">",
-            {"", "block name=\"x\""}, "");
+        add("comment first, its end is the first -->", "<!-- a > b --><block name=\"x\">", {"", "block name=\"x\""},
+            "");
         add("comment inside a tag is tag text", "<a <!-- c -->", {"a <!-- c --"}, "");
         add("no less-than", "just text > here", {}, "just text > here");
         add("unclosed tag keeps the buffer", "<a><open x=\"1\"", {"a"}, "<open x=\"1\"");
@@ -111,10 +111,14 @@ private slots:
         QTest::addColumn<bool>("taken");
         QTest::addColumn<QString>("word");
         QTest::addColumn<QString>("left");
-        QTest::newRow("name and attributes") << "style version=\"1\"" << true << "style" << "version=\"1\"";
-        QTest::newRow("lower-cased, rest not trimmed") << "STYLE  Name=\"Abc\"" << true << "style" << " Name=\"Abc\"";
-        QTest::newRow("empty") << "" << false << "" << "";
-        QTest::newRow("non-ASCII capitals lower-cased") << "\u00c4RGER x" << true << "\u00e4rger" << "x";
+        QTest::newRow("name and attributes") << "style version=\"1\"" << true << "style"
+                                             << "version=\"1\"";
+        QTest::newRow("lower-cased, rest not trimmed") << "STYLE  Name=\"Abc\"" << true << "style"
+                                                       << " Name=\"Abc\"";
+        QTest::newRow("empty") << "" << false << ""
+                               << "";
+        QTest::newRow("non-ASCII capitals lower-cased") << "\u00c4RGER x" << true << "\u00e4rger"
+                                                        << "x";
     }
 
     // Each table row goes through the text functions and through the view
@@ -143,18 +147,18 @@ private slots:
         QTest::newRow("two attributes") << "version=\"1.0\" name=\"x\"" << QStringList{"version", "1.0", "name", "x"}
                                         << "";
         QTest::newRow("names lower-cased, values keep case") << "Name=\"Abc\"" << QStringList{"name", "Abc"} << "";
-        QTest::newRow("leading blank stays in the name") << " name=\"x\" author=\"y\""
-                                                         << QStringList{" name", "x", "author", "y"} << "";
+        QTest::newRow("leading blank stays in the name")
+            << " name=\"x\" author=\"y\"" << QStringList{" name", "x", "author", "y"} << "";
         QTest::newRow("unquoted value ends the scan") << "a=\"1\" b=2 " << QStringList{"a", "1"} << "b=2";
         QTest::newRow("single quotes are not quotes") << "a='1'" << QStringList{} << "a='1'";
         QTest::newRow("unquoted value swallowed into the next name")
             << "a=2 b=\"1\" c=\"3\"" << QStringList{"a=2 b", "1", "c", "3"} << "";
-        QTest::newRow("empty value, blanks inside kept") << "a=\"\" t=\" a b \"" << QStringList{"a", "", "t", " a b "}
-                                                         << "";
+        QTest::newRow("empty value, blanks inside kept")
+            << "a=\"\" t=\" a b \"" << QStringList{"a", "", "t", " a b "} << "";
         QTest::newRow("no closing quote") << "a=\"1\" b=\"open" << QStringList{"a", "1"} << "b=\"open";
-        QTest::newRow("Windows-1252 name and value") << u"N\u00c4ME=\"\u00e9t\u00e9 \u20ac\u0081\""_s
-                                                     << QStringList{u"n\u00e4me"_s, u"\u00e9t\u00e9 \u20ac\u0081"_s}
-                                                     << "";
+        QTest::newRow("Windows-1252 name and value")
+            << u"N\u00c4ME=\"\u00e9t\u00e9 \u20ac\u0081\""_s
+            << QStringList{u"n\u00e4me"_s, u"\u00e9t\u00e9 \u20ac\u0081"_s} << "";
     }
 
     void attributes()
@@ -185,8 +189,8 @@ private slots:
         const auto same = [](const char *name, const QString &text) { QTest::newRow(name) << text << false << text; };
         QTest::newRow("renamed") << "<block name=\"Old\" type=\"sprite\">\r\n<vertices>" << false
                                  << "<block name=\"new\" type=\"sprite\">\r\n<vertices>";
-        QTest::newRow("capitals found, case of the rest kept") << "<BLOCK TYPE=\"X\" NAME=\"Old\">" << false
-                                                              << "<BLOCK TYPE=\"X\" NAME=\"new\">";
+        QTest::newRow("capitals found, case of the rest kept")
+            << "<BLOCK TYPE=\"X\" NAME=\"Old\">" << false << "<BLOCK TYPE=\"X\" NAME=\"new\">";
         QTest::newRow("only the named tag, searched from it on")
             << "name=\"a\" <part name=\"p\"/><block name=\"b\">" << false
             << "name=\"a\" <part name=\"p\"/><block name=\"new\">";
@@ -196,16 +200,15 @@ private slots:
         same("opening quote is the last character", "<block name=\"");
         same("tag at 32767, no attribute", QString(32766, u'x') + "<block>");
         QTest::newRow("tag at 32768") << QString(32767, u'x') + "<block name=\"a\">" << true << QString();
-        QTest::newRow("attribute beyond 32767") << "<block" + QString(40000, u' ') + " name=\"a\">" << true
-                                                << QString();
+        QTest::newRow("attribute beyond 32767")
+            << "<block" + QString(40000, u' ') + " name=\"a\">" << true << QString();
         // "<block name=\"" is 13 characters: the closing quote of a value of
         // n characters is at position 14 + n.
-        QTest::newRow("closing quote at 32767") << "<block name=\"" + QString(32753, u'a') + "\">" << false
-                                                << "<block name=\"new\">";
-        QTest::newRow("closing quote at 32768") << "<block name=\"" + QString(32754, u'a') + "\">" << true
-                                                << QString();
-        QTest::newRow("text long after the value") << "<block name=\"a\">" + QString(100000, u'z') << false
-                                                   << "<block name=\"new\">" + QString(100000, u'z');
+        QTest::newRow("closing quote at 32767")
+            << "<block name=\"" + QString(32753, u'a') + "\">" << false << "<block name=\"new\">";
+        QTest::newRow("closing quote at 32768") << "<block name=\"" + QString(32754, u'a') + "\">" << true << QString();
+        QTest::newRow("text long after the value")
+            << "<block name=\"a\">" + QString(100000, u'z') << false << "<block name=\"new\">" + QString(100000, u'z');
     }
 
     void setAttributeValue()

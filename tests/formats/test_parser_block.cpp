@@ -26,17 +26,18 @@ private slots:
         QTest::addColumn<QString>("type");
         QTest::addColumn<QString>("bsp");
         const auto add = [](const char *row, const char *file, const char *name, const char *type, const char *bsp) {
-            QTest::newRow(row) << QByteArray(file).replace('\'', '"') << fromCp1252(name)
-                               << QString(type) << QString(bsp);
+            QTest::newRow(row) << QByteArray(file).replace('\'', '"') << fromCp1252(name) << QString(type)
+                               << QString(bsp);
         };
-        add("structural with tree", "<block name='Wall' type='Structural'>\r\n<vertices>\r\n</vertices>\r\n"
-            "<BSP_TREE root='5'>\r\n<node ref='5'/>\r\n</BSP_TREE>\r\n</block>", "Wall", "structural", "yes");
+        add("structural with tree",
+            "<block name='Wall' type='Structural'>\r\n<vertices>\r\n</vertices>\r\n"
+            "<BSP_TREE root='5'>\r\n<node ref='5'/>\r\n</BSP_TREE>\r\n</block>",
+            "Wall", "structural", "yes");
         add("empty tree", "<block name='Wall' type='structural'><parts><BSP_TREE root='0'>", "Wall", "structural",
             "empty");
         add("root 00 is a tree", "<block name='W'><parts><BSP_TREE root='00'>", "W", "structural", "yes");
         add("no tree", "<block name='Wall' type='structural'><vertices></block>", "Wall", "structural", "no");
-        add("sprite with tree", "<block name='Tree' type='sprite'><parts><BSP_TREE root='5'>", "Tree", "sprite",
-            "n/a");
+        add("sprite with tree", "<block name='Tree' type='sprite'><parts><BSP_TREE root='5'>", "Tree", "sprite", "n/a");
         add("capitals, type lower-cased", "<BLOCK NAME='Lamp' TYPE='Multifaceted Sprite'>", "Lamp",
             "multifaceted sprite", "n/a");
         add("tree tag in lower case not found", "<block name='W'><parts><bsp_tree root='5'>", "W", "structural", "no");

@@ -26,9 +26,12 @@ private:
 
     static StyleValues castle()
     {
-        return {"1.2", "Castle", "Stone walls and gates", "A. Builder", "free to use", "brick.gif", "clouds.jpg",
-                "(0,0,255)", "80%", "grass.gif", "(0,128,0)", "sun.gif", "(255,255,255)", "100%", "(45,30)",
-                "index.3dml", "_self", "Home"};
+        return {"1.2",           "Castle",      "Stone walls and gates",
+                "A. Builder",    "free to use", "brick.gif",
+                "clouds.jpg",    "(0,0,255)",   "80%",
+                "grass.gif",     "(0,128,0)",   "sun.gif",
+                "(255,255,255)", "100%",        "(45,30)",
+                "index.3dml",    "_self",       "Home"};
     }
 
     // Single quotes stand for double quotes, to keep the tables readable.
@@ -39,16 +42,18 @@ private:
     static QByteArray castleFile()
     {
         return "<style version=\"1.2\" name=\"Castle\" synopsis=\"Stone walls and gates\" author=\"A. Builder\" "
-               "copyright=\"free to use\">\r\n" + generatorLine() + "\r\n"
-               "<placeholder texture=\"brick.gif\"/>\r\n"
-               "<sky texture=\"clouds.jpg\" color=\"(0,0,255)\" brightness=\"80%\"/>\r\n"
-               "<ground texture=\"grass.gif\" color=\"(0,128,0)\"/>\r\n"
-               "<orb texture=\"sun.gif\" color=\"(255,255,255)\" brightness=\"100%\" position=\"(45,30)\" "
-               "href=\"index.3dml\" target=\"_self\" text=\"Home\"/>\r\n"
-               "<block symbol=\"a\" double=\".a\" file=\"wall.block\"/>\r\n"
-               "<block symbol=\"b\" file=\"door.block\"/>\r\n"
-               "\r\n"
-               "</style>\r\n";
+               "copyright=\"free to use\">\r\n"
+               + generatorLine()
+               + "\r\n"
+                 "<placeholder texture=\"brick.gif\"/>\r\n"
+                 "<sky texture=\"clouds.jpg\" color=\"(0,0,255)\" brightness=\"80%\"/>\r\n"
+                 "<ground texture=\"grass.gif\" color=\"(0,128,0)\"/>\r\n"
+                 "<orb texture=\"sun.gif\" color=\"(255,255,255)\" brightness=\"100%\" position=\"(45,30)\" "
+                 "href=\"index.3dml\" target=\"_self\" text=\"Home\"/>\r\n"
+                 "<block symbol=\"a\" double=\".a\" file=\"wall.block\"/>\r\n"
+                 "<block symbol=\"b\" file=\"door.block\"/>\r\n"
+                 "\r\n"
+                 "</style>\r\n";
     }
 
 private slots:
@@ -67,16 +72,18 @@ private slots:
         named.name = "Not written";
         QTest::newRow("all scene values empty, blocks without a single symbol not listed")
             << header << QList<BlockRow>{named, row("y.block", "y", "-y"), row("z.block", "", "zz")}
-            << "<style name=\"Only name\">\r\n" + generatorLine() + "\r\n"
-                   "<block symbol=\"y\" double=\"-y\" file=\"y.block\"/>\r\n\r\n</style>\r\n";
+            << "<style name=\"Only name\">\r\n" + generatorLine()
+                   + "\r\n"
+                     "<block symbol=\"y\" double=\"-y\" file=\"y.block\"/>\r\n\r\n</style>\r\n";
         StyleValues partial;
         partial.skyBrightness = "5%";
         partial.groundColor = "(1,2,3)";
         partial.orbText = "t";
         QTest::newRow("each element only with its set values")
             << partial << QList<BlockRow>()
-            << "<style>\r\n" + generatorLine() + "\r\n<sky brightness=\"5%\"/>\r\n<ground color=\"(1,2,3)\"/>\r\n"
-                   "<orb text=\"t\"/>\r\n\r\n</style>\r\n";
+            << "<style>\r\n" + generatorLine()
+                   + "\r\n<sky brightness=\"5%\"/>\r\n<ground color=\"(1,2,3)\"/>\r\n"
+                     "<orb text=\"t\"/>\r\n\r\n</style>\r\n";
     }
 
     void write()
@@ -121,9 +128,9 @@ private slots:
         QByteArray high;
         for (int b = 0x80; b <= 0xff; ++b)
             high += char(b);
-        const QByteArray file = "<style name=\"Caf\xe9 \x80\" synopsis=\"" + high + "\">\r\n" + generatorLine() +
-                                "\r\n<orb href=\"\x93q\x94\"/>\r\n"
-                                "<block symbol=\"a\" double=\".a\" file=\"m\xe4uer.block\"/>\r\n\r\n</style>\r\n";
+        const QByteArray file = "<style name=\"Caf\xe9 \x80\" synopsis=\"" + high + "\">\r\n" + generatorLine()
+                                + "\r\n<orb href=\"\x93q\x94\"/>\r\n"
+                                  "<block symbol=\"a\" double=\".a\" file=\"m\xe4uer.block\"/>\r\n\r\n</style>\r\n";
         StyleValues style;
         QList<BlockRow> rows{row("m\u00e4uer.block")};
         read(file, style, rows);
@@ -191,13 +198,13 @@ private slots:
             {"a", "b", "c"}, {"|a|.a", "|b|.b", "|c|.c"}, true, true, ".");
         add("one entry without double", "<block symbol='a' double='.a' file='a'/><block symbol='b' file='b'/>",
             {"a", "b"}, {"|a|.a", "|b|"}, false, false, ".");
-        add("double not prefix plus symbol", "<block symbol='x' double='.y' file='x'/>", {"x"}, {"|x|.y"}, true,
-            false, ".");
+        add("double not prefix plus symbol", "<block symbol='x' double='.y' file='x'/>", {"x"}, {"|x|.y"}, true, false,
+            ".");
         add("different prefixes", "<block symbol='a' double='.a' file='a'/><block symbol='b' double='-b' file='b'/>",
             {"a", "b"}, {"|a|.a", "|b|-b"}, false, true, ".");
         add("length rules drop symbols", "<block symbol='ab' double='a' file='a'/>", {"a"}, {"||"}, false, true, "");
-        add("file matched case-sensitively, a row not named keeps its own",
-            "<block symbol='a' double='.a' file='W'/>", {"w"}, {"|old|.o"}, true, true, "");
+        add("file matched case-sensitively, a row not named keeps its own", "<block symbol='a' double='.a' file='W'/>",
+            {"w"}, {"|old|.o"}, true, true, "");
         add("file and name trimmed, every row of the file",
             "<block name='  Big wall ' symbol='a' double='-a' file='  w  '/>", {"w", "w"},
             {"Big wall|a|-a", "Big wall|a|-a"}, true, true, "-");

@@ -15,21 +15,28 @@ private slots:
         QTest::addColumn<QString>("comment");
         QTest::addColumn<int>("size");
         QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("documented file") << "1.2" << "Added two gates and a tower." << 48213
+        QTest::newRow("documented file") << "1.2"
+                                         << "Added two gates and a tower." << 48213
                                          << QByteArray("<version id=\"1.2\" size=\"48213\">\r\n"
                                                        "Added two gates and a tower.\r\n</version>\r\n");
-        QTest::newRow("comment kept as it stands") << "1.2" << "Fixed a = b" << 48213
-                                                   << QByteArray("<version id=\"1.2\" size=\"48213\">\r\nFixed a = b\r\n"
-                                                                 "</version>\r\n");
-        QTest::newRow("several lines with LF") << "2" << "one\ntwo\n\nfour" << 7
+        QTest::newRow("comment kept as it stands")
+            << "1.2"
+            << "Fixed a = b" << 48213
+            << QByteArray("<version id=\"1.2\" size=\"48213\">\r\nFixed a = b\r\n"
+                          "</version>\r\n");
+        QTest::newRow("several lines with LF") << "2"
+                                               << "one\ntwo\n\nfour" << 7
                                                << QByteArray("<version id=\"2\" size=\"7\">\r\none\r\ntwo\r\n\r\nfour"
                                                              "\r\n</version>\r\n");
-        QTest::newRow("several lines with CR LF") << "2" << "one\r\ntwo" << 7
+        QTest::newRow("several lines with CR LF") << "2"
+                                                  << "one\r\ntwo" << 7
                                                   << QByteArray("<version id=\"2\" size=\"7\">\r\none\r\ntwo\r\n"
                                                                 "</version>\r\n");
         QTest::newRow("no escaping, Windows-1252")
-            << "\"x\"" << "Gr\u00f6\u00dfer \u20ac" << 2147483647
-            << QByteArray("<version id=\"\"x\"\" size=\"2147483647\">\r\nGr\xf6\xdf" "er \x80\r\n</version>\r\n");
+            << "\"x\""
+            << "Gr\u00f6\u00dfer \u20ac" << 2147483647
+            << QByteArray("<version id=\"\"x\"\" size=\"2147483647\">\r\nGr\xf6\xdf"
+                          "er \x80\r\n</version>\r\n");
     }
 
     void write()

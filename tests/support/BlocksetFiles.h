@@ -31,7 +31,8 @@ inline QByteArray styleFile(const QString &name, const QString &body = QString()
 
 inline QByteArray updateFileText(const QString &version, const QString &comment, qint64 size)
 {
-    return dosText(QStringLiteral("<version id=\"%1\" size=\"%2\">\n%3\n</version>\n").arg(version).arg(size).arg(comment));
+    return dosText(
+        QStringLiteral("<version id=\"%1\" size=\"%2\">\n%3\n</version>\n").arg(version).arg(size).arg(comment));
 }
 
 inline QByteArray blockFile(const QString &name, const QString &type = QString(), const QString &bspRoot = QString())
@@ -91,25 +92,26 @@ inline FileMap readBset(const QString &archivePath)
 inline FileMap castleFiles(const QString &styleName = QStringLiteral("Castle.style"))
 {
     return {
-        {styleName,
-         dosText(QStringLiteral(
-             "<style version=\"1.2\" name=\"Castle\" synopsis=\"Stone walls\" author=\"A. Builder\" copyright=\"free\">\n"
-             "<generator app=\"Cubrix\" version=\"0.9 Beta 1\"/>\n\n"
-             "<placeholder texture=\"brick.gif\"/>\n"
-             "<sky texture=\"clouds.jpg\" color=\"(0,0,255)\" brightness=\"80%\"/>\n"
-             "<ground texture=\"brick.gif\" color=\"(0,128,0)\"/>\n"
-             "<orb texture=\"clouds.jpg\" color=\"(255,255,255)\" brightness=\"100%\" position=\"(45,30)\" "
-             "href=\"index.3dml\" target=\"_self\" text=\"Home\"/>\n"
-             "<block symbol=\"a\" double=\".a\" file=\"wall.block\"/>\n"
-             "<block symbol=\"b\" double=\".b\" file=\"door.block\"/>\n"
-             "<block symbol=\"t\" double=\".t\" file=\"tree.block\"/>\n\n"
-             "</style>\n"))},
-        {QStringLiteral("blocks/wall.block"), blockFile(QStringLiteral("Wall"), QStringLiteral("Structural"), QStringLiteral("5"))},
+        {styleName, dosText(QStringLiteral(
+                        "<style version=\"1.2\" name=\"Castle\" synopsis=\"Stone walls\" author=\"A. Builder\" "
+                        "copyright=\"free\">\n"
+                        "<generator app=\"Cubrix\" version=\"0.9 Beta 1\"/>\n\n"
+                        "<placeholder texture=\"brick.gif\"/>\n"
+                        "<sky texture=\"clouds.jpg\" color=\"(0,0,255)\" brightness=\"80%\"/>\n"
+                        "<ground texture=\"brick.gif\" color=\"(0,128,0)\"/>\n"
+                        "<orb texture=\"clouds.jpg\" color=\"(255,255,255)\" brightness=\"100%\" position=\"(45,30)\" "
+                        "href=\"index.3dml\" target=\"_self\" text=\"Home\"/>\n"
+                        "<block symbol=\"a\" double=\".a\" file=\"wall.block\"/>\n"
+                        "<block symbol=\"b\" double=\".b\" file=\"door.block\"/>\n"
+                        "<block symbol=\"t\" double=\".t\" file=\"tree.block\"/>\n\n"
+                        "</style>\n"))},
+        {QStringLiteral("blocks/wall.block"),
+         blockFile(QStringLiteral("Wall"), QStringLiteral("Structural"), QStringLiteral("5"))},
         {QStringLiteral("blocks/door.block"), blockFile(QStringLiteral("Door"), QString(), QStringLiteral("0"))},
-        {QStringLiteral("blocks/tree.block"), blockFile(QStringLiteral("Tree"), QStringLiteral("sprite"), QStringLiteral("3"))},
+        {QStringLiteral("blocks/tree.block"),
+         blockFile(QStringLiteral("Tree"), QStringLiteral("sprite"), QStringLiteral("3"))},
         {QStringLiteral("textures/brick.gif"), QByteArray(1234, 'g')},
         {QStringLiteral("textures/clouds.jpg"), QByteArray(20, 'j')},
         {QStringLiteral("sounds/wind.wav"), QByteArray(1234567, 'w')},
     };
 }
-

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "ScriptedPrompts.h"
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
 #include "symbols/OperationHost.h"
-#include "ScriptedPrompts.h"
 
 #include <QDir>
 #include <QStringList>
@@ -15,8 +15,7 @@
 // operation has on the document recorded.
 class FakeHost : public OperationHost {
 public:
-    FakeHost()
-        : m_hive(m_temp.filePath(QStringLiteral("registry.reg"))), m_settings(m_hive)
+    FakeHost() : m_hive(m_temp.filePath(QStringLiteral("registry.reg"))), m_settings(m_hive)
     {
         m_settings.loadSettings();
         for (const char *name : {"work/blocks", "work/textures", "work/sounds"})

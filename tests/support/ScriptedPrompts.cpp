@@ -2,8 +2,7 @@
 
 #include <QTest>
 
-PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title, PromptButtons buttons,
-                                      PromptIcon icon)
+PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon)
 {
     return message(text, title, QString(), buttons, icon);
 }

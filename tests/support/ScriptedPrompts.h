@@ -27,8 +27,7 @@ public:
         QString folder;
     };
 
-    PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons,
-                         PromptIcon icon) override;
+    PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon) override;
     PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
                          PromptIcon icon) override;
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;
@@ -49,8 +48,8 @@ public:
 
     // Queues.
     QList<PromptAnswer> answers;
-    QStringList fileAnswers;          // for openFile and saveFile ("" = cancel)
-    QList<QStringList> multiAnswers;  // for openFiles
+    QStringList fileAnswers;         // for openFile and saveFile ("" = cancel)
+    QList<QStringList> multiAnswers; // for openFiles
     QList<NewBlocksetChoice> newAnswers;
     QList<SymbolScript> symbolAnswers;
     // A "Rover compatibility" message (a saved file Rover would reject) fails the

@@ -26,8 +26,9 @@ class TestAddItems : public QObject {
 
     static QByteArray blockText(const QString &name)
     {
-        return "<!-- kept -->\r\n<BLOCK NAME=\"" + name.toLatin1() + "\" TYPE=\"structural\">\r\n"
-               "<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n";
+        return "<!-- kept -->\r\n<BLOCK NAME=\"" + name.toLatin1()
+               + "\" TYPE=\"structural\">\r\n"
+                 "<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n";
     }
 
     static void rows(FakeHost &host, int count)
@@ -49,12 +50,10 @@ private slots:
     {
         FakeHost host;
         host.blockset.blocks.append(BlockRow{u"A.block"_s, u"A"_s, u"A"_s});
-        const QStringList chosen{source(host, u"b.block"_s, blockText(u"b"_s)),
-                                 source(host, u"x.BLOCK"_s, blockText(u"x"_s)),
-                                 host.sourceFolder() + u"/gone.block"_s,
-                                 source(host, u"a.block"_s, blockText(u"a"_s)),
-                                 source(host, u"A.block"_s, blockText(u"A"_s)),
-                                 source(host, u"B.block"_s, blockText(u"B"_s))};
+        const QStringList chosen{
+            source(host, u"b.block"_s, blockText(u"b"_s)), source(host, u"x.BLOCK"_s, blockText(u"x"_s)),
+            host.sourceFolder() + u"/gone.block"_s,        source(host, u"a.block"_s, blockText(u"a"_s)),
+            source(host, u"A.block"_s, blockText(u"A"_s)), source(host, u"B.block"_s, blockText(u"B"_s))};
         host.scripted.multiAnswers << chosen;
         host.scripted.answers << PromptAnswer::Ok;
         host.scripted.symbolAnswers << Script{Script::Cancel} << Script{} << Script{};
@@ -70,7 +69,8 @@ private slots:
         QCOMPARE(captions, QStringList({u"Add symbols for B.block"_s, u"Add symbols for a.block"_s,
                                         u"Add symbols for b.block"_s}));
         QCOMPARE(blockFiles(host), QStringList({u"A.block"_s, u"a.block"_s, u"b.block"_s}));
-        QCOMPARE(QDir(itemFolder(host, ItemKind::Block)).entryList(QDir::Files), QStringList({u"a.block"_s, u"b.block"_s}));
+        QCOMPARE(QDir(itemFolder(host, ItemKind::Block)).entryList(QDir::Files),
+                 QStringList({u"a.block"_s, u"b.block"_s}));
         // Offered first: the free symbols after A.
         QCOMPARE(host.blockset.blocks[1].symbol, u"B"_s);
         QCOMPARE(host.blockset.blocks[2].symbol, u"C"_s);
@@ -103,16 +103,17 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<bool>("told");
         QTest::newRow("kept") << false << u"w.block"_s << u"wall"_s << QStringList() << u"wall"_s << false;
-        QTest::newRow("blank cleaned") << false << u"w.block"_s << u"my wall"_s << QStringList() << u"my_wall"_s << true;
+        QTest::newRow("blank cleaned") << false << u"w.block"_s << u"my wall"_s << QStringList() << u"my_wall"_s
+                                       << true;
         QTest::newRow("unique, counter not stacked")
             << false << u"w.block"_s << u"my wall"_s << QStringList({u"my_wall"_s, u"1_my_wall"_s}) << u"2_my_wall"_s
             << true;
-        QTest::newRow("accents replaced") << false << u"w.block"_s << u"caf\u00e9-1"_s << QStringList() << u"caf__1"_s
-                                          << true;
-        QTest::newRow("syncBlock takes the file name") << true << u"stone.block"_s << u"rock"_s << QStringList()
-                                                       << u"stone"_s << false;
-        QTest::newRow("syncBlock, then cleaned") << true << u"big stone.block"_s << u"rock"_s << QStringList()
-                                                 << u"big_stone"_s << true;
+        QTest::newRow("accents replaced")
+            << false << u"w.block"_s << u"caf\u00e9-1"_s << QStringList() << u"caf__1"_s << true;
+        QTest::newRow("syncBlock takes the file name")
+            << true << u"stone.block"_s << u"rock"_s << QStringList() << u"stone"_s << false;
+        QTest::newRow("syncBlock, then cleaned")
+            << true << u"big stone.block"_s << u"rock"_s << QStringList() << u"big_stone"_s << true;
     }
 
     void blockName()
@@ -147,11 +148,13 @@ private slots:
         FakeHost host;
         host.blockset.textures.append(ItemRow{u"sky.gif"_s});
         const QStringList chosen{source(host, u"sky.gif"_s, "GIF89a"), source(host, u"photo.JPG"_s, "jpeg"),
-                                 source(host, u"wall.jpg"_s, QByteArray(1234567, 'j')), source(host, u"a:b.gif"_s, "GIF")};
+                                 source(host, u"wall.jpg"_s, QByteArray(1234567, 'j')),
+                                 source(host, u"a:b.gif"_s, "GIF")};
         host.scripted.multiAnswers << chosen;
         QCOMPARE(addItems(host, ItemKind::Texture), 1);
-        QCOMPARE(host.scripted.messageTexts(), QStringList({u"There is already a texture \"sky.gif\" in the blockset!"_s,
-                                                            u"\"a:b.gif\" cannot be used as a file name!"_s}));
+        QCOMPARE(host.scripted.messageTexts(),
+                 QStringList({u"There is already a texture \"sky.gif\" in the blockset!"_s,
+                              u"\"a:b.gif\" cannot be used as a file name!"_s}));
         QCOMPARE(host.blockset.textures.last().sizeText, u" 1,234,567"_s);
         QCOMPARE(host.processTexts.last(), u"1 texture added."_s);
 
@@ -189,9 +192,10 @@ private slots:
         writeBytes(blocks + u"/kept.block"_s, blockText(u"kept"_s));
         writeBytes(blocks + u"/fresh.block"_s, blockText(u"fresh"_s));
         const QString refreshed = source(host, u"fresh.block"_s, blockText(u"kept"_s));
-        host.blockset.blocks = {BlockRow{u"old.block"_s, u"old"_s, u"x"_s, u".x"_s, {}, {}, {}, host.sourceFolder() + u"/deleted.block"_s},
-                                BlockRow{u"kept.block"_s, u"kept"_s, u"y"_s, u".y"_s},
-                                BlockRow{u"fresh.block"_s, u"fresh"_s, u"z"_s, u".z"_s, {}, {}, {}, refreshed}};
+        host.blockset.blocks = {
+            BlockRow{u"old.block"_s, u"old"_s, u"x"_s, u".x"_s, {}, {}, {}, host.sourceFolder() + u"/deleted.block"_s},
+            BlockRow{u"kept.block"_s, u"kept"_s, u"y"_s, u".y"_s},
+            BlockRow{u"fresh.block"_s, u"fresh"_s, u"z"_s, u".z"_s, {}, {}, {}, refreshed}};
         const QString picked = source(host, u"new.block"_s, blockText(u"new"_s));
         QVERIFY(QDir(host.sourceFolder()).mkdir(u"other"_s));
         host.scripted.fileAnswers << picked << source(host, u"other/fresh.block"_s, "");

@@ -86,20 +86,21 @@ private slots:
     {
         QTest::addColumn<QString>("newName");
         QTest::addColumn<bool>("yes");
-        QTest::addColumn<QString>("message"); // the refusal, or "" when only the question was asked
+        QTest::addColumn<QString>("message");  // the refusal, or "" when only the question was asked
         QTest::addColumn<QString>("fileName"); // the row's and the file's name afterwards
         QTest::newRow("renamed") << u"stone.block"_s << true << QString() << u"stone.block"_s;
         QTest::newRow("case only") << u"Wall.block"_s << true << QString() << u"Wall.block"_s;
         QTest::newRow("answered no") << u"stone.block"_s << false << QString() << u"wall.block"_s;
-        QTest::newRow("other extension") << u"wall.txt"_s << true << u"You are not allowed to change the file extension!"_s
+        QTest::newRow("other extension") << u"wall.txt"_s << true
+                                         << u"You are not allowed to change the file extension!"_s << u"wall.block"_s;
+        QTest::newRow("empty base name") << u".block"_s << true << u"The file name must not be empty!"_s
                                          << u"wall.block"_s;
-        QTest::newRow("empty base name") << u".block"_s << true << u"The file name must not be empty!"_s << u"wall.block"_s;
-        QTest::newRow("name of another row") << u"DOOR.block"_s << true
-                                             << u"There is already a \"door.block\" in the blockset!"_s << u"wall.block"_s;
+        QTest::newRow("name of another row")
+            << u"DOOR.block"_s << true << u"There is already a \"door.block\" in the blockset!"_s << u"wall.block"_s;
         QTest::newRow("not a file name") << u"a:b.block"_s << true << u"\"a:b.block\" cannot be used as a file name!"_s
                                          << u"wall.block"_s;
-        QTest::newRow("beyond Windows-1252") << u"\u0416.block"_s << true
-                                             << u"\"\u0416.block\" cannot be used as a file name!"_s << u"wall.block"_s;
+        QTest::newRow("beyond Windows-1252")
+            << u"\u0416.block"_s << true << u"\"\u0416.block\" cannot be used as a file name!"_s << u"wall.block"_s;
     }
 
     void rename()
@@ -113,7 +114,8 @@ private slots:
         host.scripted.answers = {yes ? PromptAnswer::Yes : PromptAnswer::No};
 
         QCOMPARE(renameItem(host, ItemKind::Block, 1, newName), fileName == newName);
-        const QStringList asked = message.isEmpty() ? QStringList{u"Are you sure to rename this block?"_s} : QStringList{message};
+        const QStringList asked =
+            message.isEmpty() ? QStringList{u"Are you sure to rename this block?"_s} : QStringList{message};
         QCOMPARE(host.scripted.messageTexts(), asked);
         QCOMPARE(host.scripted.messages.first().title, u"Rename Block"_s);
         QCOMPARE(host.blockset.blocks[1].file, fileName);

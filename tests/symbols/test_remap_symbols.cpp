@@ -30,8 +30,8 @@ private slots:
         QTest::newRow("61st gets 9") << 61 << true << u"9"_s << asked;
         QTest::newRow("62nd gets 0") << 62 << true << u"0"_s << asked;
         QTest::newRow("89th gets the tilde") << 89 << true << u"~"_s << asked;
-        QTest::newRow("90th gets nothing") << 90 << true << QString()
-                                           << asked + QStringList{u"There are more than 89 blocks in the blockset!"_s};
+        QTest::newRow("90th gets nothing")
+            << 90 << true << QString() << asked + QStringList{u"There are more than 89 blocks in the blockset!"_s};
         QTest::newRow("answered no") << 3 << false << u"x"_s << asked;
     }
 

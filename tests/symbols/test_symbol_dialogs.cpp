@@ -37,18 +37,19 @@ private slots:
         QTest::addColumn<QString>("singles");  // the first entries of lstSingleChars
         QTest::addColumn<QString>("doubles");  // the first entries of lstDoubleChars
         QTest::addColumn<bool>("doublesEnabled");
-        QTest::addColumn<QString>("single");   // what OK on the untouched dialog gives
+        QTest::addColumn<QString>("single"); // what OK on the untouched dialog gives
         QTest::addColumn<QString>("doubleSymbol");
 
         const QStringList ab{u"A .A"_s, u"B .B"_s};
-        QTest::newRow("add, strict and sync: C follows A and B") << int(StrictSync) << 0 << ab << -1 << u"CDE"_s
-                                                                << u"CDE"_s << false << u"C"_s << u".C"_s;
+        QTest::newRow("add, strict and sync: C follows A and B")
+            << int(StrictSync) << 0 << ab << -1 << u"CDE"_s << u"CDE"_s << false << u"C"_s << u".C"_s;
         QTest::newRow("add, strict: a character behind any prefix is taken")
             << int(Strict) << 2 << QStringList{u"x .A"_s} << -1 << u"ABC"_s << u"BCD"_s << true << u"A"_s << u"BB"_s;
-        QTest::newRow("add, free text: empty double") << int(Free) << 0 << ab << -1 << u"CDE"_s << QString() << false
-                                                      << u"C"_s << QString();
-        QTest::newRow("edit keeps its own symbols") << int(StrictSync) << 0 << QStringList{u"A .A"_s, u"B .B"_s, u"C .C"_s}
-                                                    << 1 << u"BDE"_s << u"BDE"_s << false << u"B"_s << u".B"_s;
+        QTest::newRow("add, free text: empty double")
+            << int(Free) << 0 << ab << -1 << u"CDE"_s << QString() << false << u"C"_s << QString();
+        QTest::newRow("edit keeps its own symbols")
+            << int(StrictSync) << 0 << QStringList{u"A .A"_s, u"B .B"_s, u"C .C"_s} << 1 << u"BDE"_s << u"BDE"_s
+            << false << u"B"_s << u".B"_s;
         QTest::newRow("edit, strict: own double character offered")
             << int(Strict) << 0 << QStringList{u"A .A"_s, u"B .Z"_s} << 1 << u"BCD"_s << u"BCD"_s << true << u"B"_s
             << u".Z"_s;
@@ -58,8 +59,8 @@ private slots:
         QStringList all;
         for (QChar c : symbolAlphabet())
             all << QString(c) + u" ."_s + c;
-        QTest::newRow("add, every symbol used") << int(StrictSync) << 0 << all << -1 << QString() << QString() << false
-                                                << QString() << QString();
+        QTest::newRow("add, every symbol used")
+            << int(StrictSync) << 0 << all << -1 << QString() << QString() << false << QString() << QString();
     }
 
     void offered()
@@ -73,9 +74,10 @@ private slots:
         QFETCH(bool, doublesEnabled);
         ScriptedPrompts prompts;
         const BlocksetContent blockset = content(Mode(mode), prefixIndex, rows);
-        const SymbolDialogSetup setup = edited < 0 ? addBlockSetup(prompts, blockset, u"new.block"_s)
-                                                   : editSymbolsSetup(prompts, blockset, edited);
-        QCOMPARE(setup.caption, edited < 0 ? u"Add symbols for new.block"_s : u"Edit symbols for b%1.block"_s.arg(edited));
+        const SymbolDialogSetup setup =
+            edited < 0 ? addBlockSetup(prompts, blockset, u"new.block"_s) : editSymbolsSetup(prompts, blockset, edited);
+        QCOMPARE(setup.caption,
+                 edited < 0 ? u"Add symbols for new.block"_s : u"Edit symbols for b%1.block"_s.arg(edited));
         QCOMPARE(setup.singles.join(QString()).left(singles.size()), singles);
         QCOMPARE(setup.doubleChars.join(QString()).left(doubles.size()), doubles);
         QCOMPARE(setup.strictPrefix && !setup.syncDouble, doublesEnabled);
@@ -116,8 +118,7 @@ private slots:
         QTest::newRow("cancel") << Script{Script::Cancel} << u"B .B"_s << false;
         QTest::newRow("double only") << Script{Script::Choose, u"B"_s, u".Q"_s} << u"B .Q"_s << true;
         // A refused double keeps the dialog open; the next OK closes it.
-        QTest::newRow("refused, then cleared") << Script{Script::Choose, u"C"_s, u".A"_s}
-                                               << u"C "_s << true;
+        QTest::newRow("refused, then cleared") << Script{Script::Choose, u"C"_s, u".A"_s} << u"C "_s << true;
     }
 
     void editWritesOnlyChanges()

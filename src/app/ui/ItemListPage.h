@@ -29,7 +29,11 @@ public:
     // to the ones shown leave the list and its selection alone.
     void showRows(const QList<QStringList> &rows);
     // Rewrites the list at the next showRows, e.g. after a refused label edit.
-    void forgetShownRows() { m_shownRows.clear(); m_shownValid = false; }
+    void forgetShownRows()
+    {
+        m_shownRows.clear();
+        m_shownValid = false;
+    }
 
     // The selected rows in ascending order, the current row (-1: none) and the
     // file name of the current row, else of the first selected one.

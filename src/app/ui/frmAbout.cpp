@@ -38,10 +38,10 @@ frmAbout::frmAbout(QWidget *parent) : QDialog(parent)
 
     auto *lblVersion = new QLabel(u"Version "_s + versionText(), this);
     lblVersion->setObjectName(u"lblVersion"_s);
-    auto *lblDescription = new QLabel(
-        u"An editor for 3DML blocksets: blocks, textures, sounds and style of the .bset archives "
-        "that the Rover browser plug-in shows."_s,
-        this);
+    auto *lblDescription =
+        new QLabel(u"An editor for 3DML blocksets: blocks, textures, sounds and style of the .bset archives "
+                   "that the Rover browser plug-in shows."_s,
+                   this);
     lblDescription->setObjectName(u"lblDescription"_s);
     lblDescription->setWordWrap(true);
 

@@ -9,8 +9,8 @@
 #include "app/ui/frmAbout.h"
 #include "app/ui/frmNew.h"
 #include "common/HiveRegistry.h"
-#include "common/Prompts.h"
 #include "common/ProgramVersion.h"
+#include "common/Prompts.h"
 #include "common/Registry.h"
 #include "common/RegistryWrapper.h"
 #include "common/ui/GuiPrompts.h"
@@ -31,9 +31,8 @@
 #include <QAction>
 #include <QApplication>
 #include <QAudioDevice>
-#include <QComboBox>
-#include <QLineEdit>
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -41,6 +40,7 @@
 #include <QHBoxLayout>
 #include <QKeySequence>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMediaDevices>
 #include <QMenu>
 #include <QMenuBar>
@@ -65,7 +65,7 @@ const QString kOopsTitle = u"Oops..."_s;
 // The command table: toolbar key, tooltip, menu entry and its caption. The toolbar
 // shows the first eleven rows in this order and then btnManager.
 struct Command {
-    const char16_t *button;  // toolbar key, or nullptr
+    const char16_t *button; // toolbar key, or nullptr
     const char16_t *tooltip;
     const char16_t *menu;
     const char16_t *caption;
@@ -260,11 +260,11 @@ void frmMain::createTabs()
                                    {u"File"_s, u"Name"_s, u"Symbol"_s, u"Double"_s, u"Type"_s, u"BSP"_s, u"Size"_s},
                                    {170, 170, 60, 60, 100, 60, 80}, ItemListPage::Preview::None, m_tabs);
     m_tabs->addTab(m_blockPage, u"&Blocks"_s);
-    m_texturePage = new ItemListPage(u"TextureList"_s, {u"File"_s, u"Size"_s}, {220, 80},
-                                     ItemListPage::Preview::Picture, m_tabs);
+    m_texturePage =
+        new ItemListPage(u"TextureList"_s, {u"File"_s, u"Size"_s}, {220, 80}, ItemListPage::Preview::Picture, m_tabs);
     m_tabs->addTab(m_texturePage, u"&Textures"_s);
-    m_soundPage = new ItemListPage(u"SoundList"_s, {u"File"_s, u"Size"_s}, {220, 80}, ItemListPage::Preview::None,
-                                   m_tabs);
+    m_soundPage =
+        new ItemListPage(u"SoundList"_s, {u"File"_s, u"Size"_s}, {220, 80}, ItemListPage::Preview::None, m_tabs);
     m_tabs->addTab(m_soundPage, u"&Sounds"_s);
 
     // Style values and update comment
@@ -468,7 +468,8 @@ void frmMain::runDocumentCommand(void (BlocksetDocument::*command)())
 void frmMain::refreshInterface(bool clearResult)
 {
     renderDocument();
-    const InterfaceState state = computeInterfaceState(interfaceFacts(*m_document, m_settings->getBoolSetting(u"updateFile"_s)));
+    const InterfaceState state =
+        computeInterfaceState(interfaceFacts(*m_document, m_settings->getBoolSetting(u"updateFile"_s)));
     for (auto it = state.enabled.cbegin(); it != state.enabled.cend(); ++it) {
         if (QAction *action = m_actions.value(it.key()))
             action->setEnabled(it.value());

@@ -16,7 +16,9 @@
 using namespace Qt::StringLiterals;
 
 frmNew::frmNew(bool strictPrefixSetting, bool syncDoubleSetting, QWidget *parent)
-    : QDialog(parent), m_syncDoubleSetting(syncDoubleSetting), m_centreOn(QApplication::activeWindow())
+    : QDialog(parent),
+      m_syncDoubleSetting(syncDoubleSetting),
+      m_centreOn(QApplication::activeWindow())
 {
     setObjectName(u"frmNew"_s);
     setWindowTitle(u"New Blockset"_s);
@@ -146,8 +148,8 @@ void frmNew::setPrefixListEnabled(bool enabled)
     // Enabled: window background; disabled: button face, as the other prefix lists show it.
     m_lstNewStrictPrefix->setEnabled(enabled);
     QPalette palette = m_lstNewStrictPrefix->palette();
-    const QColor background = enabled ? QApplication::palette().color(QPalette::Base)
-                                      : QApplication::palette().color(QPalette::Button);
+    const QColor background =
+        enabled ? QApplication::palette().color(QPalette::Base) : QApplication::palette().color(QPalette::Button);
     palette.setColor(QPalette::All, QPalette::Base, background);
     m_lstNewStrictPrefix->setPalette(palette);
 }

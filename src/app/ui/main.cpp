@@ -36,26 +36,25 @@ void scheduleScreenshot(QApplication &app, frmMain &window, const QString &path,
     });
 }
 
-const char kHelp[] =
-    "Usage: cubrix [FILE.bset]\n"
-    "       cubrix /c\n"
-    "       cubrix --screenshot PNG [FILE.bset]\n"
-    "       cubrix --help | --version\n"
-    "\n"
-    "The Cubrix blockset editor for 3DML worlds shown by the Rover browser plug-in.\n"
-    "\n"
-    "  FILE.bset          Opens that blockset once the window is shown.\n"
-    "  /c                 Shows only the Rover cache manager (the editor when Rover\n"
-    "                     is not installed).\n"
-    "  --screenshot PNG   Saves a grab of the main window to PNG once it is shown\n"
-    "                     (and FILE.bset opened), then quits.\n"
-    "  --help             Prints this help.\n"
-    "  --version          Prints the program's version.\n"
-    "\n"
-    "Settings are kept in the hive file named by CUBRIX_REGISTRY, else in\n"
-    "$XDG_CONFIG_HOME/cubrix/registry.reg. cubrix-cli runs the editor's commands\n"
-    "without a window; see cubrix-cli --help and the manual pages cubrix(1) and\n"
-    "cubrix-cli(1).\n";
+const char kHelp[] = "Usage: cubrix [FILE.bset]\n"
+                     "       cubrix /c\n"
+                     "       cubrix --screenshot PNG [FILE.bset]\n"
+                     "       cubrix --help | --version\n"
+                     "\n"
+                     "The Cubrix blockset editor for 3DML worlds shown by the Rover browser plug-in.\n"
+                     "\n"
+                     "  FILE.bset          Opens that blockset once the window is shown.\n"
+                     "  /c                 Shows only the Rover cache manager (the editor when Rover\n"
+                     "                     is not installed).\n"
+                     "  --screenshot PNG   Saves a grab of the main window to PNG once it is shown\n"
+                     "                     (and FILE.bset opened), then quits.\n"
+                     "  --help             Prints this help.\n"
+                     "  --version          Prints the program's version.\n"
+                     "\n"
+                     "Settings are kept in the hive file named by CUBRIX_REGISTRY, else in\n"
+                     "$XDG_CONFIG_HOME/cubrix/registry.reg. cubrix-cli runs the editor's commands\n"
+                     "without a window; see cubrix-cli --help and the manual pages cubrix(1) and\n"
+                     "cubrix-cli(1).\n";
 
 } // namespace
 

@@ -18,10 +18,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList kCaptions = {u"File Name"_s, u"Path"_s, u"Version"_s, u"Size"_s, u"Last Updated"_s, u"Name"_s,
-                               u"Synopsis"_s, u"Author"_s, u"Copyright"_s, u"B"_s, u"T"_s, u"S"_s};
+const QStringList kCaptions = {u"File Name"_s,    u"Path"_s, u"Version"_s,  u"Size"_s,
+                               u"Last Updated"_s, u"Name"_s, u"Synopsis"_s, u"Author"_s,
+                               u"Copyright"_s,    u"B"_s,    u"T"_s,        u"S"_s};
 // Commands that need a row.
-const QStringList kRowCommands = {u"Open"_s, u"Remove"_s, u"Properties"_s, u"ForceDownload"_s, u"CopyTag"_s, u"CopyURL"_s};
+const QStringList kRowCommands = {u"Open"_s,          u"Remove"_s,  u"Properties"_s,
+                                  u"ForceDownload"_s, u"CopyTag"_s, u"CopyURL"_s};
 
 } // namespace
 
@@ -104,18 +106,22 @@ void frmManager::addCommand(const QString &key, const QString &caption, const QS
 void frmManager::buildCommands()
 {
     addCommand(u"Open"_s, u"Open Blockset in Editor"_s, u"&Open Blockset in Editor"_s, &frmManager::openSelected);
-    addCommand(u"Remove"_s, u"Remove Blockset from Cache"_s, u"&Remove Blockset from Cache"_s, &frmManager::removeSelected);
+    addCommand(u"Remove"_s, u"Remove Blockset from Cache"_s, u"&Remove Blockset from Cache"_s,
+               &frmManager::removeSelected);
     addCommand(u"Properties"_s, u"Blockset Properties"_s, u"Blockset &Properties"_s, &frmManager::showProperties);
     addCommand(u"ForceDownload"_s, u"Force Download"_s, u"&Force Download"_s, &frmManager::forceDownloadSelected);
-    addCommand(u"CopyTag"_s, u"Copy Blockset Tag to Clipboard"_s, u"Copy Blockset &Tag to Clipboard"_s, &frmManager::copyTag);
-    addCommand(u"CopyURL"_s, u"Copy Blockset URL to Clipboard"_s, u"Copy Blockset &URL to Clipboard"_s, &frmManager::copyUrl);
+    addCommand(u"CopyTag"_s, u"Copy Blockset Tag to Clipboard"_s, u"Copy Blockset &Tag to Clipboard"_s,
+               &frmManager::copyTag);
+    addCommand(u"CopyURL"_s, u"Copy Blockset URL to Clipboard"_s, u"Copy Blockset &URL to Clipboard"_s,
+               &frmManager::copyUrl);
     addCommand(u"Refresh"_s, u"Refresh Window"_s, u"Re&fresh Window"_s, &frmManager::refresh);
 
     auto *toolbar = addToolBar(u"Commands"_s);
     toolbar->setObjectName(u"tbrManager"_s);
     toolbar->setToolButtonStyle(Qt::ToolButtonTextOnly);
     toolbar->setMovable(false);
-    const QStringList order = {u"Open"_s, u"Remove"_s, u"Properties"_s, u"ForceDownload"_s, u"CopyTag"_s, u"CopyURL"_s, u"Refresh"_s};
+    const QStringList order = {u"Open"_s,    u"Remove"_s,  u"Properties"_s, u"ForceDownload"_s,
+                               u"CopyTag"_s, u"CopyURL"_s, u"Refresh"_s};
     for (const QString &key : order)
         toolbar->addAction(m_buttons.value(key));
 

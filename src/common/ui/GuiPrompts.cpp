@@ -54,10 +54,7 @@ QStringList nativePaths(const QStringList &paths)
 
 } // namespace
 
-GuiPrompts::GuiPrompts(QWidget *parent)
-    : m_parent(parent)
-{
-}
+GuiPrompts::GuiPrompts(QWidget *parent) : m_parent(parent) {}
 
 void GuiPrompts::setParentWidget(QWidget *parent)
 {

@@ -10,9 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-frmOptions::frmOptions(RegistryWrapper &settings, QWidget *parent)
-    : QDialog(parent)
-    , m_settings(settings)
+frmOptions::frmOptions(RegistryWrapper &settings, QWidget *parent) : QDialog(parent), m_settings(settings)
 {
     setObjectName(u"frmOptions"_s);
     setWindowTitle(u"Options"_s);
@@ -39,10 +37,9 @@ frmOptions::frmOptions(RegistryWrapper &settings, QWidget *parent)
     cbxSyncBlock = addBox(u"cbxSyncBlock"_s, u"Synchronize Block Name with Filename"_s, u"syncBlock"_s);
     cbxStrictPrefix =
         addBox(u"cbxStrictPrefix"_s, u"Use Strict Prefix for Double Character Symbols"_s, u"strictPrefix"_s);
-    cbxSyncDouble =
-        addBox(u"cbxSyncDouble"_s, u"Synchronize Single and Double Character Symbols"_s, u"syncDouble"_s,
-               // Indented under the strict prefix, on which it depends.
-               style()->pixelMetric(QStyle::PM_IndicatorWidth) + 6);
+    cbxSyncDouble = addBox(u"cbxSyncDouble"_s, u"Synchronize Single and Double Character Symbols"_s, u"syncDouble"_s,
+                           // Indented under the strict prefix, on which it depends.
+                           style()->pixelMetric(QStyle::PM_IndicatorWidth) + 6);
     cbxSkipEdit = addBox(u"cbxSkipEdit"_s, u"Skip Edit Symbols Dialog"_s, u"skipEdit"_s);
     cbxUpdateFile = addBox(u"cbxUpdateFile"_s, u"Save Update File along with Blockset"_s, u"updateFile"_s);
 

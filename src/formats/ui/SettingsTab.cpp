@@ -38,8 +38,7 @@ QFormLayout *makeForm(QGroupBox *group)
 
 } // namespace
 
-SettingsTab::SettingsTab(QWidget *parent)
-    : QWidget(parent)
+SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
 {
     setObjectName(u"SettingsTab"_s);
 
@@ -94,8 +93,8 @@ SettingsTab::SettingsTab(QWidget *parent)
                 emit styleValueEdited(field, control->rgb());
         });
     }
-    const std::pair<usrPercentage *, StyleField> percentages[] = {
-        {prcSky, StyleField::SkyBrightness}, {prcOrb, StyleField::OrbBrightness}};
+    const std::pair<usrPercentage *, StyleField> percentages[] = {{prcSky, StyleField::SkyBrightness},
+                                                                  {prcOrb, StyleField::OrbBrightness}};
     for (const auto &[control, field] : percentages) {
         connect(control, &usrPercentage::Change, this, [this, control = control, field = field] {
             if (!m_showing)

@@ -47,7 +47,6 @@ public:
     // The control that takes the focus when the page is chosen.
     QWidget *firstField() const;
 
-
 signals:
     // The user changed a scene value; `value` is the control's text after the change.
     void styleValueEdited(StyleField field, const QString &value);

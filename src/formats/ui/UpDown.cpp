@@ -20,10 +20,10 @@ QToolButton *makeArrow(Qt::ArrowType arrow, QWidget *parent)
 } // namespace
 
 UpDown::UpDown(ValueBox *buddy, QWidget *parent)
-    : QWidget(parent)
-    , m_buddy(buddy)
-    , m_up(makeArrow(Qt::UpArrow, this))
-    , m_down(makeArrow(Qt::DownArrow, this))
+    : QWidget(parent),
+      m_buddy(buddy),
+      m_up(makeArrow(Qt::UpArrow, this)),
+      m_down(makeArrow(Qt::DownArrow, this))
 {
     m_up->setObjectName(QStringLiteral("up"));
     m_down->setObjectName(QStringLiteral("down"));

@@ -10,10 +10,10 @@
 using namespace Qt::StringLiterals;
 
 ValueBox::ValueBox(int minimum, int maximum, QWidget *parent)
-    : QLineEdit(parent)
-    , m_minimum(std::min(minimum, maximum))
-    , m_maximum(std::max(minimum, maximum))
-    , m_maxTextLength(int(std::max(QString::number(m_minimum).size(), QString::number(m_maximum).size())))
+    : QLineEdit(parent),
+      m_minimum(std::min(minimum, maximum)),
+      m_maximum(std::max(minimum, maximum)),
+      m_maxTextLength(int(std::max(QString::number(m_minimum).size(), QString::number(m_maximum).size())))
 {
     // Characters that can never form a number are refused at the keyboard; the
     // length and range rules below work on what is left.

@@ -13,8 +13,7 @@
 
 using namespace Qt::StringLiterals;
 
-VersionTab::VersionTab(QWidget *parent)
-    : QWidget(parent)
+VersionTab::VersionTab(QWidget *parent) : QWidget(parent)
 {
     setObjectName(u"VersionTab"_s);
 
@@ -56,10 +55,8 @@ void VersionTab::buildLayout()
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->setRowWrapPolicy(QFormLayout::DontWrapRows);
     const std::pair<QLineEdit *, std::pair<const char *, QString>> rows[] = {
-        {fldVersion, {"lblVersion", tr("Ve&rsion:")}},
-        {fldBlocksetName, {"lblBlocksetName", tr("Na&me:")}},
-        {fldSynopsis, {"lblSynopsis", tr("S&ynopsis:")}},
-        {fldAuthor, {"lblAuthor", tr("&Author:")}},
+        {fldVersion, {"lblVersion", tr("Ve&rsion:")}},       {fldBlocksetName, {"lblBlocksetName", tr("Na&me:")}},
+        {fldSynopsis, {"lblSynopsis", tr("S&ynopsis:")}},    {fldAuthor, {"lblAuthor", tr("&Author:")}},
         {fldCopyright, {"lblCopyright", tr("&Copyright:")}},
     };
     for (const auto &[field, label] : rows) {

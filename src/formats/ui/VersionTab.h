@@ -27,7 +27,6 @@ public:
     // The control that takes the focus when the page is chosen.
     QWidget *firstField() const;
 
-
 signals:
     // The user changed one of the five information fields; `value` is its new text.
     void styleValueEdited(StyleField field, const QString &value);

@@ -30,14 +30,14 @@ UpDown *makeUpDown(const QString &name, ValueBox *buddy, QWidget *parent)
 } // namespace
 
 usrColor::usrColor(QWidget *parent)
-    : QWidget(parent)
-    , m_txtR(makeBox(u"txtR"_s, tr("Red (0 to 255)"), this))
-    , m_txtG(makeBox(u"txtG"_s, tr("Green (0 to 255)"), this))
-    , m_txtB(makeBox(u"txtB"_s, tr("Blue (0 to 255)"), this))
-    , m_udR(makeUpDown(u"udR"_s, m_txtR, this))
-    , m_udG(makeUpDown(u"udG"_s, m_txtG, this))
-    , m_udB(makeUpDown(u"udB"_s, m_txtB, this))
-    , m_swatch(new QFrame(this))
+    : QWidget(parent),
+      m_txtR(makeBox(u"txtR"_s, tr("Red (0 to 255)"), this)),
+      m_txtG(makeBox(u"txtG"_s, tr("Green (0 to 255)"), this)),
+      m_txtB(makeBox(u"txtB"_s, tr("Blue (0 to 255)"), this)),
+      m_udR(makeUpDown(u"udR"_s, m_txtR, this)),
+      m_udG(makeUpDown(u"udG"_s, m_txtG, this)),
+      m_udB(makeUpDown(u"udB"_s, m_txtB, this)),
+      m_swatch(new QFrame(this))
 {
     m_swatch->setObjectName(u"swatch"_s);
     m_swatch->setFrameShape(QFrame::Box);
@@ -82,12 +82,30 @@ void usrColor::setRGB(const QString &value)
     m_udB->setValue((*color)[2]);
 }
 
-int usrColor::red() const { return m_udR->value(); }
-int usrColor::green() const { return m_udG->value(); }
-int usrColor::blue() const { return m_udB->value(); }
-void usrColor::setRed(int value) { m_udR->setValue(value); }
-void usrColor::setGreen(int value) { m_udG->setValue(value); }
-void usrColor::setBlue(int value) { m_udB->setValue(value); }
+int usrColor::red() const
+{
+    return m_udR->value();
+}
+int usrColor::green() const
+{
+    return m_udG->value();
+}
+int usrColor::blue() const
+{
+    return m_udB->value();
+}
+void usrColor::setRed(int value)
+{
+    m_udR->setValue(value);
+}
+void usrColor::setGreen(int value)
+{
+    m_udG->setValue(value);
+}
+void usrColor::setBlue(int value)
+{
+    m_udB->setValue(value);
+}
 
 void usrColor::clear()
 {

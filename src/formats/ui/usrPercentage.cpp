@@ -10,9 +10,9 @@
 using namespace Qt::StringLiterals;
 
 usrPercentage::usrPercentage(QWidget *parent)
-    : QWidget(parent)
-    , m_txtB(new ValueBox(0, 100, this))
-    , m_udB(new UpDown(m_txtB, this))
+    : QWidget(parent),
+      m_txtB(new ValueBox(0, 100, this)),
+      m_udB(new UpDown(m_txtB, this))
 {
     m_txtB->setObjectName(u"txtB"_s);
     m_txtB->setToolTip(tr("Percentage (0 to 100)"));

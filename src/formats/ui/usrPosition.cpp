@@ -9,11 +9,11 @@
 using namespace Qt::StringLiterals;
 
 usrPosition::usrPosition(QWidget *parent)
-    : QWidget(parent)
-    , m_txtTurn(new ValueBox(0, 360, this))
-    , m_txtTilt(new ValueBox(-90, 90, this))
-    , m_udTurn(new UpDown(m_txtTurn, this))
-    , m_udTilt(new UpDown(m_txtTilt, this))
+    : QWidget(parent),
+      m_txtTurn(new ValueBox(0, 360, this)),
+      m_txtTilt(new ValueBox(-90, 90, this)),
+      m_udTurn(new UpDown(m_txtTurn, this)),
+      m_udTilt(new UpDown(m_txtTilt, this))
 {
     m_txtTurn->setObjectName(u"txtTurn"_s);
     m_txtTurn->setToolTip(tr("Turn (0 to 360)"));
@@ -56,10 +56,22 @@ void usrPosition::setPosition(const QString &value)
     m_udTilt->setValue((*position)[1]);
 }
 
-int usrPosition::turn() const { return m_udTurn->value(); }
-int usrPosition::tilt() const { return m_udTilt->value(); }
-void usrPosition::setTurn(int value) { m_udTurn->setValue(value); }
-void usrPosition::setTilt(int value) { m_udTilt->setValue(value); }
+int usrPosition::turn() const
+{
+    return m_udTurn->value();
+}
+int usrPosition::tilt() const
+{
+    return m_udTilt->value();
+}
+void usrPosition::setTurn(int value)
+{
+    m_udTurn->setValue(value);
+}
+void usrPosition::setTilt(int value)
+{
+    m_udTilt->setValue(value);
+}
 
 void usrPosition::clear()
 {

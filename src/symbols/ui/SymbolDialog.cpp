@@ -119,9 +119,9 @@ void SymbolDialog::fill()
     lstSingleChars->setCurrentIndex(m_setup.singleIndex);
 
     const bool strict = m_setup.strictPrefix;
-    for (QWidget *widget : {static_cast<QWidget *>(lblPrefix), static_cast<QWidget *>(lstDoublePrefix),
-                            static_cast<QWidget *>(lblDouble), static_cast<QWidget *>(lstDoubleChars),
-                            static_cast<QWidget *>(lblDoubleShown)})
+    for (QWidget *widget :
+         {static_cast<QWidget *>(lblPrefix), static_cast<QWidget *>(lstDoublePrefix), static_cast<QWidget *>(lblDouble),
+          static_cast<QWidget *>(lstDoubleChars), static_cast<QWidget *>(lblDoubleShown)})
         widget->setVisible(strict);
     fldDoubleChars->setVisible(!strict);
     if (strict) {

@@ -7,12 +7,12 @@
 // it on any prompt it did not expect. A test file that derives from
 // MainWindowTest ends with #include "moc_MainWindowFixture.cpp".
 
-#include "support/BlocksetFiles.h"
 #include "app/BlocksetDocument.h"
 #include "app/WorkingFolder.h"
 #include "app/ui/frmMain.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser_Style.h"
+#include "support/BlocksetFiles.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolScheme.h"
 
@@ -21,16 +21,16 @@
 #include <QComboBox>
 #include <QDir>
 #include <QDragEnterEvent>
-#include <QMimeData>
-#include <QUrl>
 #include <QFile>
 #include <QImage>
 #include <QLabel>
 #include <QMap>
+#include <QMimeData>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
+#include <QUrl>
 
 #include <memory>
 
@@ -72,8 +72,9 @@ public:
             row.name = QString("Block %1").arg(i);
             row.symbol = symbolAlphabet().mid(i % blockLimit(), 1);
             row.doubleSymbol = '.' + row.symbol;
-            files.insert("blocks/" + row.file, "<BLOCK NAME=\"" + row.name.toLatin1()
-                                                   + "\" TYPE=\"structural\">\r\n<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n");
+            files.insert("blocks/" + row.file,
+                         "<BLOCK NAME=\"" + row.name.toLatin1()
+                             + "\" TYPE=\"structural\">\r\n<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n");
             rows.append(row);
         }
         for (int i = 0; i < recipe.textures; ++i) {
@@ -103,7 +104,11 @@ public:
         window->openBlocksetFile(makeBlockset(recipe));
         return document().blocksetOpen();
     }
-    bool show() { window->show(); return QTest::qWaitForWindowExposed(window.get()); }
+    bool show()
+    {
+        window->show();
+        return QTest::qWaitForWindowExposed(window.get());
+    }
 
     // Drags files over the window and drops them there; false when the window
     // refused the drag (the drop is then not made).

@@ -26,7 +26,7 @@ void writeUpdateFile(const QString &archive, const QByteArray &comment)
 {
     const QFileInfo info(archive);
     writeFile(info.absolutePath() + '/' + info.completeBaseName() + ".txt",
-                                 "<version id=\"1.0\" size=\"1\">\r\n" + comment + "\r\n</version>\r\n");
+              "<version id=\"1.0\" size=\"1\">\r\n" + comment + "\r\n</version>\r\n");
 }
 
 } // namespace
@@ -58,7 +58,10 @@ private slots:
         QFETCH(QString, file);
         const QString start = fixture->dir.filePath("worlds");
         int asked = 0;
-        const StartChoice choice = chooseStart(arguments, start, [&] { ++asked; return roverKnown; });
+        const StartChoice choice = chooseStart(arguments, start, [&] {
+            ++asked;
+            return roverKnown;
+        });
         QTEST(choice.cacheManager, "manager");
         QCOMPARE(choice.file, file.isEmpty() ? QString() : start + '/' + file);
         QTEST(asked, "lookups");
@@ -110,5 +113,5 @@ private slots:
 };
 
 QTEST_MAIN(TestDocumentCommandsGui)
-#include "test_document_commands_gui.moc"
 #include "moc_MainWindowFixture.cpp"
+#include "test_document_commands_gui.moc"

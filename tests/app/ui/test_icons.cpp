@@ -11,8 +11,9 @@ private slots:
     void iconsDrawSharp_data()
     {
         QTest::addColumn<QString>("button");
-        for (const char *button : {"btnNew", "btnOpen", "btnClose", "btnSave", "btnSaveAs", "btnAddItem", "btnRemoveItem",
-                                   "btnReplaceItem", "btnEditItem", "btnPreviewItem", "btnAddBSP", "btnManager", ""})
+        for (const char *button :
+             {"btnNew", "btnOpen", "btnClose", "btnSave", "btnSaveAs", "btnAddItem", "btnRemoveItem", "btnReplaceItem",
+              "btnEditItem", "btnPreviewItem", "btnAddBSP", "btnManager", ""})
             QTest::newRow(*button ? button : "program") << QString::fromLatin1(button);
     }
     void iconsDrawSharp()

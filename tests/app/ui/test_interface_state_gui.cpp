@@ -12,7 +12,6 @@
 #include <QPushButton>
 #include <QTimer>
 
-
 class TestInterfaceStateGui : public MainWindowTest {
     Q_OBJECT
 
@@ -119,5 +118,5 @@ private slots:
 };
 
 QTEST_MAIN(TestInterfaceStateGui)
-#include "test_interface_state_gui.moc"
 #include "moc_MainWindowFixture.cpp"
+#include "test_interface_state_gui.moc"

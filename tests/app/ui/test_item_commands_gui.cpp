@@ -32,8 +32,11 @@ private slots:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("label");
         QTest::addColumn<QString>("message");
-        QTest::newRow("renamed") << "keep.block" << "keep.block" << "Are you sure to rename this block?";
-        QTest::newRow("extension refused") << "keep.gif" << "block001.block"
+        QTest::newRow("renamed") << "keep.block"
+                                 << "keep.block"
+                                 << "Are you sure to rename this block?";
+        QTest::newRow("extension refused") << "keep.gif"
+                                           << "block001.block"
                                            << "You are not allowed to change the file extension!";
     }
 
@@ -80,5 +83,5 @@ private slots:
 };
 
 QTEST_MAIN(TestItemCommandsGui)
-#include "test_item_commands_gui.moc"
 #include "moc_MainWindowFixture.cpp"
+#include "test_item_commands_gui.moc"

@@ -35,9 +35,8 @@ private slots:
         QCOMPARE(triggered.count(), 1);
         fixture->prompts.unexpected.clear(); // what the command asks is not this test's matter
     }
-
 };
 
 QTEST_MAIN(TestMainWindowLayout)
-#include "test_main_window_layout.moc"
 #include "moc_MainWindowFixture.cpp"
+#include "test_main_window_layout.moc"

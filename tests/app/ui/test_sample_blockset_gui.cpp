@@ -101,5 +101,5 @@ private:
 };
 
 QTEST_MAIN(TestSampleBlocksetGui)
-#include "test_sample_blockset_gui.moc"
 #include "moc_MainWindowFixture.cpp"
+#include "test_sample_blockset_gui.moc"

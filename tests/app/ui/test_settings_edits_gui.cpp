@@ -26,9 +26,12 @@ private slots:
         QTest::addColumn<StyleField>("field");
         QTest::addColumn<QString>("written");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("colour with blanks") << "rgbSky" << StyleField::SkyColor << " (10,20,30) " << "(10,20,30)";
-        QTest::newRow("brightness with a leading zero") << "prcOrb" << StyleField::OrbBrightness << "07%" << "7%";
-        QTest::newRow("colour out of range") << "rgbGround" << StyleField::GroundColor << "(1,2,256)" << "";
+        QTest::newRow("colour with blanks") << "rgbSky" << StyleField::SkyColor << " (10,20,30) "
+                                            << "(10,20,30)";
+        QTest::newRow("brightness with a leading zero") << "prcOrb" << StyleField::OrbBrightness << "07%"
+                                                        << "7%";
+        QTest::newRow("colour out of range") << "rgbGround" << StyleField::GroundColor << "(1,2,256)"
+                                             << "";
     }
 
     void openedValuesMatchTheDocument()
@@ -49,10 +52,14 @@ private slots:
         QTest::addColumn<StyleField>("field");
         QTest::addColumn<QString>("expected");
         // The version goes to stbVersion too; typed away entirely, "No Version" stands there.
-        QTest::newRow("version") << "fldVersion" << "b" << StyleField::Version << "1.0b";
-        QTest::newRow("version emptied") << "fldVersion" << "\b\b\b" << StyleField::Version << "";
-        QTest::newRow("orb link") << "fldOrbHREF" << "#top" << StyleField::OrbHref << "index.3dml#top";
-        QTest::newRow("sky colour") << "rgbSky/txtG" << "5" << StyleField::SkyColor << "(10,205,30)";
+        QTest::newRow("version") << "fldVersion"
+                                 << "b" << StyleField::Version << "1.0b";
+        QTest::newRow("version emptied") << "fldVersion"
+                                         << "\b\b\b" << StyleField::Version << "";
+        QTest::newRow("orb link") << "fldOrbHREF"
+                                  << "#top" << StyleField::OrbHref << "index.3dml#top";
+        QTest::newRow("sky colour") << "rgbSky/txtG"
+                                    << "5" << StyleField::SkyColor << "(10,205,30)";
     }
 
     void editMarksBlockset()
@@ -101,9 +108,8 @@ private slots:
         QCOMPARE(fixture->panel("stbProcess"), QString("Update file saved."));
         QCOMPARE(readBytes(archive), before);
         // The update file carries the size of the .bset as it is on disk.
-        QCOMPARE(readBytes(updateFile),
-                 "<version id=\"1.0\" size=\"" + QByteArray::number(before.size()) + "\">\r\n" + written
-                     + "\r\n</version>\r\n");
+        QCOMPARE(readBytes(updateFile), "<version id=\"1.0\" size=\"" + QByteArray::number(before.size()) + "\">\r\n"
+                                            + written + "\r\n</version>\r\n");
         verifyMarked(false);
         QVERIFY(!fixture->document().updateChanged());
         QCOMPARE(fixture->shownText("fldUpdate"), keys);
@@ -113,12 +119,17 @@ private:
     // An open, unchanged blockset whose style sets every value control.
     void openStyledBlockset()
     {
-        QVERIFY(fixture->openBlockset(
-            {.name = "Styled", .blocks = 2, .textures = 3,
-             .values = {{StyleField::SkyTexture, "texture0.jpg"}, {StyleField::SkyColor, "(10,20,30)"},
-                        {StyleField::SkyBrightness, "50%"}, {StyleField::GroundColor, "(1,2,3)"},
-                        {StyleField::OrbColor, "(200,201,202)"}, {StyleField::OrbBrightness, "10%"},
-                        {StyleField::OrbPosition, "(90,-4)"}, {StyleField::OrbHref, "index.3dml"}}}));
+        QVERIFY(fixture->openBlockset({.name = "Styled",
+                                       .blocks = 2,
+                                       .textures = 3,
+                                       .values = {{StyleField::SkyTexture, "texture0.jpg"},
+                                                  {StyleField::SkyColor, "(10,20,30)"},
+                                                  {StyleField::SkyBrightness, "50%"},
+                                                  {StyleField::GroundColor, "(1,2,3)"},
+                                                  {StyleField::OrbColor, "(200,201,202)"},
+                                                  {StyleField::OrbBrightness, "10%"},
+                                                  {StyleField::OrbPosition, "(90,-4)"},
+                                                  {StyleField::OrbHref, "index.3dml"}}}));
         verifyMarked(false);
     }
 
@@ -133,5 +144,5 @@ private:
 };
 
 QTEST_MAIN(TestSettingsEditsGui)
-#include "test_settings_edits_gui.moc"
 #include "moc_MainWindowFixture.cpp"
+#include "test_settings_edits_gui.moc"

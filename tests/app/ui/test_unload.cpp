@@ -18,12 +18,20 @@ private slots:
         QTest::addColumn<QString>("edit");  // control typed into
         QTest::addColumn<QString>("leave"); // "window": its close button; or a command
         QTest::addColumn<QString>("title"); // of the save question
-        QTest::newRow("style value edited") << "fldSynopsis" << "window" << "Blockset Changed";
-        QTest::newRow("only update comment, Exit") << "fldUpdate" << "mnuExit" << "Blockset Changed";
+        QTest::newRow("style value edited") << "fldSynopsis"
+                                            << "window"
+                                            << "Blockset Changed";
+        QTest::newRow("only update comment, Exit") << "fldUpdate"
+                                                   << "mnuExit"
+                                                   << "Blockset Changed";
         // A texture box reports its edit when it loses the focus; neither closing the
         // window nor a toolbar button moves the focus: the edit must count all the same.
-        QTest::newRow("texture typed, box focused") << "lstPlaceholderTexture" << "window" << "Blockset Changed";
-        QTest::newRow("texture typed, toolbar Close") << "lstPlaceholderTexture" << "btnClose" << "Close Blockset";
+        QTest::newRow("texture typed, box focused") << "lstPlaceholderTexture"
+                                                    << "window"
+                                                    << "Blockset Changed";
+        QTest::newRow("texture typed, toolbar Close") << "lstPlaceholderTexture"
+                                                      << "btnClose"
+                                                      << "Close Blockset";
     }
 
     void asksOnlyForChangedBlockset()
@@ -107,5 +115,5 @@ private slots:
 };
 
 QTEST_MAIN(TestUnload)
-#include "test_unload.moc"
 #include "moc_MainWindowFixture.cpp"
+#include "test_unload.moc"

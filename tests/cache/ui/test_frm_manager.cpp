@@ -48,8 +48,9 @@ private slots:
         QVERIFY(QDir().mkpath(prefix + u"/dosdevices"_s));
         QFile::link(u"../drive_c"_s, prefix + u"/dosdevices/c:"_s);
         if (files >= 0)
-            writeBytes(prefix + u"/system.reg"_s, "WINE REGISTRY Version 2\n\n[Software\\\\Microsoft\\\\Internet Explorer\\\\"
-                                                  "Plugins\\\\Extension\\\\.3dml] 1\n\"Location\"=\"C:\\\\Rover\\\\npRover.dll\"\n");
+            writeBytes(prefix + u"/system.reg"_s,
+                       "WINE REGISTRY Version 2\n\n[Software\\\\Microsoft\\\\Internet Explorer\\\\"
+                       "Plugins\\\\Extension\\\\.3dml] 1\n\"Location\"=\"C:\\\\Rover\\\\npRover.dll\"\n");
         for (int i = 0; i < files; ++i) // sizes 30, 20, 10 in name order
             writeBytes(cache + u"/set"_s + QString::number(i) + u".bset"_s, QByteArray(30 - 10 * i, 'x'));
         qputenv("WINEPREFIX", prefix.toLocal8Bit());
@@ -68,7 +69,8 @@ private slots:
         QCOMPARE(window.findChild<QAction *>(u"mnuIE"_s)->isChecked(), files >= 0);
         QCOMPARE(window.findChild<QAction *>(u"mnuNS"_s)->isEnabled(), false);
         if (files < 0) {
-            QCOMPARE(window.findChild<QLabel *>(u"stbProcess"_s)->text(), u"Flatland Rover is not installed. No blockset cache found."_s);
+            QCOMPARE(window.findChild<QLabel *>(u"stbProcess"_s)->text(),
+                     u"Flatland Rover is not installed. No blockset cache found."_s);
             return;
         }
         if (files == 0)
@@ -89,7 +91,6 @@ private slots:
         window.findChild<QAction *>(u"mnuCopyURL"_s)->trigger();
         QCOMPARE(QApplication::clipboard()->text(), u"http://www.host.com/a/set1.bset"_s);
     }
-
 };
 
 QTEST_MAIN(TestFrmManager)

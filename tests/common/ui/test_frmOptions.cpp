@@ -1,9 +1,9 @@
 // frmOptions offscreen: loading, the strict-prefix / sync-double coupling, OK,
 // Cancel, keyboard and layout. Leaves out: modality, which the main window decides.
 #include "common/HiveRegistry.h"
-#include "support/TestFiles.h"
 #include "common/RegistryWrapper.h"
 #include "common/ui/frmOptions.h"
+#include "support/TestFiles.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -116,15 +116,27 @@ private slots:
         QTest::addColumn<QString>("written"); // in box order; "" = nothing
         const QList<int> none, all{0, 1, 2, 3, 4, 5, 6};
         QTest::newRow("changed boxes") << kDefaults << kDefaults << QList<int>{ShowWarnings, SkipEdit, SyncDouble}
-                                       << "cmdOK" << ".xxx.xx";
-        QTest::newRow("one means on") << "1.1111." << "x.xxxx." << none << "cmdOK" << "x.xxxx.";
+                                       << "cmdOK"
+                                       << ".xxx.xx";
+        QTest::newRow("one means on") << "1.1111."
+                                      << "x.xxxx." << none << "cmdOK"
+                                      << "x.xxxx.";
         QTest::newRow("unchecked strict prefix stores sync double off")
-            << kDefaults << kDefaults << QList<int>{StrictPrefix} << "cmdOK" << "xxx...x";
-        QTest::newRow("strict prefix without sync double") << "...x..." << "...x..." << none << "cmdOK" << "...x...";
-        QTest::newRow("disabled sync double kept as stored") << "....x.." << "....x.." << none << "cmdOK" << "....x..";
-        QTest::newRow("missing values written") << "       " << "......." << QList<int>{UpdateFile} << "cmdOK" << "......x";
-        QTest::newRow("Cancel button") << kDefaults << kDefaults << all << "cmdCancel" << "";
-        QTest::newRow("Esc key") << kDefaults << kDefaults << all << "esc" << "";
+            << kDefaults << kDefaults << QList<int>{StrictPrefix} << "cmdOK"
+            << "xxx...x";
+        QTest::newRow("strict prefix without sync double") << "...x..."
+                                                           << "...x..." << none << "cmdOK"
+                                                           << "...x...";
+        QTest::newRow("disabled sync double kept as stored") << "....x.."
+                                                             << "....x.." << none << "cmdOK"
+                                                             << "....x..";
+        QTest::newRow("missing values written") << "       "
+                                                << "......." << QList<int>{UpdateFile} << "cmdOK"
+                                                << "......x";
+        QTest::newRow("Cancel button") << kDefaults << kDefaults << all << "cmdCancel"
+                                       << "";
+        QTest::newRow("Esc key") << kDefaults << kDefaults << all << "esc"
+                                 << "";
     }
     void loadAndClose()
     {

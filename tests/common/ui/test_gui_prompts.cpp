@@ -88,8 +88,8 @@ private slots:
         const int esc = -1;
         QTest::newRow("warning OK") << PromptButtons::Ok << PromptIcon::Exclamation << ok << QMessageBox::Warning
                                     << int(QMessageBox::Ok) << PromptAnswer::Ok;
-        QTest::newRow("error, Esc is OK") << PromptButtons::Ok << PromptIcon::Critical << ok << QMessageBox::Critical
-                                          << esc << PromptAnswer::Ok;
+        QTest::newRow("error, Esc is OK")
+            << PromptButtons::Ok << PromptIcon::Critical << ok << QMessageBox::Critical << esc << PromptAnswer::Ok;
         QTest::newRow("Yes") << PromptButtons::YesNo << PromptIcon::Question << yesNo << QMessageBox::Question
                              << int(QMessageBox::Yes) << PromptAnswer::Yes;
         QTest::newRow("Esc is Cancel") << PromptButtons::YesNoCancel << PromptIcon::None << yesNoCancel
@@ -118,7 +118,8 @@ private slots:
             QCOMPARE(seen->standardButtons(), shown);
             QCOMPARE(seen->icon(), shownIcon);
             QCOMPARE(seen->parentWidget(), &owner);
-            QCOMPARE(seen->standardButton(seen->defaultButton()), buttons == PromptButtons::Ok ? QMessageBox::Ok : QMessageBox::Yes);
+            QCOMPARE(seen->standardButton(seen->defaultButton()),
+                     buttons == PromptButtons::Ok ? QMessageBox::Ok : QMessageBox::Yes);
             if (press < 0)
                 QTest::keyClick(seen, Qt::Key_Escape);
             else
@@ -139,11 +140,13 @@ private slots:
         QCOMPARE(prompts.openFiles("Add Blocks", "Block files (*.block),*.block", m_dir.path()),
                  QStringList({path("b.block"), path("c.block"), path("a.block")}));
         chooseInNextDialog("a.block");
-        QCOMPARE(prompts.openFiles("Add Blocks", "Block files (*.block),*.block", m_dir.path()), QStringList{path("a.block")});
+        QCOMPARE(prompts.openFiles("Add Blocks", "Block files (*.block),*.block", m_dir.path()),
+                 QStringList{path("a.block")});
         // Saving adds the default extension, given with or without its dot.
         for (const QString &ext : {"bset", ".bset"}) {
             chooseInNextDialog("tower", [](QFileDialog *d) { QCOMPARE(d->acceptMode(), QFileDialog::AcceptSave); });
-            QCOMPARE(prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", ext, m_dir.path()), path("tower.bset"));
+            QCOMPARE(prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", ext, m_dir.path()),
+                     path("tower.bset"));
         }
     }
 };

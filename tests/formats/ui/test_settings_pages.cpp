@@ -26,16 +26,19 @@ const QStringList kTextures{"brick.gif", "clouds.jpg", "cobblestone_wall.jpg", "
 
 StyleValues sampleStyle()
 {
-    return {"1.2", "Castle", "Stone walls and gates", "A. Builder", "free to use", "brick.gif", "clouds.jpg",
-            "(0,0,255)", "80%", "grass.gif", "(0,128,0)", "sun.gif", "(255,255,255)", "100%", "(45,30)",
-            "index.3dml", "_self", "Home"};
+    return {"1.2",           "Castle",      "Stone walls and gates",
+            "A. Builder",    "free to use", "brick.gif",
+            "clouds.jpg",    "(0,0,255)",   "80%",
+            "grass.gif",     "(0,128,0)",   "sun.gif",
+            "(255,255,255)", "100%",        "(45,30)",
+            "index.3dml",    "_self",       "Home"};
 }
 
 // Every control of a style value, in StyleField order.
-const char *const kControls[] = {"fldVersion", "fldBlocksetName", "fldSynopsis", "fldAuthor", "fldCopyright",
-                                 "lstPlaceholderTexture", "lstSkyTexture", "rgbSky", "prcSky", "lstGroundTexture",
-                                 "rgbGround", "lstOrbTexture", "rgbOrb", "prcOrb", "posOrb", "fldOrbHREF",
-                                 "fldOrbTarget", "fldOrbText"};
+const char *const kControls[] = {
+    "fldVersion",    "fldBlocksetName", "fldSynopsis", "fldAuthor",        "fldCopyright", "lstPlaceholderTexture",
+    "lstSkyTexture", "rgbSky",          "prcSky",      "lstGroundTexture", "rgbGround",    "lstOrbTexture",
+    "rgbOrb",        "prcOrb",          "posOrb",      "fldOrbHREF",       "fldOrbTarget", "fldOrbText"};
 
 // What a control shows, whatever its kind.
 QString shownText(const QWidget *control)
@@ -88,18 +91,40 @@ private slots:
         QTest::addColumn<QString>("value");
         QTest::addColumn<int>("count");
         // Boxes start from sampleStyle(); the typed keys replace the whole text.
-        QTest::newRow("orb link") << StyleField::OrbHref << "" << "a.3dml" << "a.3dml" << 6;
-        QTest::newRow("sky colour") << StyleField::SkyColor << "txtB" << "77" << "(0,0,77)" << 2;
-        QTest::newRow("sky brightness") << StyleField::SkyBrightness << "txtB" << "5" << "5%" << 1;
-        QTest::newRow("ground colour clamped") << StyleField::GroundColor << "txtG" << "300" << "(0,255,0)" << 3;
-        QTest::newRow("orb brightness") << StyleField::OrbBrightness << "txtB" << "60" << "60%" << 2;
-        QTest::newRow("orb turn") << StyleField::OrbPosition << "txtTurn" << "90" << "(90,30)" << 2;
-        QTest::newRow("orb tilt minus only") << StyleField::OrbPosition << "txtTilt" << "-" << "" << 1;
-        QTest::newRow("version") << StyleField::Version << "" << "2.0" << "2.0" << 3;
-        QTest::newRow("synopsis") << StyleField::Synopsis << "" << "Walls" << "Walls" << 5;
+        QTest::newRow("orb link") << StyleField::OrbHref << ""
+                                  << "a.3dml"
+                                  << "a.3dml" << 6;
+        QTest::newRow("sky colour") << StyleField::SkyColor << "txtB"
+                                    << "77"
+                                    << "(0,0,77)" << 2;
+        QTest::newRow("sky brightness") << StyleField::SkyBrightness << "txtB"
+                                        << "5"
+                                        << "5%" << 1;
+        QTest::newRow("ground colour clamped") << StyleField::GroundColor << "txtG"
+                                               << "300"
+                                               << "(0,255,0)" << 3;
+        QTest::newRow("orb brightness") << StyleField::OrbBrightness << "txtB"
+                                        << "60"
+                                        << "60%" << 2;
+        QTest::newRow("orb turn") << StyleField::OrbPosition << "txtTurn"
+                                  << "90"
+                                  << "(90,30)" << 2;
+        QTest::newRow("orb tilt minus only") << StyleField::OrbPosition << "txtTilt"
+                                             << "-"
+                                             << "" << 1;
+        QTest::newRow("version") << StyleField::Version << ""
+                                 << "2.0"
+                                 << "2.0" << 3;
+        QTest::newRow("synopsis") << StyleField::Synopsis << ""
+                                  << "Walls"
+                                  << "Walls" << 5;
         // A '"' would end the attribute value early in the style file.
-        QTest::newRow("orb link quote refused") << StyleField::OrbHref << "" << "a\"b" << "ab" << 2;
-        QTest::newRow("synopsis quote refused") << StyleField::Synopsis << "" << "\"W\"" << "W" << 1;
+        QTest::newRow("orb link quote refused") << StyleField::OrbHref << ""
+                                                << "a\"b"
+                                                << "ab" << 2;
+        QTest::newRow("synopsis quote refused") << StyleField::Synopsis << ""
+                                                << "\"W\""
+                                                << "W" << 1;
     }
 
     void editsReportFieldAndValue()
@@ -133,7 +158,9 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&host.window));
         SettingsTab *page = host.settings;
         QSignalSpy edits(page, &SettingsTab::styleValueEdited);
-        const auto edit = [](StyleField field, const QString &value) { return QString::number(int(field)) + u' ' + value; };
+        const auto edit = [](StyleField field, const QString &value) {
+            return QString::number(int(field)) + u' ' + value;
+        };
         const auto last = [&] { return edit(edits.last().at(0).value<StyleField>(), edits.last().at(1).toString()); };
         const auto type = [](QComboBox *box, const QString &text) {
             box->setFocus(Qt::TabFocusReason);
@@ -212,8 +239,8 @@ private slots:
         // Start from the opposite of every state so that each one has to be set.
         page.showSymbols({!strictChecked, !strictEnabled, !syncChecked, !syncEnabled, !listEnabled,
                           prefixIndex == 0 ? 3 : 0, false, false});
-        const SymbolSettings symbols{strictChecked, strictEnabled, syncChecked, syncEnabled, listEnabled, prefixIndex,
-                                     strictChecked, false};
+        const SymbolSettings symbols{strictChecked, strictEnabled, syncChecked,   syncEnabled,
+                                     listEnabled,   prefixIndex,   strictChecked, false};
         QSignalSpy edits(&page, &SettingsTab::symbolControlsEdited);
         page.showSymbols(symbols);
 
@@ -226,8 +253,10 @@ private slots:
         QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->currentText(), prefixAlphabet().at(prefixIndex));
         // An enabled list has the window background, a disabled one the button face.
         const QColor expected = QApplication::palette().color(listEnabled ? QPalette::Base : QPalette::Button);
-        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->palette().color(QPalette::Disabled, QPalette::Base), expected);
-        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->palette().color(QPalette::Active, QPalette::Button), expected);
+        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->palette().color(QPalette::Disabled, QPalette::Base),
+                 expected);
+        QCOMPARE(page.findChild<QComboBox *>("lstStrictPrefix")->palette().color(QPalette::Active, QPalette::Button),
+                 expected);
         QCOMPARE(page.shownSymbols(), symbols);
     }
 
@@ -276,13 +305,27 @@ private slots:
             order << focus->parentWidget()->objectName() + u'.' + focus->objectName();
             QTest::keyClick(focus, Qt::Key_Tab);
         }
-        QCOMPARE(order, (QStringList{
-            "grpPlaceholder.lstPlaceholderTexture", "grpSky.lstSkyTexture", "rgbSky.txtR", "rgbSky.txtG",
-            "rgbSky.txtB", "prcSky.txtB", "grpGround.lstGroundTexture", "rgbGround.txtR", "rgbGround.txtG",
-            "rgbGround.txtB", "grpOrb.lstOrbTexture", "rgbOrb.txtR", "rgbOrb.txtG", "rgbOrb.txtB", "prcOrb.txtB",
-            "posOrb.txtTurn", "posOrb.txtTilt", "grpOrb.fldOrbHREF", "grpOrb.fldOrbTarget", "grpOrb.fldOrbText"}));
+        QCOMPARE(order, (QStringList{"grpPlaceholder.lstPlaceholderTexture",
+                                     "grpSky.lstSkyTexture",
+                                     "rgbSky.txtR",
+                                     "rgbSky.txtG",
+                                     "rgbSky.txtB",
+                                     "prcSky.txtB",
+                                     "grpGround.lstGroundTexture",
+                                     "rgbGround.txtR",
+                                     "rgbGround.txtG",
+                                     "rgbGround.txtB",
+                                     "grpOrb.lstOrbTexture",
+                                     "rgbOrb.txtR",
+                                     "rgbOrb.txtG",
+                                     "rgbOrb.txtB",
+                                     "prcOrb.txtB",
+                                     "posOrb.txtTurn",
+                                     "posOrb.txtTilt",
+                                     "grpOrb.fldOrbHREF",
+                                     "grpOrb.fldOrbTarget",
+                                     "grpOrb.fldOrbText"}));
     }
-
 };
 
 QTEST_MAIN(TestSettingsPages)

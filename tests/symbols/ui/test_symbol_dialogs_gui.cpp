@@ -58,32 +58,33 @@ private slots:
         QFETCH(bool, sync);
         ScriptedPrompts prompts;
         const BlocksetContent content = blockset(strict, sync);
-        const SymbolDialogAnswer answer = run(addBlockSetup(prompts, content, u"c.block"_s), prompts, [&](QDialog &dialog) {
-            QCOMPARE(dialog.objectName(), u"frmAddBlock"_s);
-            QCOMPARE(dialog.windowTitle(), u"Add symbols for c.block"_s);
-            auto *single = dialog.findChild<QComboBox *>(u"lstSingleChars"_s);
-            auto *prefix = dialog.findChild<QComboBox *>(u"lstDoublePrefix"_s);
-            auto *chars = dialog.findChild<QComboBox *>(u"lstDoubleChars"_s);
-            auto *field = dialog.findChild<QLineEdit *>(u"fldDoubleChars"_s);
-            QVERIFY(single && prefix && chars && field);
-            QCOMPARE(prefix->isVisible(), strict);
-            QCOMPARE(chars->isVisible(), strict);
-            QCOMPARE(field->isVisible(), !strict);
-            if (strict) {
-                QVERIFY(!prefix->isEnabled()); // always the blockset's prefix
-                QCOMPARE(prefix->count(), 90);
-                QCOMPARE(chars->isEnabled(), !sync);
-            }
-            single->setFocus();
-            single->setCurrentIndex(single->findText(u"E"_s));
-            if (!strict)
-                field->setText(u"!a"_s);
-            if (const QString dir = qEnvironmentVariable("CUBRIX_SCREENSHOTS"); !dir.isEmpty()) {
-                QDir().mkpath(dir);
-                dialog.grab().save(dir + u"/frmAddBlock-%1.png"_s.arg(QTest::currentDataTag()).replace(u' ', u'-'));
-            }
-            dialog.findChild<QPushButton *>(u"btnOK"_s)->click();
-        });
+        const SymbolDialogAnswer answer =
+            run(addBlockSetup(prompts, content, u"c.block"_s), prompts, [&](QDialog &dialog) {
+                QCOMPARE(dialog.objectName(), u"frmAddBlock"_s);
+                QCOMPARE(dialog.windowTitle(), u"Add symbols for c.block"_s);
+                auto *single = dialog.findChild<QComboBox *>(u"lstSingleChars"_s);
+                auto *prefix = dialog.findChild<QComboBox *>(u"lstDoublePrefix"_s);
+                auto *chars = dialog.findChild<QComboBox *>(u"lstDoubleChars"_s);
+                auto *field = dialog.findChild<QLineEdit *>(u"fldDoubleChars"_s);
+                QVERIFY(single && prefix && chars && field);
+                QCOMPARE(prefix->isVisible(), strict);
+                QCOMPARE(chars->isVisible(), strict);
+                QCOMPARE(field->isVisible(), !strict);
+                if (strict) {
+                    QVERIFY(!prefix->isEnabled()); // always the blockset's prefix
+                    QCOMPARE(prefix->count(), 90);
+                    QCOMPARE(chars->isEnabled(), !sync);
+                }
+                single->setFocus();
+                single->setCurrentIndex(single->findText(u"E"_s));
+                if (!strict)
+                    field->setText(u"!a"_s);
+                if (const QString dir = qEnvironmentVariable("CUBRIX_SCREENSHOTS"); !dir.isEmpty()) {
+                    QDir().mkpath(dir);
+                    dialog.grab().save(dir + u"/frmAddBlock-%1.png"_s.arg(QTest::currentDataTag()).replace(u' ', u'-'));
+                }
+                dialog.findChild<QPushButton *>(u"btnOK"_s)->click();
+            });
         QVERIFY(answer.accepted);
         QCOMPARE(answer.single, u"E"_s);
         QTEST(answer.doubleSymbol, "doubleSymbol");
