@@ -9,9 +9,10 @@
 // Usage: bench_open_save [RUNS]   (best of RUNS, default 5)
 //        bench_open_save --make FILE.bset   (only writes the benchmark's blockset)
 
-#include "app/Archive.h"
+#include "storage/ArchiveReader.h"
+#include "storage/ArchiveWriter.h"
 #include "app/BlocksetDocument.h"
-#include "app/WorkingFolder.h"
+#include "storage/WorkingFolder.h"
 #include "common/HiveRegistry.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
@@ -290,14 +291,14 @@ int main(int argc, char *argv[])
     double archiveOpenMs = std::numeric_limits<double>::max();
     Timed extract{[&] { freshFolder(extractTarget); },
                   [&] {
-                      Archive unpacker;
+                      ArchiveReader unpacker;
                       QElapsedTimer timer;
                       timer.start();
-                      if (!unpacker.openArchive(archive))
-                          fail(u"openArchive failed"_s);
+                      if (!unpacker.open(archive))
+                          fail(u"open failed"_s);
                       archiveOpenMs = std::min(archiveOpenMs, double(timer.nsecsElapsed()) / 1e6);
-                      if (!unpacker.extractAll(extractTarget))
-                          fail(u"extractAll failed: "_s + unpacker.lastError());
+                      if (const Result extracted = unpacker.extractAll(extractTarget); !extracted)
+                          fail(u"extractAll failed: "_s + extracted.reason());
                   }};
     Timed parse{nullptr, [&] {
                     Parser parser;
@@ -352,14 +353,14 @@ int main(int argc, char *argv[])
     double addMs = std::numeric_limits<double>::max();
     Timed pack{[&] { QFile::remove(packTarget); },
                [&] {
-                   Archive packer;
+                   ArchiveWriter packer(packTarget);
                    QElapsedTimer timer;
                    timer.start();
-                   if (!packer.newArchive(packTarget) || !packer.addFiles(folder.workingFolder(), true))
-                       fail(u"adding files failed: "_s + packer.lastError());
+                   if (const Result added = packer.addFolder(folder.workingFolder()); !added)
+                       fail(u"adding files failed: "_s + added.reason());
                    addMs = std::min(addMs, double(timer.nsecsElapsed()) / 1e6);
-                   if (!packer.writeArchive())
-                       fail(u"writeArchive failed: "_s + packer.lastError());
+                   if (const Result written = packer.write(); !written)
+                       fail(u"write failed: "_s + written.reason());
                }};
     measure(runs, {&save, &zip, &zipStore, &pack});
     const double unzipMs = unzip.bestMs, openMs = open.bestMs, clearMs = clear.bestMs, extractMs = extract.bestMs,
@@ -369,8 +370,8 @@ int main(int argc, char *argv[])
     report("unzip -q -o ARCHIVE -d DIR", unzipMs);
     report("BlocksetDocument::openBlockset", openMs);
     report("  phase: clearWorkingFolders (full folder)", clearMs);
-    report("  phase: Archive::openArchive", archiveOpenMs);
-    report("  phase: Archive::openArchive + extractAll", extractMs);
+    report("  phase: ArchiveReader::open", archiveOpenMs);
+    report("  phase: ArchiveReader open + extractAll", extractMs);
     report("  phase: read style + 89 block files", parseMs);
     std::printf("  open/unzip = %.2f (goal <= 1.30)\n", openMs / unzipMs);
 
@@ -378,8 +379,8 @@ int main(int argc, char *argv[])
     report("zip -r -6 -q OUT.bset .", zipMs);
     report("zip -r -6 -n .gif:.jpg -q OUT.bset .", zipStore.bestMs);
     report("BlocksetDocument::saveBlocksetAs", saveMs);
-    report("  phase: Archive newArchive + addFiles", addMs);
-    report("  phase: Archive newArchive + addFiles + writeArchive", packMs);
+    report("  phase: ArchiveWriter addFolder", addMs);
+    report("  phase: ArchiveWriter addFolder + write", packMs);
     const double zipSize = double(QFileInfo(zipTarget).size()), saveSize = double(QFileInfo(saveTarget).size());
     std::printf("  save/zip = %.2f (goal <= 0.50), save/zip -n = %.2f\n", saveMs / zipMs, saveMs / zipStore.bestMs);
     std::printf(

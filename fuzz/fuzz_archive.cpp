@@ -2,7 +2,7 @@
 // outside that folder: the target aborts when anything but the archive and the
 // folder stands beside them afterwards.
 #include "FuzzSupport.h"
-#include "app/Archive.h"
+#include "storage/ArchiveReader.h"
 
 CUBRIX_FUZZ_ENTRY(fuzzArchive)
 {
@@ -13,8 +13,8 @@ CUBRIX_FUZZ_ENTRY(fuzzArchive)
     QDir().mkpath(target);
     fuzzWrite(archivePath, fuzzBytes(data, size));
     {
-        Archive archive;
-        if (archive.openArchive(archivePath)) {
+        ArchiveReader archive;
+        if (archive.open(archivePath)) {
             (void)archive.extractAll(target);
             QByteArray entry;
             (void)archive.readEntry(QStringLiteral("blocks/wall.block"), entry);

@@ -1,7 +1,7 @@
 #include "app/BlocksetCheck.h"
 
 #include "app/BlocksetDocument.h"
-#include "app/WorkingFolder.h"
+#include "storage/WorkingFolder.h"
 #include "common/CommonFunctions.h"
 #include "common/RegistryWrapper.h"
 #include "rover/RoverStyleRules.h"

@@ -2,7 +2,9 @@
 
 #include "app/DocumentView.h"
 #include "app/RoverCompatibility.h"
-#include "app/WorkingFolder.h"
+#include "storage/ArchiveReader.h"
+#include "storage/ArchiveWriter.h"
+#include "storage/WorkingFolder.h"
 #include "common/CommonFunctions.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
@@ -202,9 +204,15 @@ void BlocksetDocument::openBlockset(const QString &file)
 
     setBusy(true);
     letEventsRun();
-    if (!m_archive.openArchive(m_blocksetPath) || !m_archive.extractAll(m_folder.workingFolder())) {
-        failOpen(m_archive.lastError());
-        return;
+    {
+        ArchiveReader archive;
+        Result read = archive.open(m_blocksetPath);
+        if (read)
+            read = archive.extractAll(m_folder.workingFolder());
+        if (!read) {
+            failOpen(read.reason());
+            return;
+        }
     }
     m_blocksetFileName = nativeFileName(m_blocksetPath);
     const QString baseName = nativeBaseName(m_blocksetFileName);
@@ -405,9 +413,8 @@ bool BlocksetDocument::saveBlockset()
             if (info.fileName() != styleName && info.fileName().compare(styleName, Qt::CaseInsensitive) == 0)
                 QFile::remove(info.absoluteFilePath());
         }
-        const bool packed = !m_blocksetPath.isEmpty() && m_archive.newArchive(m_blocksetPath)
-                            && m_archive.addFiles(m_folder.workingFolder(), true) && m_archive.writeArchive();
-        m_archive.newArchive(QString());
+        ArchiveWriter archive(m_blocksetPath);
+        const bool packed = !m_blocksetPath.isEmpty() && archive.addFolder(m_folder.workingFolder()) && archive.write();
         if (!packed)
             return fail(u"Unable to save blockset!"_s);
         result = u"Blockset "_s;

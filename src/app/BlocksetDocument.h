@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/Archive.h"
 #include "formats/BlocksetModel.h"
 #include "formats/Parser.h"
 #include "symbols/OperationHost.h"
@@ -98,7 +97,6 @@ private:
     RegistryWrapper &m_settings;
     WorkingFolder &m_folder;
     DocumentView *m_view = nullptr;
-    Archive m_archive;
     Parser m_parser;
 
     bool m_blocksetOpen = false;

@@ -1,7 +1,7 @@
 #include "cache/CacheIndex.h"
 
 #include "common/CommonFunctions.h"
-#include "common/Cp1252.h"
+#include "storage/Cp1252.h"
 #include "formats/Parser.h"
 
 #include <QHash>

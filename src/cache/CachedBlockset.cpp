@@ -1,6 +1,6 @@
 #include "cache/CachedBlockset.h"
 
-#include "app/Archive.h"
+#include "storage/ArchiveReader.h"
 #include "common/CommonFunctions.h"
 #include "formats/Parser.h"
 #include "formats/Parser_Style.h"
@@ -22,8 +22,8 @@ void takeKnown(QString &column, const QString &value)
 
 void readCachedBlockset(const QString &path, CacheRow &row)
 {
-    Archive archive;
-    if (!archive.openArchive(path)) {
+    ArchiveReader archive;
+    if (!archive.open(path)) {
         row.readable = false;
         return;
     }

@@ -2,7 +2,7 @@
 
 #include "app/BlocksetCheck.h"
 #include "app/BlocksetDocument.h"
-#include "app/WorkingFolder.h"
+#include "storage/WorkingFolder.h"
 #include "cli/CliCache.h"
 #include "cli/CliCheck.h"
 #include "cli/CliEditCommands.h"

@@ -1,4 +1,4 @@
-#include "app/PlatformFile.h"
+#include "storage/PlatformFile.h"
 #include "cli/CliApp.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,7 @@
 #include "common/HiveRegistry.h"
 
-#include "common/Cp1252.h"
+#include "storage/Cp1252.h"
+#include "storage/PlatformFile.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -17,9 +18,6 @@
 #include <cerrno>
 #include <cstring>
 
-#ifdef Q_OS_UNIX
-#include <sys/stat.h>
-#endif
 
 using namespace Qt::StringLiterals;
 
@@ -243,43 +241,11 @@ std::optional<QStringList> splitKeyPath(const QString &path)
     return names;
 }
 
-struct FileStamp {
-    bool exists = false;
-    bool missing = false; // does not exist (as opposed to: cannot be looked at)
-    qint64 size = -1;
-    qint64 mtimeNs = 0;
-    qint64 ctimeNs = 0;
-    quint64 inode = 0;
-    bool operator==(const FileStamp &) const = default;
-};
+using PlatformFile::FileStamp;
 
 FileStamp stampOf(const QString &path)
 {
-    FileStamp stamp;
-#ifdef Q_OS_UNIX
-    struct stat st {};
-    if (::stat(QFile::encodeName(path).constData(), &st) != 0) {
-        stamp.missing = errno == ENOENT || errno == ENOTDIR;
-        return stamp;
-    }
-    stamp.exists = true;
-    stamp.size = st.st_size;
-    stamp.mtimeNs = qint64(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
-    stamp.ctimeNs = qint64(st.st_ctim.tv_sec) * 1000000000 + st.st_ctim.tv_nsec;
-    stamp.inode = st.st_ino;
-#else
-    const QFileInfo info(path);
-    if (!info.exists()) {
-        stamp.missing = true;
-        return stamp;
-    }
-    stamp.exists = true;
-    stamp.size = info.size();
-    stamp.mtimeNs = info.lastModified().toMSecsSinceEpoch() * 1000000;
-    const QDateTime changed = info.metadataChangeTime();
-    stamp.ctimeNs = changed.isValid() ? changed.toMSecsSinceEpoch() * 1000000 : 0;
-#endif
-    return stamp;
+    return PlatformFile::fileStamp(PlatformFile::encodeName(path));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "formats/Parser.h"
 
-#include "common/Cp1252.h"
+#include "storage/Cp1252.h"
 
 #include <cstring>
 

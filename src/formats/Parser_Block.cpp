@@ -1,6 +1,6 @@
 #include "formats/Parser_Block.h"
 
-#include "common/Cp1252.h"
+#include "storage/Cp1252.h"
 #include "formats/Parser.h"
 
 using namespace Qt::StringLiterals;

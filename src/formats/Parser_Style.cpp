@@ -1,6 +1,6 @@
 #include "formats/Parser_Style.h"
 
-#include "common/Cp1252.h"
+#include "storage/Cp1252.h"
 #include "common/ProgramVersion.h"
 #include "formats/Parser.h"
 #include "formats/ValueFormats.h"

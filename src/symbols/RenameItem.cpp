@@ -1,7 +1,7 @@
 #include "symbols/RenameItem.h"
 
 #include "common/CommonFunctions.h"
-#include "common/Cp1252.h"
+#include "storage/Cp1252.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
 #include "symbols/OperationHost.h"

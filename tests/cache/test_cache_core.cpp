@@ -1,6 +1,6 @@
 // Rover lookups in fake Wine prefixes, the cache index and the manager's commands.
 
-#include "app/Archive.h"
+#include "storage/ArchiveWriter.h"
 #include "cache/CacheIndex.h"
 #include "cache/CacheLocation.h"
 #include "cache/CacheManager.h"
@@ -59,10 +59,9 @@ class TestCacheCore : public QObject {
             writeBytes(content.path() + u'/' + item, "x");
         if (!style.isEmpty())
             writeBytes(content.path() + u'/' + nativeBaseName(path) + u".style"_s, style);
-        Archive archive;
-        QVERIFY(archive.newArchive(path));
-        QVERIFY(archive.addFiles(content.path(), false));
-        QVERIFY(archive.writeArchive());
+        ArchiveWriter archive(path);
+        QVERIFY(archive.addFolder(content.path()));
+        QVERIFY(archive.write());
     }
 
 private slots:

@@ -1,4 +1,4 @@
-#include "common/Cp1252.h"
+#include "storage/Cp1252.h"
 #include "formats/Parser.h"
 
 #include <QRandomGenerator>

@@ -4,8 +4,9 @@
 // whole-file writes, and archives packed and unpacked with the
 // project's own Archive class. Tests that include this link the app core.
 
-#include "app/Archive.h"
-#include "common/Cp1252.h"
+#include "storage/ArchiveReader.h"
+#include "storage/ArchiveWriter.h"
+#include "storage/Cp1252.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
@@ -73,16 +74,16 @@ inline bool writeBset(const QString &archivePath, const FileMap &files)
         if (!writeFile(staging.filePath(it.key()), it.value()))
             return false;
     }
-    Archive archive;
-    return archive.newArchive(archivePath) && archive.addFiles(staging.path(), true) && archive.writeArchive();
+    ArchiveWriter archive(archivePath);
+    return archive.addFolder(staging.path()) && archive.write();
 }
 
 // What an archive holds, unpacked with the project's Archive class.
 inline FileMap readBset(const QString &archivePath)
 {
     QTemporaryDir target;
-    Archive archive;
-    if (!archive.openArchive(archivePath) || !archive.extractAll(target.path()))
+    ArchiveReader archive;
+    if (!archive.open(archivePath) || !archive.extractAll(target.path()))
         return FileMap();
     return filesBelow(target.path());
 }

@@ -3,7 +3,7 @@
 #include "app/BlocksetDocument.h"
 #include "app/DroppedFiles.h"
 #include "app/InterfaceState.h"
-#include "app/WorkingFolder.h"
+#include "storage/WorkingFolder.h"
 #include "app/ui/ItemListPage.h"
 #include "app/ui/MainWindowIcons.h"
 #include "app/ui/frmAbout.h"

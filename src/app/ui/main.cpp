@@ -1,6 +1,6 @@
 // Main_Sub: the program's entry. It decides which window the user sees first.
 
-#include "app/PlatformFile.h"
+#include "storage/PlatformFile.h"
 #include "app/ui/MainSub.h"
 #include "app/ui/frmMain.h"
 #include "cache/CacheLocation.h"

@@ -8,7 +8,7 @@
 // MainWindowTest ends with #include "moc_MainWindowFixture.cpp".
 
 #include "app/BlocksetDocument.h"
-#include "app/WorkingFolder.h"
+#include "storage/WorkingFolder.h"
 #include "app/ui/frmMain.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser_Style.h"

@@ -8,6 +8,7 @@
 
 #include <ctime>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #ifndef Q_OS_UNIX
@@ -32,21 +33,21 @@ QString decodeName(const QByteArray &name);
 QString errorText(int err);
 
 // A folder whose entries are reached by name: an open descriptor on Unix, the
-// folder's checked path on Windows.
+// folder's checked path on Windows. It closes itself when it goes.
 struct Folder {
 #ifdef Q_OS_UNIX
     int fd = -1;
-    bool isOpen() const
-    {
-        return fd >= 0;
-    }
+    bool isOpen() const { return fd >= 0; }
 #else
     QByteArray path;
-    bool isOpen() const
-    {
-        return !path.isEmpty();
-    }
+    bool isOpen() const { return !path.isEmpty(); }
 #endif
+    Folder() = default;
+    ~Folder();
+    Folder(Folder &&other) noexcept;
+    Folder &operator=(Folder &&other) noexcept;
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
 };
 
 enum class Kind { Missing, File, Folder, Other }; // Other: a link, pipe, device, ...
@@ -62,6 +63,7 @@ bool openFolder(const QByteArray &path, bool followLink, Folder &folder, int &er
 // Opens the folder `name` ("a" or "a/b/") below `parent`, never through a link as
 // its last component; with `create`, a missing folder is made first.
 bool openFolderAt(const Folder &parent, const QByteArray &name, bool create, Folder &folder, int &err);
+// Closes the folder before it goes.
 void closeFolder(Folder &folder);
 // Lists a folder ("." and ".." left out), each entry's kind read without
 // following links.
@@ -81,21 +83,69 @@ bool openOwnFolder(const QByteArray &path, bool create, Folder &folder);
 // "XXXXXX"; its path, or "" on failure.
 QString makeUniqueFolder(const QString &pattern);
 
-// Opens a plain file for reading. -1 with `err` set when it cannot be opened, with
+bool closeFile(int fd, int &err);
+void closeFile(int fd); // when the file was only read, or is dropped anyway
+
+// An open file descriptor that closes itself when it goes.
+class FileHandle {
+public:
+    FileHandle() = default;
+    explicit FileHandle(int fd) : m_fd(fd) {}
+    ~FileHandle() { reset(); }
+    FileHandle(FileHandle &&other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+    FileHandle &operator=(FileHandle &&other) noexcept
+    {
+        if (this != &other) {
+            reset();
+            m_fd = std::exchange(other.m_fd, -1);
+        }
+        return *this;
+    }
+    FileHandle(const FileHandle &) = delete;
+    FileHandle &operator=(const FileHandle &) = delete;
+
+    int get() const { return m_fd; }
+    bool isOpen() const { return m_fd >= 0; }
+    // Hands the descriptor to a new owner.
+    int release() { return std::exchange(m_fd, -1); }
+    void reset()
+    {
+        if (m_fd >= 0)
+            closeFile(std::exchange(m_fd, -1));
+    }
+    // Closes now and says whether everything written reached the file system: a
+    // write may report its failure only here.
+    bool close(int &err) { return m_fd < 0 || closeFile(std::exchange(m_fd, -1), err); }
+
+private:
+    int m_fd = -1;
+};
+
+// Opens a plain file for reading. Not open, with `err` set when it cannot be opened, with
 // `err` 0 when it is no plain file.
-int openToRead(const QByteArray &path, qint64 &size, int &err);
+FileHandle openToRead(const QByteArray &path, qint64 &size, int &err);
 // Opens `name` below `folder` for writing, creating it. A file that is there
 // already is emptied only when it is a plain file with no second name (hard link)
 // and not a link. -1 with `err` set when it cannot be opened, with `err` 0 when it
 // is no such plain file.
-int createFile(const Folder &folder, const QByteArray &name, int &err);
+FileHandle createFile(const Folder &folder, const QByteArray &name, int &err);
 bool readAt(int fd, char *data, qint64 length, qint64 offset);
 bool writeAll(int fd, const char *data, size_t length, int &err);
 bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err);
 // Sets the file's modification (and access) time.
 void setModified(int fd, std::time_t time);
-bool closeFile(int fd, int &err);
-void closeFile(int fd); // when the file was only read, or is dropped anyway
+// What a file looks like on disk now: any change by another program (a write, a
+// replace by rename) changes the stamp.
+struct FileStamp {
+    bool exists = false;
+    bool missing = false; // known not to exist (as opposed to: cannot be looked at)
+    qint64 size = -1;
+    qint64 mtimeNs = 0;
+    qint64 ctimeNs = 0;
+    quint64 inode = 0;
+    bool operator==(const FileStamp &) const = default;
+};
+FileStamp fileStamp(const QByteArray &path);
 
 // Whether `part`, one component of a path, names on this system the file it
 // reads as. Windows reads more into some names: "a:b" names a data stream of "a",

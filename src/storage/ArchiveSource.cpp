@@ -1,6 +1,6 @@
-#include "app/ArchiveSource.h"
+#include "storage/ArchiveSource.h"
 
-#include "app/PlatformFile.h"
+#include "storage/PlatformFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,7 +11,7 @@ namespace {
 constexpr qint64 kWindow = qint64(1) << 20;
 
 struct WindowedFile {
-    int fd = -1;
+    PlatformFile::FileHandle file;
     qint64 size = 0;
     qint64 position = 0;
     qint64 windowStart = 0;
@@ -21,7 +21,7 @@ struct WindowedFile {
 
     bool readAt(char *data, qint64 length, qint64 offset)
     {
-        if (PlatformFile::readAt(fd, data, length, offset))
+        if (PlatformFile::readAt(file.get(), data, length, offset))
             return true;
         zip_error_set(&error, ZIP_ER_READ, 0);
         return false;
@@ -69,7 +69,6 @@ zip_int64_t callback(void *state, void *data, zip_uint64_t length, zip_source_cm
     }
     case ZIP_SOURCE_ERROR: return zip_error_to_data(&file->error, data, length);
     case ZIP_SOURCE_FREE:
-        PlatformFile::closeFile(file->fd);
         zip_error_fini(&file->error);
         delete file;
         return 0;
@@ -95,12 +94,11 @@ zip_int64_t callback(void *state, void *data, zip_uint64_t length, zip_source_cm
 zip_source_t *windowedReadSource(int fd, qint64 size, zip_error_t *error)
 {
     auto *file = new WindowedFile;
-    file->fd = fd;
+    file->file = PlatformFile::FileHandle(fd);
     file->size = size;
     zip_error_init(&file->error);
     zip_source_t *source = zip_source_function_create(callback, file, error);
     if (!source) {
-        PlatformFile::closeFile(fd);
         zip_error_fini(&file->error);
         delete file;
     }

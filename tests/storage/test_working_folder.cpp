@@ -1,7 +1,7 @@
 // The editor's private working folder: where it lies, who may use it, and what
 // clearing and removing it leave behind.
 
-#include "app/WorkingFolder.h"
+#include "storage/WorkingFolder.h"
 #include "support/TestFiles.h"
 
 #include <QtTest>

@@ -1,4 +1,4 @@
-#include "app/PlatformFile.h"
+#include "storage/PlatformFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -60,6 +60,22 @@ void closeFolder(Folder &folder)
     if (folder.fd >= 0)
         close(folder.fd);
     folder.fd = -1;
+}
+
+Folder::~Folder()
+{
+    closeFolder(*this);
+}
+
+Folder::Folder(Folder &&other) noexcept : fd(std::exchange(other.fd, -1)) {}
+
+Folder &Folder::operator=(Folder &&other) noexcept
+{
+    if (this != &other) {
+        closeFolder(*this);
+        fd = std::exchange(other.fd, -1);
+    }
+    return *this;
 }
 
 namespace {
@@ -160,42 +176,57 @@ QString makeUniqueFolder(const QString &pattern)
     return mkdtemp(path.data()) ? decodeName(path) : QString();
 }
 
-int openToRead(const QByteArray &path, qint64 &size, int &err)
+FileHandle openToRead(const QByteArray &path, qint64 &size, int &err)
 {
     // O_NONBLOCK: a pipe in the file's place cannot make the open hang.
-    const int fd = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) {
+    FileHandle file(::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!file.isOpen()) {
         err = errno;
-        return -1;
+        return file;
     }
     struct stat st {};
-    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        close(fd);
+    if (fstat(file.get(), &st) != 0 || !S_ISREG(st.st_mode)) {
         err = 0;
-        return -1;
+        return FileHandle();
     }
     if (st.st_size > 0) // an empty file is never read
-        fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+        fcntl(file.get(), F_SETFL, fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
     size = st.st_size;
-    return fd;
+    return file;
 }
 
-int createFile(const Folder &folder, const QByteArray &name, int &err)
+FileHandle createFile(const Folder &folder, const QByteArray &name, int &err)
 {
     // O_NOFOLLOW: a link found in the folder is refused, never written through;
     // O_NONBLOCK: a pipe in its place cannot make the open hang.
-    const int fd = openat(folder.fd, name.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
-    if (fd < 0) {
+    FileHandle file(openat(folder.fd, name.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+    if (!file.isOpen()) {
         err = errno;
-        return -1;
+        return file;
     }
     struct stat st {};
+    const int fd = file.get();
     if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 || (st.st_size > 0 && ftruncate(fd, 0) != 0)) {
-        close(fd);
         err = 0;
-        return -1;
+        return FileHandle();
     }
-    return fd;
+    return file;
+}
+
+FileStamp fileStamp(const QByteArray &path)
+{
+    FileStamp stamp;
+    struct stat st {};
+    if (::stat(path.constData(), &st) != 0) {
+        stamp.missing = errno == ENOENT || errno == ENOTDIR;
+        return stamp;
+    }
+    stamp.exists = true;
+    stamp.size = st.st_size;
+    stamp.mtimeNs = qint64(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
+    stamp.ctimeNs = qint64(st.st_ctim.tv_sec) * 1000000000 + st.st_ctim.tv_nsec;
+    stamp.inode = st.st_ino;
+    return stamp;
 }
 
 bool readAt(int fd, char *data, qint64 length, qint64 offset)

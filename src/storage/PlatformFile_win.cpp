@@ -1,5 +1,6 @@
-#include "app/PlatformFile.h"
+#include "storage/PlatformFile.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -149,6 +150,17 @@ void closeFolder(Folder &folder)
     folder.path.clear();
 }
 
+Folder::~Folder() = default;
+
+Folder::Folder(Folder &&other) noexcept : path(std::exchange(other.path, QByteArray())) {}
+
+Folder &Folder::operator=(Folder &&other) noexcept
+{
+    if (this != &other)
+        path = std::exchange(other.path, QByteArray());
+    return *this;
+}
+
 bool listFolder(const Folder &folder, std::vector<Entry> &entries, int &err)
 {
     entries.clear();
@@ -230,38 +242,38 @@ QString makeUniqueFolder(const QString &pattern)
     return dir.path();
 }
 
-int openToRead(const QByteArray &path, qint64 &size, int &err)
+FileHandle openToRead(const QByteArray &path, qint64 &size, int &err)
 {
     const std::wstring name = widePath(path);
     const DWORD attributes = GetFileAttributesW(name.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY)) {
         err = 0;
-        return -1;
+        return FileHandle();
     }
     // Shared for deleting too, so that the file can be saved over while it is open.
     HANDLE file = CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                               nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         err = lastSystemError();
-        return -1;
+        return FileHandle();
     }
     LARGE_INTEGER length{};
     if (GetFileType(file) != FILE_TYPE_DISK || !GetFileSizeEx(file, &length)) {
         CloseHandle(file);
         err = 0;
-        return -1;
+        return FileHandle();
     }
     const int fd = _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_RDONLY | _O_BINARY);
     if (fd < 0) {
         err = EMFILE;
         CloseHandle(file);
-        return -1;
+        return FileHandle();
     }
     size = length.QuadPart;
-    return fd;
+    return FileHandle(fd);
 }
 
-int createFile(const Folder &folder, const QByteArray &name, int &err)
+FileHandle createFile(const Folder &folder, const QByteArray &name, int &err)
 {
     // FILE_FLAG_OPEN_REPARSE_POINT opens a link itself instead of what it leads to,
     // so the checks below see (and refuse) it.
@@ -270,7 +282,7 @@ int createFile(const Folder &folder, const QByteArray &name, int &err)
                     nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         err = lastSystemError();
-        return -1;
+        return FileHandle();
     }
     BY_HANDLE_FILE_INFORMATION info{};
     LARGE_INTEGER start{};
@@ -279,15 +291,31 @@ int createFile(const Folder &folder, const QByteArray &name, int &err)
         || info.nNumberOfLinks > 1 || !SetFilePointerEx(file, start, nullptr, FILE_BEGIN) || !SetEndOfFile(file)) {
         CloseHandle(file);
         err = 0;
-        return -1;
+        return FileHandle();
     }
     const int fd = _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_WRONLY | _O_BINARY);
     if (fd < 0) {
         err = EMFILE;
         CloseHandle(file);
-        return -1;
+        return FileHandle();
     }
-    return fd;
+    return FileHandle(fd);
+}
+
+FileStamp fileStamp(const QByteArray &path)
+{
+    FileStamp stamp;
+    const QFileInfo info(decodeName(path));
+    if (!info.exists()) {
+        stamp.missing = true;
+        return stamp;
+    }
+    stamp.exists = true;
+    stamp.size = info.size();
+    stamp.mtimeNs = info.lastModified().toMSecsSinceEpoch() * 1000000;
+    const QDateTime changed = info.metadataChangeTime();
+    stamp.ctimeNs = changed.isValid() ? changed.toMSecsSinceEpoch() * 1000000 : 0;
+    return stamp;
 }
 
 bool readAt(int fd, char *data, qint64 length, qint64 offset)

@@ -1,4 +1,4 @@
-#include "app/ArchiveSink.h"
+#include "storage/ArchiveSink.h"
 
 #include <QByteArrayView>
 #include <QRandomGenerator>

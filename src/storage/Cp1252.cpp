@@ -1,4 +1,4 @@
-#include "common/Cp1252.h"
+#include "storage/Cp1252.h"
 
 #include <array>
 
@@ -12,15 +12,22 @@ constexpr std::array<char16_t, 32> kHighControls = {
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
 };
 
-char byteFor(char16_t c)
+// The byte of `c`, or -1 when the code page has none.
+int byteOf(char16_t c)
 {
     if (c < 0x80 || (c >= 0xA0 && c <= 0xFF))
-        return char(c);
+        return c;
     for (std::size_t i = 0; i < kHighControls.size(); ++i) {
         if (kHighControls[i] == c)
-            return char(0x80 + i);
+            return int(0x80 + i);
     }
-    return '?';
+    return -1;
+}
+
+char byteFor(char16_t c)
+{
+    const int b = byteOf(c);
+    return b < 0 ? '?' : char(b);
 }
 
 } // namespace
@@ -44,4 +51,13 @@ QByteArray toCp1252(const QString &text)
     for (qsizetype i = 0; i < text.size(); ++i)
         out[i] = byteFor(in[i].unicode());
     return bytes;
+}
+
+bool isCp1252(const QString &text)
+{
+    for (const QChar c : text) {
+        if (byteOf(c.unicode()) < 0)
+            return false;
+    }
+    return true;
 }

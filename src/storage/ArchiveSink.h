@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/PlatformFile.h"
+#include "storage/PlatformFile.h"
 
 #include <QByteArray>
 
@@ -50,7 +50,7 @@ private:
     bool flush();
     bool fail(int zipCode, int err);
 
-    PlatformFile::Folder m_dir;
+    const PlatformFile::Folder &m_dir;
     QByteArray m_name;
     PlatformFile::SaveFile m_file;
     std::vector<char> m_buffer;

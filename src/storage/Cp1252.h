@@ -11,3 +11,5 @@
 QString fromCp1252(QByteArrayView bytes);
 // Characters outside the code page become "?".
 QByteArray toCp1252(const QString &text);
+// Whether every character of `text` has a byte in the code page.
+bool isCp1252(const QString &text);

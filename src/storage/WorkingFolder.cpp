@@ -1,4 +1,4 @@
-#include "app/WorkingFolder.h"
+#include "storage/WorkingFolder.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -56,10 +56,8 @@ void removeContents(const PlatformFile::Folder &folder, int depth, bool keepItem
     for (const QByteArray &name : folders) {
         if (depth + 1 < kMaxDepth) {
             PlatformFile::Folder sub;
-            if (PlatformFile::openFolderAt(folder, name, false, sub, err)) {
+            if (PlatformFile::openFolderAt(folder, name, false, sub, err))
                 removeContents(sub, depth + 1, false);
-                PlatformFile::closeFolder(sub);
-            }
         }
         PlatformFile::removeFolder(folder, name);
     }
@@ -140,7 +138,6 @@ bool WorkingFolder::claim(const QString &folder)
     }
     m_folder = folder;
     makeItemFolders(opened);
-    PlatformFile::closeFolder(opened);
     return true;
 }
 
@@ -171,10 +168,8 @@ void WorkingFolder::createWorkingFolders()
 {
     if (holdsLock()) {
         PlatformFile::Folder folder;
-        if (openFolder(folder)) {
+        if (openFolder(folder))
             makeItemFolders(folder);
-            PlatformFile::closeFolder(folder);
-        }
         return;
     }
     for (int n = 1; n <= kNamedFolders; ++n) {
@@ -196,14 +191,11 @@ void WorkingFolder::clearWorkingFolders()
     for (const char *name : kItemFolders) {
         PlatformFile::Folder item;
         int err = 0;
-        if (PlatformFile::openFolderAt(folder, name, false, item, err)) {
+        if (PlatformFile::openFolderAt(folder, name, false, item, err))
             removeContents(item, 1, false);
-            PlatformFile::closeFolder(item);
-        }
     }
     removeContents(folder, 0, true);
     makeItemFolders(folder);
-    PlatformFile::closeFolder(folder);
 }
 
 void WorkingFolder::removeWorkingFolders()
@@ -211,11 +203,9 @@ void WorkingFolder::removeWorkingFolders()
     if (!holdsLock())
         return;
     clearWorkingFolders();
-    PlatformFile::Folder folder;
-    if (openFolder(folder)) {
+    if (PlatformFile::Folder folder; openFolder(folder)) {
         for (const char *name : kItemFolders)
             PlatformFile::removeFolder(folder, name);
-        PlatformFile::closeFolder(folder);
     }
     QDir().rmdir(m_folder);
     dropLock(true);

@@ -1,4 +1,4 @@
-#include "app/ArchivePaths.h"
+#include "storage/ArchivePaths.h"
 
 #include <QString>
 

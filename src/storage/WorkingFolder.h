@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/PlatformFile.h"
+#include "storage/PlatformFile.h"
 
 #include <QString>
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "storage/Result.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+// Reads the ZIP archive behind a .bset file: its directory, one entry, or every
+// entry unpacked into a folder. Extraction never writes outside that folder and
+// never creates or follows a link.
+class ArchiveReader {
+public:
+    ArchiveReader();
+    ~ArchiveReader();
+    ArchiveReader(const ArchiveReader &) = delete;
+    ArchiveReader &operator=(const ArchiveReader &) = delete;
+
+    // Reads the archive's directory. Fails when the file is missing, no file, or
+    // not a ZIP archive.
+    Result open(const QString &path);
+    bool isOpen() const;
+    void close();
+
+    // Writes every entry below `folder`. Fails on any read error (CRC errors
+    // included) or write error; an entry that failed is not left half-written.
+    Result extractAll(const QString &folder);
+
+    // Names of the entries in archive order (decoded as ArchiveEntryNames says),
+    // without "./" components; for counting items.
+    QStringList entryNames() const;
+    // Reads the entry named `name` (as entryNames() gives it; of two entries of one
+    // name the later, as extraction keeps). Fails when it is missing, larger than
+    // `maxSize`, or unreadable (CRC error).
+    Result readEntry(const QString &name, QByteArray &data, qint64 maxSize = 64 * 1024 * 1024);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> d;
+};
