@@ -15,6 +15,7 @@
 #include "storage/WorkingFolder.h"
 #include "common/HiveRegistry.h"
 #include "common/Prompts.h"
+#include "symbols/SymbolPrompt.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser.h"
 #include "formats/Parser_Block.h"
@@ -47,7 +48,7 @@ constexpr int kTextures = 300;
 constexpr int kSounds = 20;
 
 // Answers every question Yes and hands Save As the file it was given.
-class SilentPrompts : public Prompts {
+class SilentPrompts : public Prompts, public SymbolPrompt {
 public:
     PromptAnswer message(const QString &, const QString &, PromptButtons buttons, PromptIcon) override
     {
@@ -272,7 +273,7 @@ int main(int argc, char *argv[])
     WorkingFolder folder(temp.filePath(u"root"_s));
     folder.createWorkingFolders();
     SilentPrompts prompts;
-    BlocksetDocument document(prompts, settings, folder);
+    BlocksetDocument document(prompts, prompts, settings, folder);
 
     // (a) open, and its phases each on its own.
     const QString unzipTarget = temp.filePath(u"unzipped"_s);

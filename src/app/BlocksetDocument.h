@@ -1,45 +1,70 @@
 #pragma once
 
 #include "formats/BlocksetModel.h"
-#include "formats/Parser.h"
+#include "items/ItemKind.h"
+#include "storage/Result.h"
 #include "symbols/OperationHost.h"
 
 #include <QList>
+#include <QObject>
 #include <QString>
+
+#include <type_traits>
 
 class DocumentView;
 class Prompts;
 class RegistryWrapper;
+class SymbolPrompt;
 class WorkingFolder;
 
 // The one open blockset: its record, its items, its style values, its symbol
 // settings and its changed flags, and the document commands (open, new, close,
-// save, save as) that change them. The editor window renders this state after
-// each command; cubrix-cli and the tests drive the same commands headlessly.
-class BlocksetDocument : public OperationHost {
+// save, save as) that change them. It announces every change (the signals
+// below), so the editor window redraws what changed; cubrix-cli and the tests
+// drive the same commands headlessly.
+class BlocksetDocument : public QObject, public OperationHost {
+    Q_OBJECT
+
 public:
     enum Tab { TabBlocks = 0, TabTextures = 1, TabSounds = 2, TabSettings = 3, TabVersion = 4 };
 
-    BlocksetDocument(Prompts &prompts, RegistryWrapper &settings, WorkingFolder &folder);
+    BlocksetDocument(Prompts &prompts, SymbolPrompt &symbolPrompt, RegistryWrapper &settings, WorkingFolder &folder);
     void setView(DocumentView *view) { m_view = view; }
 
-    // Document commands.
-    void openBlockset(const QString &file = QString());
-    void newBlockset();
-    void closeBlockset();
-    // Saves into the blockset's archive; false when a step failed (its message was shown).
-    bool saveBlockset();
-    void saveBlocksetAs();
+    // Document commands. Each shows its own messages; the result says whether it
+    // was done, cancelled by the user, or failed and why.
+    Result openBlockset(const QString &file = QString());
+    Result newBlockset();
+    Result closeBlockset();
+    // Saves into the blockset's archive (and the update file beside it).
+    Result saveBlockset();
+    Result saveBlocksetAs();
     // The Save command: Save As while the blockset is untitled.
-    void saveCommand();
+    Result saveCommand();
     // The unload question of the main window (asked only for a changed open blockset).
     void askSaveOnUnload();
 
-    // Edits from the settings page.
+    // Runs an edit of the open blockset (an item or symbol operation) and
+    // announces what it changed.
+    template <typename Operation>
+    std::invoke_result_t<Operation> edit(Operation &&operation)
+    {
+        const Snapshot before = snapshot();
+        if constexpr (std::is_void_v<std::invoke_result_t<Operation>>) {
+            operation();
+            announceChanges(before);
+        } else {
+            auto result = operation();
+            announceChanges(before);
+            return result;
+        }
+    }
+
+    // Edits from the settings and version pages.
     // Any style value: sets blocksetChanged (the version also becomes versionText).
     void editStyleValue(StyleField field, const QString &value);
     void editUpdateComment(const QString &comment);
-    void setSymbolSettings(const SymbolSettings &symbols) { m_content.symbols = symbols; }
+    void setSymbolSettings(const SymbolSettings &symbols);
     void setTab(int tab) { m_tab = tab; }
 
     // Status panel.
@@ -74,9 +99,10 @@ public:
     // What the item and symbol operations work on.
     BlocksetContent &content() override { return m_content; }
     Prompts &prompts() override { return m_prompts; }
+    SymbolPrompt &symbolPrompt() override { return m_symbolPrompt; }
     RegistryWrapper &settings() override { return m_settings; }
     QString workingFolder() const override;
-    void setBlocksetChanged() override { m_blocksetChanged = true; }
+    void setBlocksetChanged() override;
     void setBusy(bool busy) override;
     // Lets pending window messages run once (long commands call it between steps).
     void letEventsRun();
@@ -85,19 +111,39 @@ public:
     // Text for stbProcess after open and new, from the symbol check boxes.
     QString symbolModeText() const;
 
+signals:
+    // Everything shown is to be drawn again: a blockset was opened, made or closed.
+    void documentReset();
+    // The rows of one item list changed (added, removed, renamed, new symbols).
+    void itemsChanged(ItemKind kind);
+    void styleChanged();
+    void symbolsChanged();
+    void updateCommentChanged();
+    // The record or a changed flag changed (caption, status panels).
+    void stateChanged();
+
 private:
+    struct Snapshot {
+        BlocksetContent content;
+        QString updateComment;
+        bool blocksetChanged = false;
+        bool updateChanged = false;
+    };
+    Snapshot snapshot() const { return {m_content, m_updateComment, m_blocksetChanged, m_updateChanged}; }
+    void announceChanges(const Snapshot &before);
+
     enum class SaveQuestion { Yes, No, Cancel };
     SaveQuestion askSave(const QString &text, const QString &title);
     void resetView();
-    void fillLists();
-    void failOpen(const QString &detail = QString());
+    Result failOpen(const QString &reason);
+    Result failSave(const QString &text, const Result &cause);
     void checkInterface();
 
     Prompts &m_prompts;
+    SymbolPrompt &m_symbolPrompt;
     RegistryWrapper &m_settings;
     WorkingFolder &m_folder;
     DocumentView *m_view = nullptr;
-    Parser m_parser;
 
     bool m_blocksetOpen = false;
     bool m_blocksetChanged = false;

@@ -4,6 +4,7 @@
 
 // What a document command needs from the window that shows it while it runs.
 // The editor window implements it; the command-line tool and tests may ignore it.
+// (What the document holds the window learns from the document's signals.)
 class DocumentView {
 public:
     virtual ~DocumentView() = default;
@@ -14,8 +15,7 @@ public:
     virtual void setBusy(bool busy) { Q_UNUSED(busy); }
     // Let pending window messages run once.
     virtual void letEventsRun() {}
-    // The document view was reset (lists emptied, preview hidden, values blanked).
-    virtual void viewReset() {}
-    // checkInterface: bring every control in line with the document's state.
+    // checkInterface: bring every command, the caption and the status panels in
+    // line with the document's state.
     virtual void checkInterface() {}
 };

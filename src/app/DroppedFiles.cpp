@@ -3,7 +3,7 @@
 #include "app/BlocksetDocument.h"
 #include "common/CommonFunctions.h"
 #include "common/Prompts.h"
-#include "symbols/AddItems.h"
+#include "items/AddItems.h"
 
 using namespace Qt::StringLiterals;
 

@@ -203,7 +203,7 @@ int CliApp::runCommand(const Options &options)
     CliPrompts prompts(options.answerNo);
     int code = Failed;
     {
-        BlocksetDocument document(prompts, settings, folder);
+        BlocksetDocument document(prompts, prompts, settings, folder);
         if (CliEditCommands::handles(options.command))
             code = CliEditCommands(m_out, m_err)
                        .run(options.command, options.files, options.commandOptions, options.json, document, prompts);

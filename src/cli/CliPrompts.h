@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Prompts.h"
+#include "symbols/SymbolPrompt.h"
 
 #include <QList>
 #include <QString>
@@ -9,7 +10,7 @@
 // question is answered from the command line (Yes, or No with --no), every
 // message is recorded in the order it was shown, and the file dialogs return
 // the files named on the command line.
-class CliPrompts : public Prompts {
+class CliPrompts : public Prompts, public SymbolPrompt {
 public:
     struct Message {
         QString text;

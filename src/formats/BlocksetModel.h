@@ -17,6 +17,8 @@ struct BlockRow {
     QString sizeText;     // BlockList_Size
     QString source;       // BlockList_Source
     qint64 size = 0;      // byte length of the file
+
+    bool operator==(const BlockRow &) const = default;
 };
 
 // One row of the texture or sound list.
@@ -25,6 +27,8 @@ struct ItemRow {
     QString sizeText;
     QString source;
     qint64 size = 0;
+
+    bool operator==(const ItemRow &) const = default;
 };
 
 // The style's values as texts; an empty text means "not set".

@@ -5,6 +5,7 @@
 #include <QString>
 
 class Prompts;
+class SymbolPrompt;
 class RegistryWrapper;
 
 // What an item or symbol operation needs from the open blockset besides its
@@ -17,6 +18,7 @@ public:
 
     virtual BlocksetContent &content() = 0;
     virtual Prompts &prompts() = 0;
+    virtual SymbolPrompt &symbolPrompt() = 0;
     virtual RegistryWrapper &settings() = 0;
     // The working folder holding the blocks/, textures/ and sounds/ folders.
     virtual QString workingFolder() const = 0;

@@ -115,7 +115,7 @@ bool editSymbols(OperationHost &host, int row)
     BlocksetContent &content = host.content();
     if (row < 0 || row >= content.blocks.size())
         return false;
-    const SymbolDialogAnswer answer = host.prompts().symbolDialog(editSymbolsSetup(host.prompts(), content, row));
+    const SymbolDialogAnswer answer = host.symbolPrompt().symbolDialog(editSymbolsSetup(host.prompts(), content, row));
     if (!answer.accepted)
         return false;
     BlockRow &block = content.blocks[row];

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Prompts.h"
+#include "symbols/SymbolPrompt.h"
 #include "formats/BlocksetModel.h"
 
 class OperationHost;

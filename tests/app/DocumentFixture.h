@@ -24,13 +24,11 @@ class RecordingView : public DocumentView {
 public:
     void processShown(const QString &text) override { processTexts.append(text); }
     void setBusy(bool busy) override { busyCalls.append(busy); }
-    void viewReset() override { ++resets; }
     void checkInterface() override { ++checkInterfaceCalls; }
     void clear() { *this = RecordingView(); }
 
     QStringList processTexts;
     QList<bool> busyCalls;
-    int resets = 0;
     int checkInterfaceCalls = 0;
 };
 
@@ -49,7 +47,7 @@ struct DocumentEnv {
     WorkingFolder folder{makeFolder(dir.filePath(QStringLiteral("temp")))};
     ScriptedPrompts prompts;
     RecordingView view;
-    BlocksetDocument document{prompts, settings, folder};
+    BlocksetDocument document{prompts, prompts, settings, folder};
     QString sets = makeFolder(dir.filePath(QStringLiteral("sets")));
 
     DocumentEnv()
@@ -71,7 +69,7 @@ struct DocumentEnv {
     }
     QString working(const QString &relative) const { return folder.workingFolder() + QLatin1Char('/') + relative; }
     // Opens `path` as a file handed in by a caller (no dialog).
-    void open(const QString &path) { document.openBlockset(path); }
+    void open(const QString &path) { (void)document.openBlockset(path); }
     void setOption(const char *name, bool on) { settings.setBoolSetting(QString::fromLatin1(name), on); }
     QString pathSetting() { return settings.getStringSetting(QStringLiteral("pathBlockset")); }
 };

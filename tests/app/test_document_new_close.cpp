@@ -59,7 +59,6 @@ private slots:
         QVERIFY2(env.prompts.messages.isEmpty(),
                  qPrintable(env.prompts.messageTexts().join(u'\n'))); // it was unchanged
         QCOMPARE(env.view.processTexts.first(), QStringLiteral("New Blockset..."));
-        QCOMPARE(env.view.resets, 1);
         const BlocksetDocument &doc = env.document;
         QVERIFY(doc.blocksetOpen() && doc.blocksetUntitled() && !doc.isChanged());
         QCOMPARE(doc.blocksetPath(), QString());

@@ -24,6 +24,7 @@ public:
 
     BlocksetContent &content() override { return blockset; }
     Prompts &prompts() override { return scripted; }
+    SymbolPrompt &symbolPrompt() override { return scripted; }
     RegistryWrapper &settings() override { return m_settings; }
     QString workingFolder() const override { return m_temp.filePath(QStringLiteral("work")); }
     void setBlocksetChanged() override { changed = true; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Prompts.h"
+#include "symbols/SymbolPrompt.h"
 
 #include <QList>
 #include <QString>
@@ -10,7 +11,7 @@
 // the test fills beforehand. A prompt with no queued answer fails the test
 // (it is recorded in `unexpected`, and QVERIFY(prompts.unexpected.isEmpty())
 // in the test reports it) and answers Cancel / "nothing".
-class ScriptedPrompts : public Prompts {
+class ScriptedPrompts : public Prompts, public SymbolPrompt {
 public:
     struct Message {
         QString text;

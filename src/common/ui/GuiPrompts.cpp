@@ -170,10 +170,3 @@ NewBlocksetChoice GuiPrompts::newBlockset(bool strictPrefixSetting, bool syncDou
     choice.syncDouble = strictPrefixSetting && syncDoubleSetting;
     return choice;
 }
-
-SymbolDialogAnswer GuiPrompts::symbolDialog(const SymbolDialogSetup &setup)
-{
-    if (symbolDialogRunner)
-        return symbolDialogRunner(setup);
-    return offeredSymbols(setup);
-}

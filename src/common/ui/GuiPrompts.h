@@ -29,11 +29,6 @@ public:
     // Runs `newBlocksetDialog`; without one, the choice starts from the settings.
     NewBlocksetChoice newBlockset(bool strictPrefixSetting, bool syncDoubleSetting) override;
 
-    // Runs `symbolDialogRunner`; without one, OK with what the dialog offers.
-    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &setup) override;
-
-    // The Add Block and Edit Symbols dialogs, set by the main window.
-    std::function<SymbolDialogAnswer(const SymbolDialogSetup &setup)> symbolDialogRunner;
     // The New Blockset dialog, set by the main window.
     std::function<NewBlocksetChoice(bool strictPrefixSetting, bool syncDoubleSetting)> newBlocksetDialog;
 

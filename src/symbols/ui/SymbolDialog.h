@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Prompts.h"
+#include "symbols/SymbolPrompt.h"
 
 #include <QDialog>
 #include <optional>
@@ -55,4 +56,18 @@ private:
     QPushButton *btnOK;
     QPushButton *btnCancel;
     class QHBoxLayout *m_buttons;
+};
+
+// The symbol dialogs of the running program, modal to `parent`.
+class SymbolDialogPrompt : public SymbolPrompt {
+public:
+    SymbolDialogPrompt(Prompts &prompts, QWidget *parent) : m_prompts(prompts), m_parent(parent) {}
+    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &setup) override
+    {
+        return SymbolDialog::ask(setup, m_prompts, m_parent);
+    }
+
+private:
+    Prompts &m_prompts;
+    QWidget *m_parent;
 };

@@ -56,6 +56,7 @@ public:
     {
         frmMain::Options options;
         options.prompts = &prompts;
+        options.symbolPrompt = &prompts;
         options.registryPath = dir.filePath("registry.reg");
         window = std::make_unique<frmMain>(options);
         return *window;

@@ -8,7 +8,7 @@
 
 #include "MainWindowFixture.h"
 
-#include "formats/ui/SettingsTab.h"
+#include "app/ui/SettingsTab.h"
 
 #include <QSignalSpy>
 

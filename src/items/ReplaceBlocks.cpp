@@ -1,4 +1,4 @@
-#include "symbols/ReplaceBlocks.h"
+#include "items/ReplaceBlocks.h"
 
 #include "common/CommonFunctions.h"
 #include "common/Prompts.h"
@@ -6,10 +6,10 @@
 #include "formats/Parser.h"
 #include "formats/Parser_Block.h"
 #include "formats/ValueFormats.h"
-#include "symbols/BlockNaming.h"
-#include "symbols/ItemKind.h"
+#include "items/BlockNaming.h"
+#include "items/ItemKind.h"
 #include "symbols/OperationHost.h"
-#include "symbols/RenameItem.h"
+#include "items/FileNameRules.h"
 
 #include <QDir>
 #include <QFile>

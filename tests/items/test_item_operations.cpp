@@ -1,7 +1,7 @@
 #include "support/FakeHost.h"
 #include "support/TestFiles.h"
-#include "symbols/RemoveItems.h"
-#include "symbols/RenameItem.h"
+#include "items/RemoveItems.h"
+#include "items/RenameItem.h"
 
 #include <QtTest>
 

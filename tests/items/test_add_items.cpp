@@ -2,9 +2,9 @@
 #include "formats/ValueFormats.h"
 #include "support/FakeHost.h"
 #include "support/TestFiles.h"
-#include "symbols/AddItems.h"
-#include "symbols/BlockNaming.h"
-#include "symbols/ReplaceBlocks.h"
+#include "items/AddItems.h"
+#include "items/BlockNaming.h"
+#include "items/ReplaceBlocks.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QtTest>

@@ -1,4 +1,4 @@
-#include "symbols/AddItems.h"
+#include "items/AddItems.h"
 
 #include "common/CommonFunctions.h"
 #include "common/Prompts.h"
@@ -6,9 +6,9 @@
 #include "formats/Parser.h"
 #include "formats/Parser_Block.h"
 #include "formats/ValueFormats.h"
-#include "symbols/BlockNaming.h"
+#include "items/BlockNaming.h"
 #include "symbols/OperationHost.h"
-#include "symbols/RenameItem.h"
+#include "items/FileNameRules.h"
 #include "symbols/SymbolDialogs.h"
 #include "symbols/SymbolScheme.h"
 
@@ -139,7 +139,7 @@ bool addBlockFile(OperationHost &host, const QString &path)
         return false;
 
     BlocksetContent &content = host.content();
-    const SymbolDialogAnswer symbols = host.prompts().symbolDialog(addBlockSetup(host.prompts(), content, file));
+    const SymbolDialogAnswer symbols = host.symbolPrompt().symbolDialog(addBlockSetup(host.prompts(), content, file));
     QByteArray bytes;
     if (!symbols.accepted || !readSource(host, ItemKind::Block, path, bytes))
         return false;

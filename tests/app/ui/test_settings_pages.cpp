@@ -3,8 +3,8 @@
 // states without raising anything, captions and the layout at the main
 // window's size. Not covered here: what the main window does with the signals
 // (see the main window's tests).
-#include "formats/ui/SettingsTab.h"
-#include "formats/ui/VersionTab.h"
+#include "app/ui/SettingsTab.h"
+#include "app/ui/VersionTab.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "symbols/ItemKind.h"
+#include "items/ItemKind.h"
 
 class OperationHost;
 

@@ -1,10 +1,10 @@
-#include "SettingsTab.h"
+#include "app/ui/SettingsTab.h"
 
-#include "AttributeValueValidator.h"
-#include "FieldText.h"
-#include "usrColor.h"
-#include "usrPercentage.h"
-#include "usrPosition.h"
+#include "formats/ui/AttributeValueValidator.h"
+#include "app/ui/FieldText.h"
+#include "formats/ui/usrColor.h"
+#include "formats/ui/usrPercentage.h"
+#include "formats/ui/usrPosition.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,4 +1,4 @@
-#include "symbols/RemoveItems.h"
+#include "items/RemoveItems.h"
 
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"

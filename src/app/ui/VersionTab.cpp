@@ -1,7 +1,7 @@
-#include "VersionTab.h"
+#include "app/ui/VersionTab.h"
 
-#include "AttributeValueValidator.h"
-#include "FieldText.h"
+#include "formats/ui/AttributeValueValidator.h"
+#include "app/ui/FieldText.h"
 
 #include <QFormLayout>
 #include <QGroupBox>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "symbols/ItemKind.h"
+#include "items/ItemKind.h"
 
 #include <QString>
 
@@ -14,8 +14,3 @@ class OperationHost;
 // edit stands (the row and the file carry the new name), false when the label
 // must go back to the old text; the file then keeps its old name too.
 bool renameItem(OperationHost &host, ItemKind kind, int row, const QString &newName);
-
-// Whether `name` can be a file name in a blockset on every system that reads it:
-// no path separator, no character Windows forbids or Windows-1252 cannot write,
-// no trailing blank or full stop, not a reserved device name.
-bool isPortableFileName(const QString &name);

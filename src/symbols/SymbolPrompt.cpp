@@ -1,4 +1,4 @@
-#include "common/Prompts.h"
+#include "symbols/SymbolPrompt.h"
 
 QString strictDoubleSymbol(const SymbolDialogSetup &setup, int doubleIndex)
 {

@@ -1,4 +1,4 @@
-#include "symbols/ItemKind.h"
+#include "items/ItemKind.h"
 
 #include "symbols/OperationHost.h"
 

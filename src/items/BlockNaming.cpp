@@ -1,4 +1,4 @@
-#include "symbols/BlockNaming.h"
+#include "items/BlockNaming.h"
 
 #include "common/CommonFunctions.h"
 #include "storage/Cp1252.h"
