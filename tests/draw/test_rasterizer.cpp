@@ -160,6 +160,9 @@ void TestRasterizer::hiding_data()
     QTest::newRow("translucent, Rover") << QList{glass, blue} << DrawOrder::Rover << half;
     QTest::newRow("translucent listed last, depth") << QList{glass, blue} << DrawOrder::Depth << half;
     QTest::newRow("translucent listed first, depth") << QList{blue, glass} << DrawOrder::Depth << half;
+    const DrawPolygon blueGlass = wall(100, 0, 256, Qt::blue, 0.5);
+    QTest::newRow("two translucent, Rover") << QList{glass, blueGlass} << DrawOrder::Rover << qRgba(128, 0, 64, 192);
+    QTest::newRow("two translucent, depth") << QList{glass, blueGlass} << DrawOrder::Depth << qRgba(128, 0, 64, 192);
     QTest::newRow("translucent alone") << QList{glass} << DrawOrder::Rover << qRgba(128, 0, 0, 128);
 }
 
