@@ -21,7 +21,9 @@ enum class DrawFaces {
 //
 // Seen from the front, the points run clockwise and the normal points at the
 // viewer. A one-sided polygon is drawn when (first point - camera) . normal,
-// in Rover's world units (texels / 80), is below -0.0001.
+// in Rover's world units (texels / 80), is below -0.0001. Rover with hardware
+// acceleration shows translucent parts and textures with a transparent colour
+// from both sides: whoever builds the polygons of a block says so in faces.
 struct DrawPolygon {
     QList<QVector3D> points;
     // Texture coordinates, one per point: u left to right, v top to bottom,

@@ -3,7 +3,8 @@
 #include <cstddef>
 #include <utility>
 
-PolygonClipper::PolygonClipper(double focal, double halfWidth, double halfHeight, double nearZ, double margin)
+PolygonClipper::PolygonClipper(double focal, double halfWidth, double halfHeight, double nearZ, double farZ,
+                               double margin)
 {
     const double wide = halfWidth + margin;
     const double tall = halfHeight + margin;
@@ -12,6 +13,7 @@ PolygonClipper::PolygonClipper(double focal, double halfWidth, double halfHeight
     m_planes[2] = {-focal, 0, wide, 0}; // screen x <= width + margin
     m_planes[3] = {0, -focal, tall, 0}; // screen y >= -margin
     m_planes[4] = {0, focal, tall, 0};  // screen y <= height + margin
+    m_planes[5] = {0, 0, -1, farZ};     // not so far that 1/z loses its precision
 }
 
 void PolygonClipper::clip(std::vector<ViewVertex> &polygon)

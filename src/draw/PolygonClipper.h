@@ -12,8 +12,8 @@ struct ViewVertex {
     double v = 0;
 };
 
-// Cuts a convex polygon down to what a picture can show: the part in front of
-// the near plane (z >= nearZ) and inside the view pyramid widened by a margin
+// Cuts a convex polygon down to what a picture can show: the part between the
+// near and far planes (nearZ <= z <= farZ) and inside the view pyramid widened by a margin
 // of a few pixels on each side. The margin keeps every cut edge off the
 // picture, so cutting never changes which pixels a polygon covers, and it
 // bounds the screen coordinates the rasterizer sees.
@@ -23,7 +23,7 @@ struct ViewVertex {
 class PolygonClipper {
 public:
     // focal, halfWidth, halfHeight as in CameraProjection; margin in pixels.
-    PolygonClipper(double focal, double halfWidth, double halfHeight, double nearZ, double margin);
+    PolygonClipper(double focal, double halfWidth, double halfHeight, double nearZ, double farZ, double margin);
 
     // Replaces polygon by its visible part; fewer than three points are left
     // when nothing is visible.
@@ -35,6 +35,6 @@ private:
     };
     void clipAgainst(const Plane &plane, const std::vector<ViewVertex> &in, std::vector<ViewVertex> &out) const;
 
-    Plane m_planes[5];
+    Plane m_planes[6];
     std::vector<ViewVertex> m_scratch;
 };

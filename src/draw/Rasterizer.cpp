@@ -11,6 +11,8 @@ namespace {
 
 // Nothing nearer than one texel to the camera is drawn.
 constexpr double nearZ = 1.0;
+// Nor anything farther than 10^7 texels (125,000 of Rover's world units).
+constexpr double farZ = 1e7;
 // How far beyond the picture's border polygons are cut, in pixels.
 constexpr double clipMargin = 4.0;
 // Rover's world unit is 80 texels; its front test is made in world units.
@@ -91,7 +93,7 @@ void Rasterizer::draw(const QList<DrawPolygon> &polygons, const Camera &camera, 
         return;
     m_pixels = reinterpret_cast<quint32 *>(m_image.bits());
     const CameraProjection projection(camera, size());
-    PolygonClipper clipper(projection.focalLength(), projection.halfWidth(), projection.halfHeight(), nearZ,
+    PolygonClipper clipper(projection.focalLength(), projection.halfWidth(), projection.halfHeight(), nearZ, farZ,
                            clipMargin);
     m_textures.startDrawing();
     if (order == DrawOrder::Rover) {
@@ -163,6 +165,8 @@ void Rasterizer::drawPolygon(const DrawPolygon &polygon, const CameraProjection 
         return;
     m_screen.clear();
     for (const ViewVertex &v : m_view) {
+        if (!(v.z > nearZ / 2)) // a cut lost to rounding (points around 1e30 texels): nothing sensible to draw
+            return;
         const double invZ = 1.0 / v.z;
         m_screen.push_back({projection.halfWidth() + v.x * invZ * projection.focalLength(),
                             projection.halfHeight() - v.y * invZ * projection.focalLength(), invZ, v.u * invZ,
