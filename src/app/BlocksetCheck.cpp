@@ -1,11 +1,11 @@
 #include "app/BlocksetCheck.h"
 
 #include "app/BlocksetDocument.h"
-#include "storage/WorkingFolder.h"
 #include "common/CommonFunctions.h"
 #include "common/RegistryWrapper.h"
 #include "rover/RoverStyleRules.h"
 #include "rover/RoverUpdateRules.h"
+#include "storage/WorkingFolder.h"
 
 #include <QDir>
 #include <QFile>

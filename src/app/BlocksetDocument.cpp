@@ -26,7 +26,10 @@ const QString kBlocksetFilter = u"Blocksets (*.bset),*.bset"_s;
 
 BlocksetDocument::BlocksetDocument(Prompts &prompts, SymbolPrompt &symbolPrompt, RegistryWrapper &settings,
                                    WorkingFolder &folder)
-    : m_prompts(prompts), m_symbolPrompt(symbolPrompt), m_settings(settings), m_folder(folder)
+    : m_prompts(prompts),
+      m_symbolPrompt(symbolPrompt),
+      m_settings(settings),
+      m_folder(folder)
 {
 }
 
@@ -232,8 +235,8 @@ Result BlocksetDocument::newBlockset()
     m_blocksetOpen = false;
     checkInterface();
 
-    const NewBlocksetChoice choice = m_prompts.newBlockset(m_settings.getBoolSetting(u"strictPrefix"_s),
-                                                           m_settings.getBoolSetting(u"syncDouble"_s));
+    const NewBlocksetChoice choice =
+        m_prompts.newBlockset(m_settings.getBoolSetting(u"strictPrefix"_s), m_settings.getBoolSetting(u"syncDouble"_s));
     m_blocksetFileName = u"Untitled"_s;
     if (!choice.name.isEmpty()) {
         m_content.style.name = choice.name;
@@ -320,8 +323,8 @@ Result BlocksetDocument::saveBlockset()
 
     if (m_settings.getBoolSetting(u"updateFile"_s) && (m_updateChanged || m_blocksetChanged)) {
         showProcess(u"Saving update file..."_s);
-        if (Result written = BlocksetWriter::writeUpdateFile(updateFilePath(), m_blocksetPath,
-                                                             m_content.style.version, m_updateComment, updateBytes);
+        if (Result written = BlocksetWriter::writeUpdateFile(updateFilePath(), m_blocksetPath, m_content.style.version,
+                                                             m_updateComment, updateBytes);
             !written)
             return failSave(u"Unable to save update information!"_s, written);
         updateName = QFileInfo(updateFilePath()).fileName();
@@ -376,9 +379,8 @@ void BlocksetDocument::askSaveOnUnload()
 {
     if (!m_blocksetOpen || !isChanged())
         return;
-    const PromptAnswer answer =
-        m_prompts.message(u"The blockset has been changed. Do you want to save it first?"_s, u"Blockset Changed"_s,
-                          PromptButtons::YesNo, PromptIcon::Question);
+    const PromptAnswer answer = m_prompts.message(u"The blockset has been changed. Do you want to save it first?"_s,
+                                                  u"Blockset Changed"_s, PromptButtons::YesNo, PromptIcon::Question);
     if (answer != PromptAnswer::Yes)
         return;
     // An untitled blockset has no archive yet: ask for a name rather than fail.

@@ -19,7 +19,10 @@ using namespace Qt::StringLiterals;
 
 BlocksetReader::BlocksetReader(Prompts &prompts, RegistryWrapper &settings, const WorkingFolder &folder,
                                std::function<void(const QString &)> progress)
-    : m_prompts(prompts), m_settings(settings), m_folder(folder), m_progress(std::move(progress))
+    : m_prompts(prompts),
+      m_settings(settings),
+      m_folder(folder),
+      m_progress(std::move(progress))
 {
 }
 
@@ -59,9 +62,9 @@ Result BlocksetReader::findStyle(const QString &baseName, QString &styleFile, bo
     if (styles.isEmpty())
         return Result();
     const QFileInfo &first = styles.first();
-    const PromptAnswer answer = m_prompts.message(
-        u"Found differing style file \""_s + first.fileName() + u"\". Do you want this file to be renamed and parsed?"_s,
-        u"Open Blockset"_s, PromptButtons::YesNo, PromptIcon::Question);
+    const PromptAnswer answer = m_prompts.message(u"Found differing style file \""_s + first.fileName()
+                                                      + u"\". Do you want this file to be renamed and parsed?"_s,
+                                                  u"Open Blockset"_s, PromptButtons::YesNo, PromptIcon::Question);
     if (answer != PromptAnswer::Yes)
         return Result();
     const QString target = m_folder.workingFolder() + u'/' + baseName + u".style"_s;
@@ -95,8 +98,8 @@ Result BlocksetReader::readStyleFile(const QString &styleFile, const QString &ba
     parser.setBuffer(bytes);
     m_progress(u"Parsing Blockset..."_s);
     const StyleReadResult style = readStyle(parser, content.style, content.blocks);
-    refreshSymbolSettings(content.symbols, style.strictPrefixConsistent, style.syncDoubleConsistent,
-                          style.commonPrefix, strictPrefixSetting, syncDoubleSetting);
+    refreshSymbolSettings(content.symbols, style.strictPrefixConsistent, style.syncDoubleConsistent, style.commonPrefix,
+                          strictPrefixSetting, syncDoubleSetting);
     return Result();
 }
 

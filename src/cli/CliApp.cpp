@@ -2,15 +2,16 @@
 
 #include "app/BlocksetCheck.h"
 #include "app/BlocksetDocument.h"
-#include "storage/WorkingFolder.h"
 #include "cli/CliCache.h"
 #include "cli/CliCheck.h"
 #include "cli/CliEditCommands.h"
+#include "cli/CliOutput.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliReport.h"
 #include "common/ProgramVersion.h"
 #include "common/Registry.h"
 #include "common/RegistryWrapper.h"
+#include "storage/WorkingFolder.h"
 
 #include <QFileInfo>
 
@@ -91,23 +92,6 @@ QString CliApp::helpText()
              "  2  usage error (unknown command or option, wrong number of arguments)\n"_s;
 }
 
-void CliApp::print(std::FILE *stream, const QString &text)
-{
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
-}
-
-void CliApp::printMessages(const CliPrompts &prompts, qsizetype first)
-{
-    const QList<CliPrompts::Message> &messages = prompts.messages();
-    for (qsizetype i = first; i < messages.size(); ++i) {
-        print(m_err, messages[i].title + u": "_s + messages[i].text + u'\n');
-        if (!messages[i].detail.isEmpty())
-            print(m_err, messages[i].detail + u'\n');
-    }
-}
-
 QString CliApp::parse(const QStringList &arguments, Options &options)
 {
     QStringList positional;
@@ -169,7 +153,7 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
 int CliApp::run(const QStringList &arguments)
 {
     if (arguments.size() == 2 && arguments[1] == "--version"_L1) {
-        print(m_out, u"Cubrix "_s + programVersion() + u'\n');
+        CliOutput::print(m_out, u"Cubrix "_s + programVersion() + u'\n');
         return Success;
     }
     if (arguments.value(1) == "cache"_L1)
@@ -177,11 +161,11 @@ int CliApp::run(const QStringList &arguments)
     Options options;
     const QString problem = parse(arguments, options);
     if (!problem.isEmpty()) {
-        print(m_err, u"cubrix-cli: "_s + problem + u"\n"_s + usageText());
+        CliOutput::print(m_err, u"cubrix-cli: "_s + problem + u"\n"_s + usageText());
         return UsageError;
     }
     if (options.help) {
-        print(m_out, helpText());
+        CliOutput::print(m_out, helpText());
         return Success;
     }
     return runCommand(options);
@@ -192,7 +176,7 @@ int CliApp::runCommand(const Options &options)
     // As the editor starts: settings first, then the working folder.
     const std::unique_ptr<Registry> registry = createSettingsRegistry();
     if (!registry) {
-        print(m_err, u"cubrix-cli: the settings store cannot be used\n"_s);
+        CliOutput::print(m_err, u"cubrix-cli: the settings store cannot be used\n"_s);
         return Failed;
     }
     RegistryWrapper settings(*registry);
@@ -219,65 +203,49 @@ int CliApp::runCommand(const Options &options)
 int CliApp::info(const Options &options, BlocksetDocument &document, CliPrompts &prompts)
 {
     const QString &file = options.files.first();
-    document.openBlockset(fullPath(file));
-    if (!document.blocksetOpen()) {
-        printMessages(prompts, 0);
+    if (!document.openBlockset(fullPath(file))) {
+        CliOutput::printMessages(m_err, prompts.messages());
         return Failed;
     }
-    if (options.json) {
-        const QByteArray json = CliReport::infoJson(file, document, prompts.messages());
-        std::fwrite(json.constData(), 1, size_t(json.size()), m_out);
-        std::fflush(m_out);
-    } else {
-        print(m_out, CliReport::infoText(file, document, prompts.messages()));
-    }
+    if (options.json)
+        CliOutput::printBytes(m_out, CliReport::infoJson(file, document, prompts.messages()));
+    else
+        CliOutput::print(m_out, CliReport::infoText(file, document, prompts.messages()));
     return Success;
 }
 
 int CliApp::check(const Options &options, BlocksetDocument &document, CliPrompts &prompts)
 {
-    document.openBlockset(fullPath(options.files.first()));
-    if (!document.blocksetOpen()) {
-        printMessages(prompts, 0);
+    if (!document.openBlockset(fullPath(options.files.first()))) {
+        CliOutput::printMessages(m_err, prompts.messages());
         return Failed;
     }
     const BlocksetCheck result = checkBlockset(document);
-    if (options.json) {
-        const QByteArray json = CliCheck::json(result);
-        std::fwrite(json.constData(), 1, size_t(json.size()), m_out);
-        std::fflush(m_out);
-    } else {
-        print(m_out, CliCheck::text(result));
-    }
+    if (options.json)
+        CliOutput::printBytes(m_out, CliCheck::json(result));
+    else
+        CliOutput::print(m_out, CliCheck::text(result));
     return CliCheck::exitCode(result);
 }
 
 int CliApp::save(const Options &options, BlocksetDocument &document, CliPrompts &prompts)
 {
-    document.openBlockset(fullPath(options.files[0]));
-    if (!document.blocksetOpen()) {
-        printMessages(prompts, 0);
-        return Failed;
-    }
+    const Result opened = document.openBlockset(fullPath(options.files[0]));
     // What the open showed (a missing style file, a renamed one) is worth knowing.
-    printMessages(prompts, 0);
+    CliOutput::printMessages(m_err, prompts.messages());
+    if (!opened)
+        return Failed;
 
     const qsizetype first = prompts.messageCount();
     prompts.setSaveTarget(fullPath(options.files[1]));
-    document.saveBlocksetAs();
-
-    bool failed = document.isChanged();
-    const QList<CliPrompts::Message> &messages = prompts.messages();
-    for (qsizetype i = first; i < messages.size(); ++i) {
-        if (messages[i].title == "Error"_L1)
-            failed = true;
-    }
-    printMessages(prompts, first);
-    if (failed) {
-        if (messages.size() == first)
-            print(m_err, u"cubrix-cli: the blockset was not saved\n"_s);
+    const Result saved = document.saveBlocksetAs();
+    CliOutput::printMessages(m_err, prompts.messages(), first);
+    if (!saved) {
+        // The message names the reason in its detail; without one, say it here.
+        if (prompts.messageCount() == first)
+            CliOutput::printError(m_err, u"the blockset was not saved: "_s + saved.reason());
         return Failed;
     }
-    print(m_out, document.processText() + u'\n');
+    CliOutput::print(m_out, document.processText() + u'\n');
     return Success;
 }

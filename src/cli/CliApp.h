@@ -44,10 +44,6 @@ private:
     int save(const Options &options, BlocksetDocument &document, CliPrompts &prompts);
     int check(const Options &options, BlocksetDocument &document, CliPrompts &prompts);
 
-    void print(std::FILE *stream, const QString &text);
-    // The messages from `first` on, one "title: text" block each, on stderr.
-    void printMessages(const CliPrompts &prompts, qsizetype first);
-
     std::FILE *m_out;
     std::FILE *m_err;
 };

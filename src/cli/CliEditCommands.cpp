@@ -1,16 +1,17 @@
 #include "cli/CliEditCommands.h"
 
 #include "app/BlocksetDocument.h"
+#include "cli/CliOutput.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliReport.h"
 #include "common/RegistryWrapper.h"
 #include "formats/ValueFormats.h"
 #include "items/AddItems.h"
-#include "symbols/RemapDialog.h"
-#include "symbols/RemapSymbols.h"
 #include "items/RemoveItems.h"
 #include "items/RenameItem.h"
 #include "items/ReplaceBlocks.h"
+#include "symbols/RemapDialog.h"
+#include "symbols/RemapSymbols.h"
 #include "symbols/StrictPrefix.h"
 #include "symbols/SymbolDialogs.h"
 #include "symbols/SymbolScheme.h"
@@ -260,24 +261,14 @@ QString CliEditCommands::helpLines()
            "                     after the save plus \"results\" (the status texts shown).\n"_s;
 }
 
-void CliEditCommands::print(std::FILE *stream, const QString &text)
-{
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
-}
-
 int CliEditCommands::run(const QString &command, const QStringList &arguments, const QStringList &options, bool json,
                          BlocksetDocument &document, CliPrompts &prompts)
 {
     const QString &file = arguments.first();
-    document.openBlockset(QFileInfo(file).absoluteFilePath());
     const auto printMessages = [this, &prompts](qsizetype first) {
-        const QList<CliPrompts::Message> &messages = prompts.messages();
-        for (qsizetype i = first; i < messages.size(); ++i)
-            print(m_err, messages[i].title + u": "_s + messages[i].text + u'\n');
+        CliOutput::printMessages(m_err, prompts.messages(), first);
     };
-    if (!document.blocksetOpen()) {
+    if (!document.openBlockset(QFileInfo(file).absoluteFilePath())) {
         printMessages(0);
         return Failed;
     }
@@ -309,14 +300,14 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
         results.append(document.processText());
 
     if (code != UsageError && document.isChanged()) {
-        if (!document.saveBlockset() || document.isChanged()) {
+        if (const Result saved = document.saveBlockset(); !saved) {
             code = Failed;
             if (error.isEmpty())
-                error = u"the blockset was not saved"_s;
+                error = u"the blockset was not saved: "_s + saved.reason();
         }
     }
     if (!error.isEmpty())
-        print(m_err, u"cubrix-cli: "_s + error + u'\n');
+        CliOutput::printError(m_err, error);
     if (code == UsageError)
         return code;
 
@@ -325,11 +316,11 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
             printMessages(first);
         QJsonObject report = QJsonDocument::fromJson(CliReport::infoJson(file, document, prompts.messages())).object();
         report.insert(u"results"_s, QJsonArray::fromStringList(results));
-        print(m_out, QString::fromUtf8(QJsonDocument(report).toJson()));
+        CliOutput::printBytes(m_out, QJsonDocument(report).toJson());
     } else {
         printMessages(first);
         for (const QString &result : std::as_const(results))
-            print(m_out, result + u'\n');
+            CliOutput::print(m_out, result + u'\n');
     }
     return code;
 }

@@ -41,8 +41,6 @@ private:
     int prefix(const QString &character, BlocksetDocument &document, QString &error);
     int set(const QString &field, const QString &value, BlocksetDocument &document, QString &error);
 
-    void print(std::FILE *stream, const QString &text);
-
     std::FILE *m_out;
     std::FILE *m_err;
 };

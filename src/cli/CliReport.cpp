@@ -112,9 +112,9 @@ QByteArray CliReport::infoJson(const QString &file, const BlocksetDocument &docu
     const SymbolSettings &symbolSettings = document.symbols();
     const QJsonObject symbols{
         {u"strictPrefix"_s, symbolSettings.strictPrefixBoxChecked},
-        {u"strictPrefixBoxEnabled"_s, symbolSettings.strictPrefixBoxEnabled},
+        {u"strictPrefixEnabled"_s, symbolSettings.strictPrefixBoxEnabled},
         {u"syncDouble"_s, symbolSettings.syncDoubleBoxChecked},
-        {u"syncDoubleBoxEnabled"_s, symbolSettings.syncDoubleBoxEnabled},
+        {u"syncDoubleEnabled"_s, symbolSettings.syncDoubleBoxEnabled},
         {u"prefix"_s, prefixCharacter(symbolSettings.prefixIndex)},
     };
 

@@ -1,5 +1,5 @@
-#include "storage/PlatformFile.h"
 #include "cli/CliApp.h"
+#include "storage/PlatformFile.h"
 
 #include <QCoreApplication>
 

@@ -7,8 +7,8 @@
 #include "formats/Parser_Block.h"
 #include "formats/ValueFormats.h"
 #include "items/BlockNaming.h"
-#include "symbols/OperationHost.h"
 #include "items/FileNameRules.h"
+#include "symbols/OperationHost.h"
 #include "symbols/SymbolDialogs.h"
 #include "symbols/SymbolScheme.h"
 

@@ -1,10 +1,10 @@
 #include "items/BlockNaming.h"
 
 #include "common/CommonFunctions.h"
-#include "storage/Cp1252.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser.h"
+#include "storage/Cp1252.h"
 #include "symbols/OperationHost.h"
 
 using namespace Qt::StringLiterals;

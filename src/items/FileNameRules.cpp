@@ -25,4 +25,3 @@ bool isPortableFileName(const QString &name)
     const QString stem = name.section(u'.', 0, 0).trimmed();
     return !reserved.contains(stem, Qt::CaseInsensitive);
 }
-

@@ -3,9 +3,9 @@
 #include "items/FileNameRules.h"
 
 #include "common/CommonFunctions.h"
-#include "storage/Cp1252.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
+#include "storage/Cp1252.h"
 #include "symbols/OperationHost.h"
 
 #include <QFile>

@@ -7,9 +7,9 @@
 #include "formats/Parser_Block.h"
 #include "formats/ValueFormats.h"
 #include "items/BlockNaming.h"
+#include "items/FileNameRules.h"
 #include "items/ItemKind.h"
 #include "symbols/OperationHost.h"
-#include "items/FileNameRules.h"
 
 #include <QDir>
 #include <QFile>

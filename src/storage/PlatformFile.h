@@ -37,10 +37,16 @@ QString errorText(int err);
 struct Folder {
 #ifdef Q_OS_UNIX
     int fd = -1;
-    bool isOpen() const { return fd >= 0; }
+    bool isOpen() const
+    {
+        return fd >= 0;
+    }
 #else
     QByteArray path;
-    bool isOpen() const { return !path.isEmpty(); }
+    bool isOpen() const
+    {
+        return !path.isEmpty();
+    }
 #endif
     Folder() = default;
     ~Folder();

@@ -199,7 +199,8 @@ FileHandle createFile(const Folder &folder, const QByteArray &name, int &err)
 {
     // O_NOFOLLOW: a link found in the folder is refused, never written through;
     // O_NONBLOCK: a pipe in its place cannot make the open hang.
-    FileHandle file(openat(folder.fd, name.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+    FileHandle file(
+        openat(folder.fd, name.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
     if (!file.isOpen()) {
         err = errno;
         return file;

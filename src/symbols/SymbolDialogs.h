@@ -1,8 +1,8 @@
 #pragma once
 
 #include "common/Prompts.h"
-#include "symbols/SymbolPrompt.h"
 #include "formats/BlocksetModel.h"
+#include "symbols/SymbolPrompt.h"
 
 class OperationHost;
 

@@ -66,8 +66,8 @@ private slots:
         QCOMPARE(QStringList({style[u"copyright"_s].toString(), style[u"skyBrightness"_s].toString(),
                               style[u"orbPosition"_s].toString(), style[u"orbText"_s].toString()}),
                  QStringList({u"\u00a9 2024 Quillmoor"_s, u"80%"_s, u"(45,30)"_s, u"Home"_s}));
-        QCOMPARE(keysOf(json[u"symbols"_s]), sorted({u"strictPrefix"_s, u"strictPrefixBoxEnabled"_s, u"syncDouble"_s,
-                                                     u"syncDoubleBoxEnabled"_s, u"prefix"_s}));
+        QCOMPARE(keysOf(json[u"symbols"_s]), sorted({u"strictPrefix"_s, u"strictPrefixEnabled"_s, u"syncDouble"_s,
+                                                     u"syncDoubleEnabled"_s, u"prefix"_s}));
         QCOMPARE(json[u"symbols"_s][u"prefix"_s].toString(), u"."_s);
 
         // One block row with every key; the rows themselves are the open's own tests.

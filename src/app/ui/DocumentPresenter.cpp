@@ -39,7 +39,10 @@ QStringList textureNames(const BlocksetDocument &document)
 
 DocumentPresenter::DocumentPresenter(BlocksetDocument &document, RegistryWrapper &settings, const Views &views,
                                      QObject *parent)
-    : QObject(parent), m_document(document), m_settings(settings), m_views(views)
+    : QObject(parent),
+      m_document(document),
+      m_settings(settings),
+      m_views(views)
 {
     connect(&document, &BlocksetDocument::documentReset, this, &DocumentPresenter::showAll);
     connect(&document, &BlocksetDocument::itemsChanged, this, &DocumentPresenter::showItems);

@@ -12,7 +12,8 @@
 #include <algorithm>
 
 FileDrops::FileDrops(QWidget *target, std::function<void(const QStringList &)> dropped)
-    : QObject(target), m_dropped(std::move(dropped))
+    : QObject(target),
+      m_dropped(std::move(dropped))
 {
     target->setAcceptDrops(true);
     target->installEventFilter(this);

@@ -21,7 +21,10 @@
 using namespace Qt::StringLiterals;
 
 ItemCommands::ItemCommands(BlocksetDocument &document, DocumentPresenter &presenter, QWidget *window)
-    : QObject(window), m_document(document), m_presenter(presenter), m_window(window),
+    : QObject(window),
+      m_document(document),
+      m_presenter(presenter),
+      m_window(window),
       m_soundAvailable(!QMediaDevices::audioOutputs().isEmpty())
 {
 }

@@ -50,8 +50,7 @@ struct Menu {
 const Menu kMenus[] = {
     {u"mnuFile",
      u"&File",
-     {u"mnuNew", u"mnuOpen", u"mnuClose", u"mnuSave", u"mnuSaveAs", u"mnuSep1", u"mnuOptions", u"mnuSep2",
-      u"mnuExit"}},
+     {u"mnuNew", u"mnuOpen", u"mnuClose", u"mnuSave", u"mnuSaveAs", u"mnuSep1", u"mnuOptions", u"mnuSep2", u"mnuExit"}},
     {u"mnuEdit", u"&Edit", {u"mnuAddItem", u"mnuRemoveItem", u"mnuReplaceItem", u"mnuEditItem", u"mnuPreviewItem"}},
     {u"mnuTools", u"&Tools", {u"mnuRemapSymbols", u"mnuAddBSP"}},
     {u"mnuWindow", u"&Window", {u"mnuManager"}},
@@ -59,10 +58,10 @@ const Menu kMenus[] = {
 };
 
 // Toolbar keys in order; nullptr is a separator.
-const char16_t *const kToolbar[] = {u"btnNew",        u"btnOpen",        u"btnClose",       u"btnSave",
-                                    u"btnSaveAs",     nullptr,           u"btnAddItem",     u"btnRemoveItem",
-                                    u"btnReplaceItem", u"btnEditItem",   u"btnPreviewItem", nullptr,
-                                    u"btnAddBSP",     nullptr,           u"btnManager"};
+const char16_t *const kToolbar[] = {u"btnNew",         u"btnOpen",     u"btnClose",       u"btnSave",
+                                    u"btnSaveAs",      nullptr,        u"btnAddItem",     u"btnRemoveItem",
+                                    u"btnReplaceItem", u"btnEditItem", u"btnPreviewItem", nullptr,
+                                    u"btnAddBSP",      nullptr,        u"btnManager"};
 
 QString str(const char16_t *text)
 {

@@ -1,7 +1,7 @@
 #include "app/ui/SettingsTab.h"
 
-#include "formats/ui/AttributeValueValidator.h"
 #include "app/ui/FieldText.h"
+#include "formats/ui/AttributeValueValidator.h"
 #include "formats/ui/usrColor.h"
 #include "formats/ui/usrPercentage.h"
 #include "formats/ui/usrPosition.h"

@@ -12,7 +12,11 @@ using namespace Qt::StringLiterals;
 
 SymbolCommands::SymbolCommands(BlocksetDocument &document, DocumentPresenter &presenter, SettingsTab &page,
                                QWidget *window)
-    : QObject(window), m_document(document), m_presenter(presenter), m_page(page), m_window(window)
+    : QObject(window),
+      m_document(document),
+      m_presenter(presenter),
+      m_page(page),
+      m_window(window)
 {
 }
 

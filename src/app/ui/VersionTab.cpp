@@ -1,7 +1,7 @@
 #include "app/ui/VersionTab.h"
 
-#include "formats/ui/AttributeValueValidator.h"
 #include "app/ui/FieldText.h"
+#include "formats/ui/AttributeValueValidator.h"
 
 #include <QFormLayout>
 #include <QGroupBox>

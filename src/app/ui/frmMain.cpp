@@ -79,7 +79,7 @@ frmMain::~frmMain()
     // The pages and tabs outlive the document by a moment while the window is torn
     // down: nothing they report may reach it any more.
     for (QObject *source : std::initializer_list<QObject *>{m_settingsTab, m_versionTab, m_tabs, m_blockPage,
-                                                             m_texturePage, m_soundPage}) {
+                                                            m_texturePage, m_soundPage}) {
         if (source)
             source->disconnect();
     }

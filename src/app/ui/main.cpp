@@ -1,11 +1,11 @@
 // Main_Sub: the program's entry. It decides which window the user sees first.
 
-#include "storage/PlatformFile.h"
 #include "app/ui/MainSub.h"
 #include "app/ui/frmMain.h"
 #include "cache/CacheLocation.h"
 #include "cache/ui/CacheManagerStart.h"
 #include "common/ProgramVersion.h"
+#include "storage/PlatformFile.h"
 
 #include <QApplication>
 #include <QDir>
