@@ -24,6 +24,7 @@ int fuzzHive(const uint8_t *, size_t);
 int fuzzArchive(const uint8_t *, size_t);
 int fuzzCacheIndex(const uint8_t *, size_t);
 int fuzzRover(const uint8_t *, size_t);
+int fuzzMedia(const uint8_t *, size_t);
 }
 
 int main(int argc, char **argv)
@@ -34,7 +35,7 @@ int main(int argc, char **argv)
         {QStringLiteral("block"), fuzzBlock},         {QStringLiteral("update"), fuzzUpdate},
         {QStringLiteral("values"), fuzzValues},       {QStringLiteral("hive"), fuzzHive},
         {QStringLiteral("archive"), fuzzArchive},     {QStringLiteral("cache_index"), fuzzCacheIndex},
-        {QStringLiteral("rover"), fuzzRover}};
+        {QStringLiteral("rover"), fuzzRover},         {QStringLiteral("media"), fuzzMedia}};
     const QStringList arguments = app.arguments();
     const FuzzFunction target = targets.value(arguments.value(1));
     if (!target) {
