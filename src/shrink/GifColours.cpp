@@ -56,7 +56,7 @@ GifFrames shownGifFrames(const GifImage &image)
 QByteArray quantiseGif(const GifFrames &frames, int colours, QString *error)
 {
     if (frames.images.isEmpty()) {
-        *error = u"no frames to write"_s;
+        *error = u"too many pixels to rewrite"_s;
         return {};
     }
     const QSize size = frames.images.first().size();

@@ -1,10 +1,14 @@
 #include "shrink/GifCompose.h"
 
+#include "shrink/ShrinkResult.h"
+
 #include <gif_lib.h>
 
 QList<QImage> composeGifFrames(const GifImage &image)
 {
     QList<QImage> composed;
+    if (qint64(image.screen.width()) * image.screen.height() * image.frames.size() > maxRewritePixels)
+        return composed;
     QImage screen(image.screen, QImage::Format_ARGB32);
     screen.fill(Qt::transparent);
     for (const GifFrame &frame : image.frames) {

@@ -1,5 +1,7 @@
 #include "shrink/GifImage.h"
 
+#include "shrink/ShrinkResult.h"
+
 #include <gif_lib.h>
 
 #include <algorithm>
@@ -9,9 +11,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Every frame's pixels are kept in memory: a hostile header cannot ask for more.
-constexpr qint64 maxPixels = qint64(64) * 1024 * 1024;
 
 struct Source {
     QByteArrayView bytes;
@@ -114,7 +113,7 @@ bool decodeGif(QByteArrayView bytes, GifImage *image, QString *error)
     image->screen = QSize(gif->SWidth, gif->SHeight);
     image->globalColours = colourList(gif->SColorMap);
     image->background = gif->SBackGroundColor;
-    if (qint64(gif->SWidth) * gif->SHeight > maxPixels) {
+    if (qint64(gif->SWidth) * gif->SHeight > maxRewritePixels) {
         *error = u"too many pixels to rewrite (%1×%2)"_s.arg(gif->SWidth).arg(gif->SHeight);
         return false;
     }
@@ -160,7 +159,7 @@ bool decodeGif(QByteArrayView bytes, GifImage *image, QString *error)
             return false;
         }
         pixelsRead += qint64(desc.Width) * desc.Height;
-        if (pixelsRead > maxPixels) {
+        if (pixelsRead > maxRewritePixels) {
             *error = u"too many pixels to rewrite"_s;
             return false;
         }

@@ -1,5 +1,7 @@
 #include "shrink/JpegImage.h"
 
+#include "shrink/ShrinkResult.h"
+
 #include <turbojpeg.h>
 
 #include <memory>
@@ -7,10 +9,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Larger images are refused before any buffer is allocated: a hostile header
-// cannot make a rewrite take gigabytes.
-constexpr qint64 maxPixels = qint64(64) * 1024 * 1024;
 
 struct HandleCloser {
     void operator()(void *handle) const { tjDestroy(handle); }
@@ -58,7 +56,7 @@ QImage decodeJpegImage(QByteArrayView bytes, QString *error)
         *error = u"a four-channel (CMYK or YCCK) JPEG"_s;
         return {};
     }
-    if (qint64(header.width) * header.height > maxPixels) {
+    if (qint64(header.width) * header.height > maxRewritePixels) {
         *error = u"too many pixels to rewrite (%1×%2)"_s.arg(header.width).arg(header.height);
         return {};
     }

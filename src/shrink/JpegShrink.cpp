@@ -1,5 +1,7 @@
 #include "shrink/JpegShrink.h"
 
+#include "rover/RoverMedia.h"
+
 #include "shrink/JpegImage.h"
 #include "shrink/JpegTranscode.h"
 
@@ -14,7 +16,9 @@ ShrinkResult optimizeJpeg(QByteArrayView bytes)
     const QByteArray output = smallestJpegRewrite(bytes, &error);
     if (output.isEmpty())
         return ShrinkResult::kept(bytes, error);
-    if (output.size() >= bytes.size())
+    // An arithmetic-coded JPEG, which Rover cannot read, is worth its rewrite even when it grows.
+    const bool repaired = roverTextureInfo(bytes).status == RoverTextureInfo::NotGifOrJpeg;
+    if (output.size() >= bytes.size() && !repaired)
         return ShrinkResult::kept(bytes, u"the JPEG is already as small as a lossless rewrite makes it"_s);
     const QImage rewritten = decodeJpegImage(output, &error);
     if (rewritten != pixels)

@@ -4,7 +4,9 @@
 
 // Lossless: the smaller of a baseline and a progressive rewrite with optimal
 // Huffman tables and no metadata markers, kept only when it is smaller and
-// decodes to exactly the input's pixels. Four-channel JPEGs are left as they are.
+// decodes to exactly the input's pixels; an arithmetic-coded JPEG, which Rover
+// cannot read, is rewritten even when it grows. Four-channel JPEGs are left as
+// they are.
 ShrinkResult optimizeJpeg(QByteArrayView bytes);
 
 // Lossy: decoded and encoded again at the given quality (1-100), keeping a

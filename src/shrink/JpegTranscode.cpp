@@ -1,5 +1,8 @@
 #include "shrink/JpegTranscode.h"
 
+#include "shrink/JpegImage.h"
+#include "shrink/ShrinkResult.h"
+
 // clang-format off
 #include <cstdio> // jpeglib.h needs FILE
 #include <jpeglib.h>
@@ -65,14 +68,16 @@ boolean growDestination(j_compress_ptr info)
 
 void termDestination(j_compress_ptr) {}
 
-// The JFIF marker only tells a reader that three components are YCbCr, which
-// it also guesses from the component ids 1, 2, 3; one component is always grey.
-bool needsJfifMarker(const jpeg_decompress_struct &source)
+// Without a JFIF or Adobe marker a reader (IJG 6a as well as libjpeg-turbo)
+// takes three components for YCbCr unless their ids are 'R', 'G', 'B'; one
+// component is always grey. So the JFIF marker is needed only for YCbCr with
+// those ids.
+bool needsJfifMarker(const jpeg_compress_struct &target)
 {
-    if (source.num_components != 3)
+    if (!target.write_JFIF_header || target.jpeg_color_space != JCS_YCbCr || target.num_components != 3)
         return false;
-    const jpeg_component_info *components = source.comp_info;
-    return components[0].component_id != 1 || components[1].component_id != 2 || components[2].component_id != 3;
+    const jpeg_component_info *components = target.comp_info;
+    return components[0].component_id == 'R' && components[1].component_id == 'G' && components[2].component_id == 'B';
 }
 
 // Returns the number of bytes written to destination->data, or 0 with message set.
@@ -106,7 +111,7 @@ size_t transcode(const JOCTET *input, unsigned long size, bool progressive, Grow
     jpeg_copy_critical_parameters(&source, &target);
     target.optimize_coding = TRUE;
     target.arith_code = FALSE;
-    target.write_JFIF_header = needsJfifMarker(source) ? TRUE : FALSE;
+    target.write_JFIF_header = needsJfifMarker(target) ? TRUE : FALSE;
     if (progressive)
         jpeg_simple_progression(&target);
     destination->pub.init_destination = initDestination;
@@ -126,8 +131,11 @@ size_t transcode(const JOCTET *input, unsigned long size, bool progressive, Grow
 
 QByteArray transcodeJpeg(QByteArrayView bytes, bool progressive, QString *error)
 {
-    if (bytes.isEmpty()) {
-        *error = u"the JPEG is empty"_s;
+    JpegHeader header;
+    if (!readJpegHeader(bytes, &header, error))
+        return {};
+    if (qint64(header.width) * header.height > maxRewritePixels) {
+        *error = u"too many pixels to rewrite (%1×%2)"_s.arg(header.width).arg(header.height);
         return {};
     }
     GrowingDestination destination{};

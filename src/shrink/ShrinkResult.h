@@ -4,6 +4,11 @@
 #include <QByteArrayView>
 #include <QString>
 
+// The most pixels a rewrite decodes (all frames of a GIF together): larger
+// images are refused before any buffer is allocated, so that a hostile header
+// cannot make a rewrite take gigabytes.
+constexpr qint64 maxRewritePixels = qint64(16) * 1024 * 1024;
+
 // What one rewrite of a texture or sound gives: the bytes to store (the new
 // ones, or the input unchanged), the sizes before and after, and when the
 // input was kept, why.

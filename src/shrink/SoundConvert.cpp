@@ -39,8 +39,10 @@ bool readWav(QByteArrayView bytes, WavSound *sound, QString *error)
         const QByteArrayView body = bytes.sliced(pos + 8, qMin<qint64>(size, bytes.size() - pos - 8));
         if (id == "fmt " && format.isEmpty())
             format = body;
-        else if (id == "data" && !haveData)
-            sound->data = body, haveData = true; // a data chunk cut short still gives what it has
+        else if (id == "data" && !haveData) {
+            sound->data = body; // a data chunk cut short still gives what it has
+            haveData = true;
+        }
         pos += 8 + size + (size & 1);
     }
     if (format.size() < 16 || !haveData) {
