@@ -60,6 +60,12 @@ QByteArray quantiseGif(const GifFrames &frames, int colours, QString *error)
         return {};
     }
     const QSize size = frames.images.first().size();
+    // Above 2048×2048 pixels libimagequant 2.17 works row by row and leaks its
+    // row buffers; a texture never needs that many (Rover's limit is 256×256).
+    if (qint64(size.width()) * size.height() > 2048 * 2048) {
+        *error = u"too many pixels to reduce the colours of (%1×%2)"_s.arg(size.width()).arg(size.height());
+        return {};
+    }
     const Attributes attributes(liq_attr_create());
     const Histogram histogram(attributes ? liq_histogram_create(attributes.get()) : nullptr);
     // A transparent index that the quantiser does not choose is added after its colours.
