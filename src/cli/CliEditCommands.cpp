@@ -7,6 +7,7 @@
 #include "common/RegistryWrapper.h"
 #include "formats/ValueFormats.h"
 #include "items/AddItems.h"
+#include "items/FileNameRules.h"
 #include "items/RemoveItems.h"
 #include "items/RenameItem.h"
 #include "items/ReplaceBlocks.h"
@@ -210,9 +211,6 @@ QString CliEditCommands::check(const QString &command, const QStringList &argume
             return u"unknown field \""_s + field + u'"';
         if (field == "strictPrefix"_L1 && arguments[2] != "on"_L1 && arguments[2] != "off"_L1)
             return u"strictPrefix takes on or off"_s;
-        // Style values are written between double quotes, which nothing can escape.
-        if (field != "update"_L1 && !isAcceptableAttributeValue(arguments[2]))
-            return field + u" cannot hold a double quote"_s;
     }
     return QString();
 }
@@ -328,6 +326,7 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
 int CliEditCommands::add(const QStringList &paths, BlocksetDocument &document, CliPrompts &prompts,
                          QStringList &results)
 {
+    int added = 0;
     for (ItemKind kind : kKinds) {
         QStringList chosen;
         for (const QString &path : paths) {
@@ -337,10 +336,11 @@ int CliEditCommands::add(const QStringList &paths, BlocksetDocument &document, C
         if (chosen.isEmpty())
             continue;
         prompts.setMultiOpenAnswers({chosen});
-        addItems(document, kind);
+        added += addItems(document, kind);
         results.append(document.processText());
     }
-    return Success;
+    // Every path refused (each with its message): nothing changed, which is a failure.
+    return added > 0 ? Success : Failed;
 }
 
 int CliEditCommands::replace(const QStringList &names, const QStringList &options, BlocksetDocument &document,
@@ -453,6 +453,17 @@ int CliEditCommands::set(const QString &field, const QString &value, BlocksetDoc
             document.setSymbolSettings(symbols);
         }
         return Success;
+    }
+    // Style values are Windows-1252 text between double quotes, which nothing can escape.
+    const QString control = field == "update"_L1 ? u"fldUpdate"_s : QString(findSetField(field)->control);
+    if (const QString outside = firstCharacterOutsideCp1252(value); !outside.isEmpty()) {
+        error = control + u" does not take \""_s + value
+                + u"\": Windows-1252, the code page of the style file, has no \""_s + outside + u'"';
+        return Failed;
+    }
+    if (field != "update"_L1 && !isAcceptableAttributeValue(value)) {
+        error = control + u" does not take \""_s + value + u"\": a value cannot hold a double quote"_s;
+        return Failed;
     }
     if (field == "update"_L1) {
         if (value != document.updateComment())

@@ -225,6 +225,18 @@ bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const Name
 void dropSaveFile(const Folder &dir, SaveFile &file);
 // Removes `name`, the save file of an earlier save, unless a running save holds it.
 void removeStaleSaveFile(const Folder &dir, const QByteArray &name);
+// Puts the written file on disk under a hidden name of its own beside the target
+// (in `file.tempName`) and closes it, leaving the target as it is: for saves that
+// put several files in place together.
+bool keepSaveFile(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err);
+
+// Renames `from` to `to` in one folder, replacing `to` atomically.
+bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err);
+// A second name `to` for the file `from` (a hard link); false where the file
+// system has none.
+bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err);
+// Puts the folder's entries (renames, new names) on disk.
+bool syncFolder(const Folder &dir, int &err);
 
 #ifndef Q_OS_UNIX
 // The errno value nearest to a Windows error code, and to GetLastError().

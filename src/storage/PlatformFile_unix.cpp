@@ -476,6 +476,46 @@ void removeStaleSaveFile(const Folder &dir, const QByteArray &name)
     close(fd);
 }
 
+bool keepSaveFile(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err)
+{
+    if (fsync(file.fd) != 0) {
+        err = errno;
+        dropSaveFile(dir, file);
+        return false;
+    }
+    if (!file.named && !linkUnnamed(dir, newName, file, err)) {
+        dropSaveFile(dir, file);
+        return false;
+    }
+    close(file.fd);
+    file.fd = -1;
+    return true;
+}
+
+bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (renameat(dir.fd, from.constData(), dir.fd, to.constData()) == 0)
+        return true;
+    err = errno;
+    return false;
+}
+
+bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (linkat(dir.fd, from.constData(), dir.fd, to.constData(), 0) == 0)
+        return true;
+    err = errno;
+    return false;
+}
+
+bool syncFolder(const Folder &dir, int &err)
+{
+    if (fsync(dir.fd) == 0 || errno == EINVAL)
+        return true;
+    err = errno;
+    return false;
+}
+
 void closeFile(int fd)
 {
     int err = 0;

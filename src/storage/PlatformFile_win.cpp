@@ -505,6 +505,49 @@ bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const Name
     return true;
 }
 
+bool keepSaveFile(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err)
+{
+    Q_UNUSED(newName);
+    if (_commit(file.fd) != 0) {
+        err = errno;
+        dropSaveFile(dir, file);
+        return false;
+    }
+    const bool closed = closeFile(file.fd, err);
+    file.fd = -1;
+    if (!closed) {
+        dropSaveFile(dir, file);
+        return false;
+    }
+    SetFileAttributesW(widePath(childPath(dir, file.tempName)).c_str(), file.attributes);
+    return true;
+}
+
+bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (MoveFileExW(widePath(childPath(dir, from)).c_str(), widePath(childPath(dir, to)).c_str(),
+                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    err = lastSystemError();
+    return false;
+}
+
+bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (CreateHardLinkW(widePath(childPath(dir, to)).c_str(), widePath(childPath(dir, from)).c_str(), nullptr))
+        return true;
+    err = lastSystemError();
+    return false;
+}
+
+bool syncFolder(const Folder &dir, int &err)
+{
+    // MOVEFILE_WRITE_THROUGH has put each rename on disk already.
+    Q_UNUSED(dir);
+    Q_UNUSED(err);
+    return true;
+}
+
 void dropSaveFile(const Folder &dir, SaveFile &file)
 {
     if (file.fd >= 0)

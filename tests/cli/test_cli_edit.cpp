@@ -80,7 +80,7 @@ private slots:
                                     << QStringList{u"(1,2,3)"_s};
         QTest::newRow("set bad colour") << QStringList{u"set"_s, u"skyColor"_s, u"(1,2,300)"_s} << 1 << u"skyColor"_s
                                         << QStringList{u"(96,160,255)"_s};
-        QTest::newRow("set a quote") << QStringList{u"set"_s, u"synopsis"_s, u"The \"Stone\" castle"_s} << 2
+        QTest::newRow("set a quote") << QStringList{u"set"_s, u"synopsis"_s, u"The \"Stone\" castle"_s} << 1
                                      << u"synopsis"_s << QStringList{u"Stone walls, a gate, a tower and a torch"_s};
     }
 
