@@ -1,5 +1,7 @@
 #include "rover/RoverReader.h"
 
+#include <algorithm>
+
 namespace {
 
 bool isBlank(char c)
@@ -8,11 +10,14 @@ bool isBlank(char c)
 }
 
 // Lines end at CR, LF or CR LF and a NUL ends its line early: the text is
-// rebuilt with one '\n' per line so that line counting is trivial.
-QByteArray normalise(QByteArrayView bytes)
+// rebuilt with one '\n' per line so that line counting is trivial. The start of
+// each line in both texts is noted.
+QByteArray normalise(QByteArrayView bytes, QList<qsizetype> &lineStarts, QList<qsizetype> &sourceLineStarts)
 {
     QByteArray out;
     out.reserve(bytes.size());
+    lineStarts = {0};
+    sourceLineStarts = {0};
     bool cut = false;
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         const char c = bytes[i];
@@ -20,6 +25,8 @@ QByteArray normalise(QByteArrayView bytes)
             if (c == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
                 ++i;
             out += '\n';
+            lineStarts.append(out.size());
+            sourceLineStarts.append(i + 1);
             cut = false;
         } else if (c == '\0') {
             cut = true;
@@ -47,7 +54,28 @@ QString roverText(const char *text)
     return QString::fromUtf8(text);
 }
 
-RoverReader::RoverReader(QByteArrayView bytes) : m_text(normalise(bytes)) {}
+RoverReader::RoverReader(QByteArrayView bytes)
+{
+    m_text = normalise(bytes, m_lineStarts, m_sourceLineStarts);
+}
+
+qsizetype RoverReader::sourceOffset(qsizetype pos) const
+{
+    const auto line = std::upper_bound(m_lineStarts.cbegin(), m_lineStarts.cend(), pos) - 1;
+    return m_sourceLineStarts[line - m_lineStarts.cbegin()] + (pos - *line);
+}
+
+bool RoverReader::resume()
+{
+    m_failed = false;
+    m_pos = std::max(m_pos, m_pieceStart + 1);
+    while (m_pos < m_text.size() && m_text[m_pos] != '<') {
+        if (m_text[m_pos] == '\n')
+            ++m_line;
+        ++m_pos;
+    }
+    return m_pos < m_text.size();
+}
 
 void RoverReader::error(int line, const QString &text)
 {
@@ -75,15 +103,18 @@ void RoverReader::skipSpace()
     }
 }
 
-bool RoverReader::readString(char quote, QByteArray *out)
+bool RoverReader::readString(char quote, QByteArray *out, qsizetype *from, qsizetype *to)
 {
     const qsizetype start = ++m_pos;
     while (m_pos < m_text.size() && m_text[m_pos] != quote && m_text[m_pos] != '\n')
         ++m_pos;
     if (m_pos >= m_text.size() || m_text[m_pos] != quote)
         return fail(roverText("String is missing closing quotation mark"));
-    if (out)
+    if (out) {
         *out = trimmed(m_text.mid(start, m_pos - start));
+        *from = sourceOffset(start);
+        *to = sourceOffset(m_pos);
+    }
     ++m_pos;
     return true;
 }
@@ -97,8 +128,11 @@ bool RoverReader::next(Tag &tag)
         while (m_pos < m_text.size() && m_text[m_pos] != '<') {
             const char c = m_text[m_pos];
             if (c == '"' || c == '\'') {
-                if (!readString(c, nullptr))
+                m_pieceStart = m_pos;
+                if (!readString(c, nullptr, nullptr, nullptr)) {
+                    tag.from = sourceOffset(m_pieceStart);
                     return false;
+                }
                 continue;
             }
             if (c == '\n')
@@ -107,11 +141,14 @@ bool RoverReader::next(Tag &tag)
         }
         if (m_pos >= m_text.size())
             return false;
+        m_pieceStart = m_pos;
         if (!m_text.sliced(m_pos).startsWith("<!--"))
             break;
         const qsizetype close = m_text.indexOf("-->", m_pos + 4);
         if (close < 0) {
             m_line += int(m_text.sliced(m_pos).count('\n'));
+            tag.from = sourceOffset(m_pos);
+            m_pos = m_text.size();
             return fail(roverText("Unexpected end of file"));
         }
         m_line += int(m_text.sliced(m_pos, close - m_pos).count('\n'));
@@ -119,6 +156,7 @@ bool RoverReader::next(Tag &tag)
     }
     tag = Tag{};
     tag.line = m_line;
+    tag.from = sourceOffset(m_pos);
     ++m_pos;
     if (m_pos < m_text.size() && m_text[m_pos] == '/') {
         tag.end = true;
@@ -138,11 +176,13 @@ bool RoverReader::next(Tag &tag)
             return fail(roverText("Unexpected end of file"));
         if (m_text[m_pos] == '>') {
             ++m_pos;
+            tag.to = sourceOffset(m_pos);
             return true;
         }
         if (m_text.sliced(m_pos).startsWith("/>")) {
             tag.selfClosing = true;
             m_pos += 2;
+            tag.to = sourceOffset(m_pos);
             return true;
         }
         const qsizetype attrStart = m_pos;
@@ -161,10 +201,10 @@ bool RoverReader::next(Tag &tag)
         const char quote = m_text[m_pos];
         if (quote != '"' && quote != '\'')
             return fail(roverText("Value of attribute \"%1\" is not quoted").arg(QString::fromLatin1(name)));
-        QByteArray value;
-        if (!readString(quote, &value))
+        Attribute attribute{name == "color" ? QByteArray("colour") : name, {}, 0, 0};
+        if (!readString(quote, &attribute.value, &attribute.valueFrom, &attribute.valueTo))
             return false;
-        tag.attributes.append({name == "color" ? QByteArray("colour") : name, value});
+        tag.attributes.append(std::move(attribute));
     }
 }
 

@@ -37,10 +37,16 @@ QString errorText(int err);
 struct Folder {
 #ifdef Q_OS_UNIX
     int fd = -1;
-    bool isOpen() const { return fd >= 0; }
+    bool isOpen() const
+    {
+        return fd >= 0;
+    }
 #else
     QByteArray path;
-    bool isOpen() const { return !path.isEmpty(); }
+    bool isOpen() const
+    {
+        return !path.isEmpty();
+    }
 #endif
     Folder() = default;
     ~Folder();
@@ -168,6 +174,12 @@ void keepAllocatorMemory();
 // local-time conversion (libzip converts the time of every archive entry it
 // reads). Called at the start of a program, before any other thread runs.
 void readTimeZoneOnce();
+
+// The program name ("iexplore.exe") of a running process other than this one
+// that has the file at `path` loaded; "" when none has. On Unix a process whose
+// memory maps show the file (as Wine maps a loaded DLL), on Windows one whose
+// module list holds it. Processes that cannot be looked at are skipped.
+QString processUsingFile(const QString &path);
 
 // A libzip source reading the file at `path` when the archive is written.
 zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error);
