@@ -17,6 +17,7 @@
 #include "common/HiveRegistry.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
+#include "storage/PlatformFile.h"
 
 #include <QApplication>
 #include <QDir>
@@ -120,6 +121,7 @@ void bareLoop(const QString &cache)
 // One measurement in this process: "wall cpu peakKiB startKiB".
 int measureOne(int argc, char *argv[], const QString &what, const QString &folder)
 {
+    PlatformFile::readTimeZoneOnce(); // as both programs do
     std::unique_ptr<QCoreApplication> app;
     if (what == u"window"_s)
         app = std::make_unique<QApplication>(argc, argv);

@@ -4,16 +4,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A folder or file name Windows can create.
-bool isWindowsName(QStringView name)
+// A character Windows allows in a folder or file name; Rover turns "|" into
+// ":", which none may hold.
+bool isNameChar(QChar c)
 {
-    if (name.isEmpty() || name == u"."_s || name == u".."_s)
-        return false;
-    for (const QChar c : name) {
-        if (c.unicode() < 0x20 || QStringView(u"<>:\"?*").contains(c))
-            return false;
+    switch (c.unicode()) {
+    case '|':
+    case '<':
+    case '>':
+    case ':':
+    case '"':
+    case '?':
+    case '*': return false;
+    default: return c.unicode() >= 0x20;
     }
-    return true;
 }
 
 } // namespace
@@ -23,17 +27,25 @@ QString cacheKeyOfAddress(QStringView href)
     if (href.startsWith(u"http://"_s, Qt::CaseInsensitive))
         href = href.sliced(7);
     // A "\" already separates folders for Windows.
-    QString path = href.toString();
-    path.replace(u'\\', u'/').replace(u'|', u':');
-    QString key;
-    key.reserve(path.size());
-    for (QStringView name : QStringView(path).tokenize(u'/')) {
-        if (!isWindowsName(name))
+    QString key(href.size(), Qt::Uninitialized);
+    QChar *to = key.data();
+    qsizetype nameStart = 0;
+    for (qsizetype i = 0; i <= href.size(); ++i) {
+        const QChar c = i < href.size() ? href[i] : QChar(u'/');
+        if (c == u'/' || c == u'\\') {
+            const QStringView name = href.sliced(nameStart, i - nameStart);
+            if (name.isEmpty() || name == u"."_s || name == u".."_s)
+                return {};
+            if (i < href.size())
+                *to++ = u'\\';
+            nameStart = i + 1;
+        } else if (!isNameChar(c)) {
             return {};
-        if (!key.isEmpty())
-            key += u'\\';
-        key += name;
+        } else {
+            *to++ = c;
+        }
     }
+    key.truncate(to - key.constData());
     return key.toCaseFolded();
 }
 

@@ -23,6 +23,7 @@ QString elements(int count)
 CacheRowLookup::CacheRowLookup(const QList<CacheRow> &rows)
 {
     m_byKey.reserve(rows.size());
+    m_byName.reserve(rows.size());
     for (int i = 0; i < rows.size(); ++i) {
         m_byKey.insert(cacheKeyOfFile(rows[i].path, rows[i].fileName), i);
         const QString name = rows[i].fileName.toCaseFolded();

@@ -202,7 +202,7 @@ void CacheIndexFile::read()
             break;
         case Token::Empty:
             if (token.element >= 0)
-                accepted.append(m_elements[token.element]);
+                accepted.append(std::move(m_elements[token.element]));
             else if (!token.reason.isEmpty())
                 reject(token.reason);
             break;

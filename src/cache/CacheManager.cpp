@@ -10,11 +10,11 @@
 #include "storage/PlatformFile.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -82,10 +82,8 @@ void CacheManager::fill()
     m_indexNotes.clear();
     if (!m_cacheFolder.isEmpty()) {
         walk(m_cacheFolder, QString(), true, m_rows);
-        std::stable_sort(m_rows.begin(), m_rows.end(), [](const CacheRow &a, const CacheRow &b) {
-            const int byPath = a.path.compare(b.path, Qt::CaseInsensitive);
-            return byPath != 0 ? byPath < 0 : a.fileName.compare(b.fileName, Qt::CaseInsensitive) < 0;
-        });
+        readArchives();
+        sortByFolder();
         QByteArray bytes;
         bool exists = false;
         const Result read = readCacheIndexFile(indexPath(), bytes, exists);
@@ -122,38 +120,79 @@ QString CacheManager::indexPath() const
     return m_cacheFolder + u"/cache.txt"_s;
 }
 
-void CacheManager::walk(const QString &folder, const QString &relative, bool readArchives, QList<CacheRow> &rows)
+void CacheManager::sortByFolder()
 {
-    if (readArchives) {
+    // By Path, then File Name, ignoring case: each key is folded once, not at
+    // every comparison.
+    struct Key {
+        QString path, name;
+        int row;
+    };
+    std::vector<Key> keys;
+    keys.reserve(size_t(m_rows.size()));
+    for (int i = 0; i < m_rows.size(); ++i)
+        keys.push_back({m_rows[i].path.toCaseFolded(), m_rows[i].fileName.toCaseFolded(), i});
+    std::stable_sort(keys.begin(), keys.end(), [](const Key &a, const Key &b) {
+        const int byPath = a.path.compare(b.path);
+        return byPath != 0 ? byPath < 0 : a.name < b.name;
+    });
+    QList<CacheRow> sorted;
+    sorted.reserve(m_rows.size());
+    for (const Key &key : keys)
+        sorted.append(std::move(m_rows[key.row]));
+    m_rows = std::move(sorted);
+}
+
+void CacheManager::readArchives()
+{
+    for (int i = 0; i < m_rows.size(); ++i) {
+        const QString path = fullPath(i);
+        m_rows[i].size = QFileInfo(path).size();
+        readCachedBlockset(path, m_rows[i]);
+    }
+}
+
+void CacheManager::walk(const QString &folder, const QString &relative, bool progress, QList<CacheRow> &rows)
+{
+    PlatformFile::Folder root;
+    int err = 0;
+    if (PlatformFile::openFolder(PlatformFile::encodeName(folder), true, root, err))
+        walk(root, folder, relative, progress, rows);
+}
+
+void CacheManager::walk(const PlatformFile::Folder &dir, const QString &folder, const QString &relative, bool progress,
+                        QList<CacheRow> &rows)
+{
+    if (progress) {
         m_process = u"Checking "_s + QDir::toNativeSeparators(folder);
         if (m_checking)
             m_checking(m_process);
     }
-    // One pass over the folder's entries, unsorted: the rows are sorted once the
-    // whole tree is walked.
+    // One pass over the folder's entries, unsorted and without a look at each
+    // file: the rows are sorted once the whole tree is walked. Links to folders
+    // are not followed.
+    std::vector<PlatformFile::Entry> entries;
+    int err = 0;
+    if (!PlatformFile::listFolder(dir, entries, err))
+        return;
     QStringList folders;
-    QDirIterator it(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
-    while (it.hasNext()) {
-        it.next();
-        const QFileInfo file = it.fileInfo();
-        if (file.isDir()) {
-            if (!file.isSymLink())
-                folders.append(file.fileName());
-            continue;
+    for (const PlatformFile::Entry &entry : entries) {
+        const QString name = PlatformFile::decodeName(entry.name);
+        if (entry.kind == PlatformFile::Kind::Folder) {
+            folders.append(name);
+        } else if (name.endsWith(u".bset"_s, Qt::CaseInsensitive)) {
+            CacheRow row;
+            row.fileName = name;
+            row.path = relative;
+            rows.append(std::move(row));
         }
-        if (!file.fileName().endsWith(u".bset"_s, Qt::CaseInsensitive))
-            continue;
-        CacheRow row;
-        row.fileName = file.fileName();
-        row.path = relative;
-        row.size = file.size();
-        if (readArchives)
-            readCachedBlockset(file.filePath(), row);
-        rows.append(row);
     }
     folders.sort(Qt::CaseInsensitive);
-    for (const QString &sub : std::as_const(folders))
-        walk(folder + u'/' + sub, relative.isEmpty() ? sub : relative + u'\\' + sub, readArchives, rows);
+    for (const QString &sub : std::as_const(folders)) {
+        PlatformFile::Folder child;
+        if (PlatformFile::openFolderAt(dir, PlatformFile::encodeName(sub), false, child, err))
+            walk(child, folder + u'/' + sub, relative.isEmpty() ? sub : relative + u'\\' + sub, progress, rows);
+    }
 }
 
 QString CacheManager::cellText(const CacheRow &row, int column)

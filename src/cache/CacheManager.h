@@ -2,6 +2,7 @@
 
 #include "cache/CacheIndex.h"
 #include "cache/CacheRow.h"
+#include "storage/PlatformFile.h"
 
 #include <QList>
 #include <QString>
@@ -90,7 +91,14 @@ public:
     static QString sizeInUnits(qint64 bytes);
 
 private:
-    void walk(const QString &folder, const QString &relative, bool readArchives, QList<CacheRow> &rows);
+    // The "*.bset" files below `folder` (only their names); `progress`: the
+    // checking callback hears each folder.
+    void walk(const QString &folder, const QString &relative, bool progress, QList<CacheRow> &rows);
+    void walk(const PlatformFile::Folder &dir, const QString &folder, const QString &relative, bool progress,
+              QList<CacheRow> &rows);
+    // Each row's size and what its archive tells.
+    void readArchives();
+    void sortByFolder();
     void updateProcessText();
     bool refuseWhileRoverRuns();
     // Makes the change to the index on disk; `before` keeps the old index when

@@ -1,6 +1,7 @@
 #include "rover/RoverReader.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -14,37 +15,42 @@ bool isBlank(char c)
 // each line in both texts is noted.
 QByteArray normalise(QByteArrayView bytes, QList<qsizetype> &lineStarts, QList<qsizetype> &sourceLineStarts)
 {
-    QByteArray out;
-    out.reserve(bytes.size());
+    QByteArray out(bytes.size(), Qt::Uninitialized);
+    char *to = out.data();
     lineStarts = {0};
     sourceLineStarts = {0};
-    bool cut = false;
-    for (qsizetype i = 0; i < bytes.size(); ++i) {
-        const char c = bytes[i];
-        if (c == '\r' || c == '\n') {
-            if (c == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
-                ++i;
-            out += '\n';
-            lineStarts.append(out.size());
-            sourceLineStarts.append(i + 1);
-            cut = false;
-        } else if (c == '\0') {
-            cut = true;
-        } else if (!cut) {
-            out += c;
-        }
+    const char *from = bytes.data();
+    const char *const end = from + bytes.size();
+    while (from < end) {
+        // One line: its text up to a NUL is kept, the rest of it dropped.
+        const char *stop = from;
+        while (stop < end && *stop != '\r' && *stop != '\n' && *stop != '\0')
+            ++stop;
+        std::memcpy(to, from, size_t(stop - from));
+        to += stop - from;
+        while (stop < end && *stop != '\r' && *stop != '\n')
+            ++stop;
+        if (stop == end)
+            break;
+        stop += *stop == '\r' && stop + 1 < end && stop[1] == '\n' ? 2 : 1;
+        *to++ = '\n';
+        lineStarts.append(to - out.data());
+        sourceLineStarts.append(stop - bytes.data());
+        from = stop;
     }
+    out.truncate(to - out.data());
     return out;
 }
 
-QByteArray trimmed(const QByteArray &v)
+// Without the blanks (spaces and tabs only) at both ends.
+QByteArrayView trimmed(QByteArrayView v)
 {
     qsizetype b = 0, e = v.size();
     while (b < e && isBlank(v[b]))
         ++b;
     while (e > b && isBlank(v[e - 1]))
         --e;
-    return v.mid(b, e - b);
+    return v.sliced(b, e - b);
 }
 
 } // namespace
@@ -61,8 +67,14 @@ RoverReader::RoverReader(QByteArrayView bytes)
 
 qsizetype RoverReader::sourceOffset(qsizetype pos) const
 {
-    const auto line = std::upper_bound(m_lineStarts.cbegin(), m_lineStarts.cend(), pos) - 1;
-    return m_sourceLineStarts[line - m_lineStarts.cbegin()] + (pos - *line);
+    // Reading goes forward: the line of the last position is where to look first.
+    qsizetype line = m_lineHint;
+    if (m_lineStarts[line] > pos)
+        line = std::upper_bound(m_lineStarts.cbegin(), m_lineStarts.cend(), pos) - m_lineStarts.cbegin() - 1;
+    while (line + 1 < m_lineStarts.size() && m_lineStarts[line + 1] <= pos)
+        ++line;
+    m_lineHint = line;
+    return m_sourceLineStarts[line] + (pos - m_lineStarts[line]);
 }
 
 bool RoverReader::resume()
@@ -111,7 +123,7 @@ bool RoverReader::readString(char quote, QByteArray *out, qsizetype *from, qsize
     if (m_pos >= m_text.size() || m_text[m_pos] != quote)
         return fail(roverText("String is missing closing quotation mark"));
     if (out) {
-        *out = trimmed(m_text.mid(start, m_pos - start));
+        *out = trimmed(QByteArrayView(m_text).sliced(start, m_pos - start)).toByteArray();
         *from = sourceOffset(start);
         *to = sourceOffset(m_pos);
     }
@@ -142,19 +154,25 @@ bool RoverReader::next(Tag &tag)
         if (m_pos >= m_text.size())
             return false;
         m_pieceStart = m_pos;
-        if (!m_text.sliced(m_pos).startsWith("<!--"))
+        // Views, not copies: a copy of the rest of the text at every tag would make
+        // reading quadratic in the file's size.
+        if (!QByteArrayView(m_text).sliced(m_pos).startsWith("<!--"))
             break;
         const qsizetype close = m_text.indexOf("-->", m_pos + 4);
         if (close < 0) {
-            m_line += int(m_text.sliced(m_pos).count('\n'));
+            m_line += int(QByteArrayView(m_text).sliced(m_pos).count('\n'));
             tag.from = sourceOffset(m_pos);
             m_pos = m_text.size();
             return fail(roverText("Unexpected end of file"));
         }
-        m_line += int(m_text.sliced(m_pos, close - m_pos).count('\n'));
+        m_line += int(QByteArrayView(m_text).sliced(m_pos, close - m_pos).count('\n'));
         m_pos = close + 3;
     }
-    tag = Tag{};
+    // The attribute list keeps its room from the last tag.
+    tag.attributes.clear();
+    tag.end = false;
+    tag.selfClosing = false;
+    tag.to = 0;
     tag.line = m_line;
     tag.from = sourceOffset(m_pos);
     ++m_pos;
@@ -179,7 +197,7 @@ bool RoverReader::next(Tag &tag)
             tag.to = sourceOffset(m_pos);
             return true;
         }
-        if (m_text.sliced(m_pos).startsWith("/>")) {
+        if (QByteArrayView(m_text).sliced(m_pos).startsWith("/>")) {
             tag.selfClosing = true;
             m_pos += 2;
             tag.to = sourceOffset(m_pos);
@@ -229,7 +247,6 @@ bool RoverReader::skipContent(const Tag &tag)
 QList<QByteArray> RoverReader::attributes(const Tag &tag, const QList<Rule> &rules)
 {
     QList<QByteArray> values(rules.size());
-    const QString tagName = QString::fromLatin1(tag.name);
     for (qsizetype r = 0; r < rules.size(); ++r) {
         const Rule &rule = rules[r];
         const Attribute *found = nullptr;
@@ -238,16 +255,17 @@ QList<QByteArray> RoverReader::attributes(const Tag &tag, const QList<Rule> &rul
                 found = &a; // the first of a repeated attribute counts
                 break;
             }
-        const QString attr = QString::fromLatin1(rule.name);
         if (!found) {
             if (rule.required)
-                error(tag.line, roverText("Tag \"%1\" is missing required attribute \"%2\"").arg(tagName, attr));
+                error(tag.line, roverText("Tag \"%1\" is missing required attribute \"%2\"")
+                                    .arg(QString::fromLatin1(tag.name), QString::fromLatin1(rule.name)));
             continue;
         }
         if (!isRoverValue(rule.type, found->value)) {
-            const QString text = roverText("Attribute \"%1\" of tag \"%2\" has an invalid %3 value \"%4\"")
-                                     .arg(attr, tagName, QString::fromLatin1(roverTypeName(rule.type)),
-                                          QString::fromLatin1(found->value));
+            const QString text =
+                roverText("Attribute \"%1\" of tag \"%2\" has an invalid %3 value \"%4\"")
+                    .arg(QString::fromLatin1(rule.name), QString::fromLatin1(tag.name),
+                         QString::fromLatin1(roverTypeName(rule.type)), QString::fromLatin1(found->value));
             if (rule.required)
                 error(tag.line, text);
             else

@@ -68,6 +68,7 @@ private:
     // the CR of CR LF and the text a NUL cut off.
     QList<qsizetype> m_lineStarts;
     QList<qsizetype> m_sourceLineStarts;
+    mutable qsizetype m_lineHint = 0;
     qsizetype m_pos = 0;
     qsizetype m_pieceStart = 0; // the tag, comment or string being read
     int m_line = 1;
