@@ -20,6 +20,23 @@ bool isNameChar(QChar c)
     }
 }
 
+// The character as keys compare it: without case (ASCII, the common case,
+// without a table look-up).
+QChar folded(QChar c)
+{
+    if (c.unicode() < 0x80)
+        return c.unicode() >= 'A' && c.unicode() <= 'Z' ? QChar(char16_t(c.unicode() + 32)) : c;
+    return QChar::isSurrogate(c.unicode()) ? c : QChar(char16_t(QChar::toCaseFolded(char32_t(c.unicode()))));
+}
+
+// Appends `text` folded at `to`.
+QChar *appendFolded(QChar *to, QStringView text)
+{
+    for (const QChar c : text)
+        *to++ = folded(c);
+    return to;
+}
+
 } // namespace
 
 QString cacheKeyOfAddress(QStringView href)
@@ -42,19 +59,28 @@ QString cacheKeyOfAddress(QStringView href)
         } else if (!isNameChar(c)) {
             return {};
         } else {
-            *to++ = c;
+            *to++ = folded(c);
         }
     }
     key.truncate(to - key.constData());
-    return key.toCaseFolded();
+    return key;
 }
 
 QString cacheKeyOfFile(const QString &path, const QString &fileName)
 {
-    return (path.isEmpty() ? fileName : path + u'\\' + fileName).toCaseFolded();
+    QString key(path.size() + 1 + fileName.size(), Qt::Uninitialized);
+    QChar *to = appendFolded(key.data(), path);
+    if (!path.isEmpty())
+        *to++ = u'\\';
+    to = appendFolded(to, fileName);
+    key.truncate(to - key.constData());
+    return key;
 }
 
 QString cacheKeyOfName(QStringView href)
 {
-    return href.sliced(href.lastIndexOf(u'/') + 1).toString().toCaseFolded();
+    const QStringView name = href.sliced(href.lastIndexOf(u'/') + 1);
+    QString key(name.size(), Qt::Uninitialized);
+    appendFolded(key.data(), name);
+    return key;
 }

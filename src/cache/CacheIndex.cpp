@@ -26,7 +26,7 @@ CacheRowLookup::CacheRowLookup(const QList<CacheRow> &rows)
     m_byName.reserve(rows.size());
     for (int i = 0; i < rows.size(); ++i) {
         m_byKey.insert(cacheKeyOfFile(rows[i].path, rows[i].fileName), i);
-        const QString name = rows[i].fileName.toCaseFolded();
+        const QString name = cacheKeyOfFile({}, rows[i].fileName);
         const auto found = m_byName.constFind(name);
         m_byName.insert(name, found == m_byName.cend() ? i : -1);
     }

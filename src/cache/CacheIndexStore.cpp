@@ -20,9 +20,14 @@ QString failure(const QString &path, const QString &reason)
     return QDir::toNativeSeparators(path) + u": "_s + reason;
 }
 
+// Whether the text holds its end tag </CACHE> (in any case).
 bool looksWhole(const QByteArray &bytes)
 {
-    return bytes.toLower().contains("</cache>");
+    for (qsizetype at = bytes.indexOf("</"); at >= 0; at = bytes.indexOf("</", at + 2)) {
+        if (qstrnicmp(bytes.constData() + at, "</cache>", 8) == 0)
+            return true;
+    }
+    return false;
 }
 
 } // namespace

@@ -131,7 +131,7 @@ void CacheManager::sortByFolder()
     std::vector<Key> keys;
     keys.reserve(size_t(m_rows.size()));
     for (int i = 0; i < m_rows.size(); ++i)
-        keys.push_back({m_rows[i].path.toCaseFolded(), m_rows[i].fileName.toCaseFolded(), i});
+        keys.push_back({cacheKeyOfFile({}, m_rows[i].path), cacheKeyOfFile({}, m_rows[i].fileName), i});
     std::stable_sort(keys.begin(), keys.end(), [](const Key &a, const Key &b) {
         const int byPath = a.path.compare(b.path);
         return byPath != 0 ? byPath < 0 : a.name < b.name;

@@ -78,11 +78,11 @@ QList<int> findRows(const CacheManager &manager, QString name)
         name.remove(0, 7);
     name.replace(u'/', u'\\');
     const bool byPath = address || name.contains(u'\\');
-    const QString wanted = name.split(u'\\', Qt::SkipEmptyParts).join(u'\\').toCaseFolded();
+    const QString wanted = cacheKeyOfFile({}, name.split(u'\\', Qt::SkipEmptyParts).join(u'\\'));
     QList<int> found;
     for (int i = 0; i < manager.rows().size(); ++i) {
         const CacheRow &row = manager.rows().at(i);
-        if ((byPath ? cacheKeyOfFile(row.path, row.fileName) : row.fileName.toCaseFolded()) == wanted)
+        if (cacheKeyOfFile(byPath ? row.path : QString(), row.fileName) == wanted)
             found.append(i);
     }
     return found;
