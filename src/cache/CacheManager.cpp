@@ -117,7 +117,13 @@ void CacheManager::updateProcessText()
 
 QString CacheManager::indexPath() const
 {
-    return m_cacheFolder + u"/cache.txt"_s;
+    // Rover names it "cache.txt"; Windows finds it whatever the case of its name.
+    const QString exact = m_cacheFolder + u"/cache.txt"_s;
+    if (QFileInfo::exists(exact))
+        return exact;
+    const QStringList found =
+        QDir(m_cacheFolder).entryList({u"cache.txt"_s}, QDir::Files | QDir::Hidden | QDir::System);
+    return found.isEmpty() ? exact : m_cacheFolder + u'/' + found.first();
 }
 
 void CacheManager::sortByFolder()
