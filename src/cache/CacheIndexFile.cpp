@@ -53,11 +53,14 @@ bool isBlank(char c)
     return c == ' ' || c == '\t';
 }
 
-qsizetype lineStart(const QByteArray &bytes, qsizetype at)
+// Where the line `at` stands in starts, when only blanks come before `at` on it;
+// -1 otherwise. Looks back over the blanks only, so that many parts on one long
+// line cost no more than the line.
+qsizetype blankLineStart(const QByteArray &bytes, qsizetype at)
 {
-    while (at > 0 && bytes[at - 1] != '\n' && bytes[at - 1] != '\r')
+    while (at > 0 && isBlank(bytes[at - 1]))
         --at;
-    return at;
+    return at == 0 || bytes[at - 1] == '\n' || bytes[at - 1] == '\r' ? at : -1;
 }
 
 // Just past the end of the line `at` stands in, when only blanks come before
@@ -73,22 +76,18 @@ qsizetype pastLineEnd(const QByteArray &bytes, qsizetype at)
     return bytes[at] == '\n' ? at + 1 : -1;
 }
 
-bool onlyBlanks(const QByteArray &bytes, qsizetype from, qsizetype to)
-{
-    return std::all_of(bytes.cbegin() + from, bytes.cbegin() + to, isBlank);
-}
-
 // A part to leave out, widened to its whole lines when nothing else is on them.
 std::pair<qsizetype, qsizetype> wholeLines(const QByteArray &bytes, qsizetype from, qsizetype to)
 {
-    const qsizetype start = lineStart(bytes, from);
-    if (!onlyBlanks(bytes, start, from))
+    const qsizetype start = blankLineStart(bytes, from);
+    if (start < 0)
         return {from, to};
     const qsizetype end = pastLineEnd(bytes, to);
     if (end >= 0)
         return {start, end};
-    const qsizetype nextStart = lineStart(bytes, to);
-    return onlyBlanks(bytes, nextStart, to) && nextStart > start ? std::pair{start, nextStart} : std::pair{from, to};
+    // A part ending where the next tag starts, on a later line.
+    const qsizetype nextStart = blankLineStart(bytes, to);
+    return nextStart > start ? std::pair{start, nextStart} : std::pair{from, to};
 }
 
 } // namespace
@@ -241,12 +240,14 @@ QByteArray CacheIndexFile::rewritten(const QList<int> &dropped, const QList<int>
         const auto [from, to] = wholeLines(m_bytes, part.from, part.to);
         edits.append({from, to, {}});
     }
+    QList<bool> isDropped(m_elements.size(), false);
     for (int index : dropped) {
+        isDropped[index] = true;
         const auto [from, to] = wholeLines(m_bytes, m_elements[index].from, m_elements[index].to);
         edits.append({from, to, {}});
     }
     for (int index : forced) {
-        if (!dropped.contains(index))
+        if (!isDropped[index])
             edits.append({m_elements[index].updatedFrom, m_elements[index].updatedTo, "0"});
     }
     std::sort(edits.begin(), edits.end(), [](const Edit &a, const Edit &b) { return a.from < b.from; });
