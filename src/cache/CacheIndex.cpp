@@ -20,16 +20,11 @@ QString elements(int count)
 
 } // namespace
 
-CacheRowLookup::CacheRowLookup(const QList<CacheRow> &rows)
+CacheRowLookup::CacheRowLookup(const QList<CacheRow> &rows) : m_rows(rows)
 {
     m_byKey.reserve(rows.size());
-    m_byName.reserve(rows.size());
-    for (int i = 0; i < rows.size(); ++i) {
+    for (int i = 0; i < rows.size(); ++i)
         m_byKey.insert(cacheKeyOfFile(rows[i].path, rows[i].fileName), i);
-        const QString name = cacheKeyOfFile({}, rows[i].fileName);
-        const auto found = m_byName.constFind(name);
-        m_byName.insert(name, found == m_byName.cend() ? i : -1);
-    }
 }
 
 int CacheRowLookup::find(const QString &href) const
@@ -37,6 +32,13 @@ int CacheRowLookup::find(const QString &href) const
     const QString key = cacheKeyOfAddress(href);
     if (!key.isEmpty())
         return m_byKey.value(key, -1);
+    if (m_byName.isEmpty()) {
+        // Only an address of no folder needs the names: made at the first.
+        for (int i = 0; i < m_rows.size(); ++i) {
+            const QString name = cacheKeyOfFile({}, m_rows[i].fileName);
+            m_byName.insert(name, m_byName.contains(name) ? -1 : i);
+        }
+    }
     return m_byName.value(cacheKeyOfName(href), -1);
 }
 

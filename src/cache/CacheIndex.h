@@ -16,13 +16,15 @@ class CacheIndexFile;
 // exactly one row has that name.
 class CacheRowLookup {
 public:
+    // `rows` must outlive the lookup.
     explicit CacheRowLookup(const QList<CacheRow> &rows);
     // The row's position; -1 when no row holds the blockset of `href`.
     int find(const QString &href) const;
 
 private:
+    const QList<CacheRow> &m_rows;
     QHash<QString, int> m_byKey;
-    QHash<QString, int> m_byName; // -1: several rows have the name
+    mutable QHash<QString, int> m_byName; // -1: several rows have the name
 };
 
 // Every row: "nothing known" (there is no index Rover can use).

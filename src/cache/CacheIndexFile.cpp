@@ -129,7 +129,7 @@ void CacheIndexFile::read()
                     : tag.selfClosing ? Token::Empty
                                       : Token::Start,
                     tag.selfClosing,
-                    tag.name,
+                    tag.end || !tag.selfClosing ? tag.name : QByteArray(), // only the matching needs it
                     tag.from,
                     tag.to,
                     tag.line,
@@ -168,6 +168,7 @@ void CacheIndexFile::read()
         }
         tokens.append(std::move(token));
     }
+    reader = RoverReader({}); // its copy of the text is no longer needed
 
     // Rover skips an unexpected tag with its content up to its own end tag,
     // counting only tags of the same name: each start's end, one pass.
@@ -183,7 +184,7 @@ void CacheIndexFile::read()
     }
 
     // The list as Rover reads it once the broken parts are gone.
-    QList<Element> accepted;
+    QList<bool> accepted(m_elements.size(), false);
     QList<Rejected> brokenInside;
     bool listEnded = false;
     for (int i = 0; i < tokens.size() && !listEnded; ++i) {
@@ -201,7 +202,7 @@ void CacheIndexFile::read()
             break;
         case Token::Empty:
             if (token.element >= 0)
-                accepted.append(std::move(m_elements[token.element]));
+                accepted[token.element] = true;
             else if (!token.reason.isEmpty())
                 reject(token.reason);
             break;
@@ -222,7 +223,12 @@ void CacheIndexFile::read()
         }
     }
     m_endMissing = !listEnded;
-    m_elements = std::move(accepted);
+    qsizetype kept = 0;
+    for (qsizetype i = 0; i < m_elements.size(); ++i) {
+        if (accepted[i])
+            m_elements[kept++] = std::move(m_elements[i]);
+    }
+    m_elements.resize(kept);
     m_rejected += brokenInside;
     std::sort(m_rejected.begin(), m_rejected.end(),
               [](const Rejected &a, const Rejected &b) { return a.from < b.from; });
