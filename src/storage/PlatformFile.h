@@ -175,6 +175,12 @@ void keepAllocatorMemory();
 // reads). Called at the start of a program, before any other thread runs.
 void readTimeZoneOnce();
 
+// The program name ("iexplore.exe") of a running process other than this one
+// that has the file at `path` loaded; "" when none has. On Unix a process whose
+// memory maps show the file (as Wine maps a loaded DLL), on Windows one whose
+// module list holds it. Processes that cannot be looked at are skipped.
+QString processUsingFile(const QString &path);
+
 // A libzip source reading the file at `path` when the archive is written.
 zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error);
 
