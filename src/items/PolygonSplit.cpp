@@ -80,7 +80,10 @@ BspPlane bspPlane(const RoverPoint &v1, const RoverPoint &v2, const RoverPoint &
 
 BspPolygon bspPolygon(const BspVertexPool &pool, QList<int> vertices, QList<RoverTexCoord> texCoords, int source)
 {
-    BspPolygon polygon{std::move(vertices), std::move(texCoords), source, {}, 0};
+    BspPolygon polygon;
+    polygon.vertices = std::move(vertices);
+    polygon.texCoords = std::move(texCoords);
+    polygon.source = source;
     if (polygon.vertices.size() >= 3) {
         const RoverPoint &v1 = pool.at(polygon.vertices[0]), &v2 = pool.at(polygon.vertices[1]),
                          &v3 = pool.at(polygon.vertices[2]);
