@@ -1,5 +1,7 @@
 #include "items/PolygonSplit.h"
 
+#include "rover/RoverBlockGeometry.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -70,12 +72,18 @@ BspPolygon piece(const BspVertexPool &pool, QList<Corner> corners, const RoverPo
 
 BspPlane bspPlane(const RoverPoint &v1, const RoverPoint &v2, const RoverPoint &v3)
 {
-    const RoverPoint n = cornerNormal(v1, v2, v3);
+    // In world units and in Rover's order of operations, as roverPolygonPlane
+    // computes it, so that a nearly straight corner gives the very same plane.
+    const auto units = [](const RoverPoint &p) {
+        return RoverPoint{p.x / roverTexelsPerUnit, p.y / roverTexelsPerUnit, p.z / roverTexelsPerUnit};
+    };
+    const RoverPoint w1 = units(v1);
+    RoverPoint n = cornerNormal(w1, units(v2), units(v3));
     const double length = std::sqrt(dot(n, n));
-    if (!(length > 0) || !std::isfinite(length))
+    if (!(length > 0))
         return {};
-    const RoverPoint unit{n.x / length, n.y / length, n.z / length};
-    return {unit, -dot(unit, v1), false};
+    n = {n.x / length, n.y / length, n.z / length};
+    return {n, -dot(n, w1) * roverTexelsPerUnit, false};
 }
 
 BspPolygon bspPolygon(const BspVertexPool &pool, QList<int> vertices, QList<RoverTexCoord> texCoords, int source)
