@@ -50,6 +50,11 @@ Candidate readCandidate(OperationHost &host, int row)
     }
     c.bytes = file.readAll();
     RoverBlockFile read = readRoverBlock(c.bytes);
+    // A sprite is passed by whatever else is wrong with it.
+    if (read.block.isSprite()) {
+        c.report.reason = u"a sprite has no polygons of its own: Rover makes its picture itself"_s;
+        return c;
+    }
     if (hasRoverError(read.findings)) {
         const std::optional<QByteArray> untreed = withoutBspTree(c.bytes);
         const RoverBlockFile again = untreed ? readRoverBlock(*untreed) : RoverBlockFile{};
@@ -62,10 +67,6 @@ Candidate readCandidate(OperationHost &host, int row)
         read.block = again.block;
     }
     c.block = read.block;
-    if (c.block.isSprite()) {
-        c.report.reason = u"a sprite has no polygons of its own: Rover makes its picture itself"_s;
-        return c;
-    }
     c.report.polygonsBefore = c.report.polygonsAfter = int(c.block.polygons.size());
     c.report.outcome = BspBlockReport::Built;
     if (c.block.bspRoot != 0) {
