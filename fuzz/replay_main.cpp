@@ -25,17 +25,23 @@ int fuzzArchive(const uint8_t *, size_t);
 int fuzzCacheIndex(const uint8_t *, size_t);
 int fuzzRover(const uint8_t *, size_t);
 int fuzzRoverBlock(const uint8_t *, size_t);
+int fuzzBsp(const uint8_t *, size_t);
 }
 
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    const QMap<QString, FuzzFunction> targets{
-        {QStringLiteral("tokenizer"), fuzzTokenizer}, {QStringLiteral("style"), fuzzStyle},
-        {QStringLiteral("block"), fuzzBlock},         {QStringLiteral("update"), fuzzUpdate},
-        {QStringLiteral("values"), fuzzValues},       {QStringLiteral("hive"), fuzzHive},
-        {QStringLiteral("archive"), fuzzArchive},     {QStringLiteral("cache_index"), fuzzCacheIndex},
-        {QStringLiteral("rover"), fuzzRover},         {QStringLiteral("rover_block"), fuzzRoverBlock}};
+    const QMap<QString, FuzzFunction> targets{{QStringLiteral("tokenizer"), fuzzTokenizer},
+                                              {QStringLiteral("style"), fuzzStyle},
+                                              {QStringLiteral("block"), fuzzBlock},
+                                              {QStringLiteral("update"), fuzzUpdate},
+                                              {QStringLiteral("values"), fuzzValues},
+                                              {QStringLiteral("hive"), fuzzHive},
+                                              {QStringLiteral("archive"), fuzzArchive},
+                                              {QStringLiteral("cache_index"), fuzzCacheIndex},
+                                              {QStringLiteral("rover"), fuzzRover},
+                                              {QStringLiteral("rover_block"), fuzzRoverBlock},
+                                              {QStringLiteral("bsp"), fuzzBsp}};
     const QStringList arguments = app.arguments();
     const FuzzFunction target = targets.value(arguments.value(1));
     if (!target) {
