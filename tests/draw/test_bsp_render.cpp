@@ -1,9 +1,6 @@
-// A block whose BSP tree was built looks the same drawn in Rover's order
-// through the tree and with a depth buffer, from cameras all around it: the
-// tree sorts near to far. Each block polygon has a colour of its own, its
-// pieces share it, so a wrong order shows as a pixel of the wrong colour;
-// pixels along an edge, where the two pictures may pick either neighbour, are
-// passed over. (Built from the block model here, without the preview's scene.)
+// A block with a built tree looks the same in Rover's order and with a depth
+// buffer from cameras all around it. Each block polygon (and its pieces) has a
+// colour of its own; pixels along an edge, where either neighbour may win, pass.
 #include "draw/Rasterizer.h"
 #include "items/BspBuilder.h"
 #include "rover/RoverBlockBsp.h"

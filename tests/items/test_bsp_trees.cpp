@@ -185,7 +185,7 @@ private slots:
         }
         host.scripted.answers = answers;
 
-        const BspTreesReport report = addBspTrees(host, rows, BspRebuild::Ask);
+        addBspTrees(host, rows, BspRebuild::Ask);
         QStringList messages = answers.isEmpty() ? QStringList()
                                                  : QStringList{u"\"full.block\" already has a "
                                                                "valid BSP tree. Build it again?"_s};
@@ -195,17 +195,15 @@ private slots:
         int splits = 0;
         for (int i = 0; i < files.size(); ++i) {
             const QByteArray now = readBytes(folder + files[i].first);
-            if (!built.contains(files[i].first))
-                QCOMPARE(now, files[i].second);
-            QCOMPARE(host.blockset.blocks[i].bsp, built.contains(files[i].first) ? u"yes"_s : u"no"_s);
-            if (built.contains(files[i].first)) {
-                const RoverBlock after = readRoverBlock(now).block;
-                QVERIFY(!warnsOfSorting(now) && checkRoverBspRule(after).holds());
+            const bool isBuilt = built.contains(files[i].first);
+            QCOMPARE(host.blockset.blocks[i].bsp, isBuilt ? u"yes"_s : u"no"_s);
+            QVERIFY(isBuilt || now == files[i].second);
+            const RoverBlock after = readRoverBlock(now).block;
+            QVERIFY(!isBuilt || (!warnsOfSorting(now) && checkRoverBspRule(after).holds()));
+            if (isBuilt)
                 splits +=
                     int(roverBspTree(after).reached.size() - readRoverBlock(files[i].second).block.polygons.size());
-            }
         }
-        QCOMPARE(report.built, built.size());
         QCOMPARE(
             host.processTexts.last(),
             u"BSP trees added to %1 blocks (%2 splits)"_s.arg(built.size()).arg(splits)
