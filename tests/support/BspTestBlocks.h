@@ -72,33 +72,25 @@ inline QList<Corners> soup(int count, quint32 seed, int planes = 0)
     return out;
 }
 
-// The block as a file, polygons by part: CR LF, capitals, with comments and a light.
+// The block as a file, each polygon a part of its own: CR LF, capitals, comments, a light.
 inline QByteArray blockText(const RoverBlock &block)
 {
     const auto n = [](double v) { return QByteArray::number(v, 'g', 17); };
     QByteArray text = "<!-- test -->\r\n<BLOCK NAME=\"test\">\r\n<VERTICES>\r\n";
-    for (qsizetype i = 0; i < block.vertices.size(); ++i) {
-        const RoverPoint &p = block.vertices[i];
-        text += "  <VERTEX REF=\"" + QByteArray::number(i + 1) + "\" COORDS=\"(" + n(p.x) + ',' + n(p.y) + ',' + n(p.z)
-                + ")\"/>\r\n";
-    }
+    for (qsizetype i = 0; i < block.vertices.size(); ++i)
+        text += "  <VERTEX REF=\"" + QByteArray::number(i + 1) + "\" COORDS=\"(" + n(block.vertices[i].x) + ','
+                + n(block.vertices[i].y) + ',' + n(block.vertices[i].z) + ")\"/>\r\n";
     text += "</VERTICES>\r\n<PARTS>\r\n";
-    int ref = 0; // in file order
-    for (qsizetype k = 0; k < block.parts.size(); ++k) {
-        text += "<PART NAME=\"p" + QByteArray::number(k) + "\" FACES=\"" + QByteArray::number(block.parts[k].faces)
-                + "\">\r\n  <!-- polygons -->\r\n";
-        for (const RoverBlockPolygon &polygon : block.polygons) {
-            if (polygon.part != k)
-                continue;
-            QByteArray refs, uv;
-            for (qsizetype i = 0; i < polygon.vertices.size(); ++i) {
-                refs += (i ? "," : "") + QByteArray::number(polygon.vertices[i]);
-                uv += (i ? ",(" : "(") + n(polygon.texCoords[i].u) + ',' + n(polygon.texCoords[i].v) + ')';
-            }
-            text += "  <POLYGON REF=\"" + QByteArray::number(++ref) + "\" VERTICES=\"" + refs + "\" TEXCOORDS=\"" + uv
-                    + "\"/>\r\n";
+    for (const RoverBlockPolygon &polygon : block.polygons) {
+        QByteArray refs, uv;
+        for (qsizetype i = 0; i < polygon.vertices.size(); ++i) {
+            refs += (i ? "," : "") + QByteArray::number(polygon.vertices[i]);
+            uv += (i ? ",(" : "(") + n(polygon.texCoords[i].u) + ',' + n(polygon.texCoords[i].v) + ')';
         }
-        text += "</PART>\r\n";
+        const QByteArray ref = QByteArray::number(polygon.ref);
+        text += "<PART NAME=\"p" + ref + "\" FACES=\"" + QByteArray::number(block.parts[polygon.part].faces)
+                + "\">\r\n  <!-- polygon -->\r\n  <POLYGON REF=\"" + ref + "\" VERTICES=\"" + refs + "\" TEXCOORDS=\""
+                + uv + "\"/>\r\n</PART>\r\n";
     }
     return text + "</PARTS>\r\n<LIGHT BRIGHTNESS=\"50%\"/>\r\n</BLOCK>\r\n";
 }
