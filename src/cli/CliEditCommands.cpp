@@ -1,6 +1,7 @@
 #include "cli/CliEditCommands.h"
 
 #include "app/BlocksetDocument.h"
+#include "cli/CliBsp.h"
 #include "cli/CliOutput.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliReport.h"
@@ -156,7 +157,7 @@ bool CliEditCommands::handles(const QString &command)
 {
     static const QStringList commands{u"add"_s,     u"remove"_s, u"rename"_s, u"replace"_s,
                                       u"symbols"_s, u"remap"_s,  u"prefix"_s, u"set"_s};
-    return commands.contains(command);
+    return commands.contains(command) || command == "bsp"_L1;
 }
 
 QString CliEditCommands::check(const QString &command, const QStringList &arguments, const QStringList &options)
@@ -181,6 +182,8 @@ QString CliEditCommands::check(const QString &command, const QStringList &argume
             return u"replace takes only --from PATH"_s;
         return QString();
     }
+    if (command == "bsp"_L1)
+        return CliBsp::check(arguments, options);
     if (!options.isEmpty())
         return options.first() + u" is not an option of "_s + command;
     if (command == "add"_L1) {
@@ -224,7 +227,8 @@ QString CliEditCommands::usageLines()
            "       cubrix-cli symbols FILE.bset BLOCK SINGLE DOUBLE [--json] [--no]\n"
            "       cubrix-cli remap FILE.bset --all|--sync-double [--prefix C] [--json] [--no]\n"
            "       cubrix-cli prefix FILE.bset C [--json] [--no]\n"
-           "       cubrix-cli set FILE.bset FIELD VALUE [--json] [--no]\n"_s;
+           "       cubrix-cli set FILE.bset FIELD VALUE [--json] [--no]\n"_s
+           + CliBsp::usageLine();
 }
 
 QString CliEditCommands::helpLines()
@@ -253,10 +257,12 @@ QString CliEditCommands::helpLines()
            "  set FILE.bset FIELD VALUE\n"
            "                     Types VALUE into one settings or version control: FIELD is\n"
            "                     a key of \"style\" in info --json, update (the update\n"
-           "                     comment) or strictPrefix (on or off: the check box).\n"
-           "                     These eight commands save the blockset with Save when it\n"
-           "                     changed; with --json they print the info object read\n"
-           "                     after the save plus \"results\" (the status texts shown).\n"_s;
+           "                     comment) or strictPrefix (on or off: the check box).\n"_s
+           + CliBsp::helpLines()
+           + u"                     These nine commands save the blockset with Save when it\n"
+             "                     changed; with --json they print the info object read\n"
+             "                     after the save plus \"results\" (the status texts shown);\n"
+             "                     bsp adds \"bsp\", its lines per block as an object.\n"_s;
 }
 
 int CliEditCommands::run(const QString &command, const QStringList &arguments, const QStringList &options, bool json,
@@ -275,6 +281,7 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
     document.clearProcess();
     QString error;
     QStringList results;
+    QJsonObject extra; // keys a command adds to the --json report
     int code = Failed;
     if (command == "add"_L1)
         code = add(arguments.mid(1), document, prompts, results);
@@ -288,6 +295,8 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
         code = rename(arguments[1], arguments[2], document, error);
     else if (command == "remap"_L1)
         code = remap(options, document);
+    else if (command == "bsp"_L1)
+        code = CliBsp::run(arguments.mid(1), options, document, results, extra, error);
     else if (command == "prefix"_L1)
         code = prefix(arguments[1], document, error);
     else
@@ -314,6 +323,8 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
             printMessages(first);
         QJsonObject report = QJsonDocument::fromJson(CliReport::infoJson(file, document, prompts.messages())).object();
         report.insert(u"results"_s, QJsonArray::fromStringList(results));
+        for (auto it = extra.constBegin(); it != extra.constEnd(); ++it)
+            report.insert(it.key(), it.value());
         CliOutput::printBytes(m_out, QJsonDocument(report).toJson());
     } else {
         printMessages(first);
