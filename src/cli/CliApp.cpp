@@ -2,6 +2,7 @@
 
 #include "app/BlocksetCheck.h"
 #include "app/BlocksetDocument.h"
+#include "cache/RoverCacheGuard.h"
 #include "cli/CliCache.h"
 #include "cli/CliCheck.h"
 #include "cli/CliEditCommands.h"
@@ -76,6 +77,10 @@ QString CliApp::helpText()
              "  --no               Answer No to the questions the commands ask (for example\n"
              "                     whether a differing style file is to be renamed); without\n"
              "                     it every question is answered Yes.\n"
+             "  --break-lock       (edit commands) Take over the lock another Cubrix holds on\n"
+             "                     the blockset (one whose process cannot be checked from\n"
+             "                     here, on another computer). Without it an edit waits a\n"
+             "                     few seconds for the other editor, then exits with 1.\n"
              "  --help, -h         Print this help and exit.\n"
              "  --version          Print the program's version and exit.\n"
              "  --                 Everything after it is a file name.\n"
@@ -107,6 +112,8 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
                 options.json = true;
             else if (argument == "--no"_L1)
                 options.answerNo = true;
+            else if (argument == "--break-lock"_L1)
+                options.breakLock = true;
             else if (argument == "--all"_L1 || argument == "--sync-double"_L1 || argument == "--rebuild"_L1)
                 options.commandOptions.append(argument);
             else if ((argument == "--prefix"_L1 || argument == "--from"_L1) && i + 1 < arguments.size())
@@ -180,14 +187,29 @@ int CliApp::runCommand(const Options &options)
         return Failed;
     }
     RegistryWrapper settings(*registry);
-    settings.loadSettings();
+    // Settings that cannot be stored: said once, and the defaults hold for this run.
+    if (!settings.loadSettings())
+        CliOutput::print(m_err, u"cubrix-cli: warning: "_s + settings.problem() + u'\n');
     WorkingFolder folder;
-    folder.createWorkingFolders();
+    if (const Result made = folder.createWorkingFolders(); !made) {
+        CliOutput::printError(m_err, made.reason());
+        return Failed;
+    }
 
     CliPrompts prompts(options.answerNo);
     int code = Failed;
     {
         BlocksetDocument document(prompts, prompts, settings, folder);
+        // Blocksets in Rover's cache are Rover's: never edited. An edit holds the
+        // blockset's lock (waiting a few seconds for another editor to finish);
+        // info, check and the source of save only read and take no lock.
+        document.setReadOnlyRule(roverCacheReason);
+        EditAccess::Policy policy;
+        policy.readOnly = !CliEditCommands::handles(options.command);
+        policy.lockWaitMs = 5000;
+        policy.askWhenLocked = false;
+        policy.breakLock = options.breakLock;
+        document.setOpenPolicy(policy);
         if (CliEditCommands::handles(options.command))
             code = CliEditCommands(m_out, m_err)
                        .run(options.command, options.files, options.commandOptions, options.json, document, prompts);
