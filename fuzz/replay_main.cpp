@@ -25,6 +25,7 @@ int fuzzArchive(const uint8_t *, size_t);
 int fuzzCacheIndex(const uint8_t *, size_t);
 int fuzzRover(const uint8_t *, size_t);
 int fuzzRoverBlock(const uint8_t *, size_t);
+int fuzzMedia(const uint8_t *, size_t);
 }
 
 int main(int argc, char **argv)
@@ -35,7 +36,8 @@ int main(int argc, char **argv)
         {QStringLiteral("block"), fuzzBlock},         {QStringLiteral("update"), fuzzUpdate},
         {QStringLiteral("values"), fuzzValues},       {QStringLiteral("hive"), fuzzHive},
         {QStringLiteral("archive"), fuzzArchive},     {QStringLiteral("cache_index"), fuzzCacheIndex},
-        {QStringLiteral("rover"), fuzzRover},         {QStringLiteral("rover_block"), fuzzRoverBlock}};
+        {QStringLiteral("rover"), fuzzRover},         {QStringLiteral("rover_block"), fuzzRoverBlock},
+        {QStringLiteral("media"), fuzzMedia}};
     const QStringList arguments = app.arguments();
     const FuzzFunction target = targets.value(arguments.value(1));
     if (!target) {

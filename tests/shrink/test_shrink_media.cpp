@@ -1,0 +1,314 @@
+// Shrink's rewrites of textures and sounds: lossless ones show the same
+// pictures (judged by Qt's own GIF and JPEG readers) in fewer bytes, lossy ones
+// fit Rover's limits, and every output is one Rover reads.
+#include "rover/RoverMedia.h"
+#include "shrink/GifColours.h"
+#include "shrink/GifShrink.h"
+#include "shrink/JpegShrink.h"
+#include "shrink/JpegTranscode.h"
+#include "shrink/SoundConvert.h"
+#include "shrink/TextureScale.h"
+
+#include <QBuffer>
+#include <QDataStream>
+#include <QImageReader>
+#include <QRandomGenerator>
+#include <QSet>
+#include <QTest>
+#include <QtEndian>
+
+#include <cmath>
+#include <cstdio> // jpeglib.h needs FILE
+#include <gif_lib.h>
+#include <jpeglib.h>
+
+using namespace Qt::StringLiterals;
+
+Q_DECLARE_METATYPE(SoundTarget)
+
+class TestShrinkMedia : public QObject {
+    Q_OBJECT
+private slots:
+    void lossless_data();
+    void lossless();
+    void lossy_data();
+    void lossy();
+    void sounds_data();
+    void sounds();
+};
+
+namespace {
+
+QImage photo(int width, int height, QImage::Format format = QImage::Format_RGB32)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    QRandomGenerator random(7);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, qRgb(x * 255 / width, y * 255 / height, int(random.bounded(40)) + 100));
+    return image.convertToFormat(format);
+}
+
+// A JPEG as Qt writes it (standard Huffman tables), with EXIF, ICC and comment markers after SOI.
+QByteArray jpeg(const QImage &image, int quality = 90)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPEG", quality);
+    QByteArray bytes = buffer.data();
+    const auto marker = [](char code, const QByteArray &body) {
+        return "\xFF" + QByteArray(1, code) + char((body.size() + 2) >> 8) + char((body.size() + 2) & 255) + body;
+    };
+    return bytes.insert(2, marker('\xE1', "Exif" + QByteArray(900, 'e'))
+                               + marker('\xE2', "ICC_PROFILE" + QByteArray(600, 'i'))
+                               + marker('\xFE', "made by a camera"));
+}
+
+// A 32×32 JPEG that libjpeg writes from samples of the given colour space, arithmetic-coded when asked.
+QByteArray libjpeg(J_COLOR_SPACE space, int components, bool arithmeticCoding)
+{
+    jpeg_compress_struct out{};
+    jpeg_error_mgr errors{};
+    out.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&out);
+    uchar *buffer = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&out, &buffer, &size);
+    out.image_width = out.image_height = 32;
+    out.input_components = components;
+    out.in_color_space = space;
+    jpeg_set_defaults(&out);
+    out.arith_code = arithmeticCoding;
+    jpeg_start_compress(&out, TRUE);
+    for (QByteArray row(32 * components, '\0'); out.next_scanline < 32;) {
+        for (int i = 0; i < row.size(); ++i)
+            row[i] = char(i * 7 + int(out.next_scanline) * 3);
+        JSAMPROW line = reinterpret_cast<JSAMPROW>(row.data());
+        jpeg_write_scanlines(&out, &line, 1);
+    }
+    jpeg_finish_compress(&out);
+    jpeg_destroy_compress(&out);
+    const QByteArray bytes(reinterpret_cast<char *>(buffer), qsizetype(size));
+    std::free(buffer);
+    return bytes;
+}
+
+struct Frame {
+    QRect rect;
+    int table = 0; // 0: the global table; n: a local table of n colours
+    int transparent = -1, delay = 0;
+    bool interlaced = false;
+};
+
+// A GIF through giflib with a 256-colour global table and a comment; frame f's
+// pixel (x, y) is index (x + 3y + f) % 4; local tables hold colours of their own.
+QByteArray gif(QSize screen, const QList<Frame> &frames, int loop = -1)
+{
+    QByteArray out;
+    int error = 0;
+    const auto write = [](GifFileType *g, const GifByteType *b, int n) {
+        static_cast<QByteArray *>(g->UserData)->append(reinterpret_cast<const char *>(b), n);
+        return n;
+    };
+    GifFileType *file = EGifOpen(&out, write, &error);
+    const auto table = [](int count, int seed) {
+        ColorMapObject *map = GifMakeMapObject(count, nullptr);
+        for (int i = 0; i < count; ++i)
+            map->Colors[i] = {GifByteType(i * seed), GifByteType(255 - i), GifByteType(seed * 40)};
+        return map;
+    };
+    ColorMapObject *global = table(256, 1);
+    EGifSetGifVersion(file, true);
+    EGifPutScreenDesc(file, screen.width(), screen.height(), 8, 0, global);
+    EGifPutComment(file, "a comment that costs bytes");
+    const GifByteType count[] = {1, GifByteType(loop), 0};
+    if (loop >= 0 && EGifPutExtensionLeader(file, APPLICATION_EXT_FUNC_CODE) == GIF_OK
+        && EGifPutExtensionBlock(file, 11, "NETSCAPE2.0") == GIF_OK && EGifPutExtensionBlock(file, 3, count) == GIF_OK)
+        EGifPutExtensionTrailer(file);
+    for (qsizetype f = 0; f < frames.size(); ++f) {
+        const Frame &frame = frames[f];
+        GifByteType extension[4];
+        const GraphicsControlBlock control{DISPOSE_DO_NOT, false, frame.delay, frame.transparent};
+        EGifGCBToExtension(&control, extension);
+        EGifPutExtension(file, GRAPHICS_EXT_FUNC_CODE, 4, extension);
+        ColorMapObject *local = frame.table ? table(frame.table, int(f) + 2) : nullptr;
+        const QRect r = frame.rect;
+        EGifPutImageDesc(file, r.x(), r.y(), r.width(), r.height(), frame.interlaced, local);
+        GifFreeMapObject(local);
+        static constexpr int start[] = {0, 4, 2, 1}, step[] = {8, 8, 4, 2};
+        for (int pass = 0; pass < (frame.interlaced ? 4 : 1); ++pass) {
+            for (int y = frame.interlaced ? start[pass] : 0; y < r.height(); y += frame.interlaced ? step[pass] : 1) {
+                QByteArray line(r.width(), '\0');
+                for (int x = 0; x < r.width(); ++x)
+                    line[x] = char((x + 3 * y + f) % 4);
+                EGifPutLine(file, reinterpret_cast<GifPixelType *>(line.data()), r.width());
+            }
+        }
+    }
+    EGifCloseFile(file, &error);
+    GifFreeMapObject(global);
+    return out;
+}
+
+// Every frame as Qt's own reader shows it with its delay, and the loop count last.
+QList<std::pair<QImage, int>> shown(const QByteArray &bytes)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    QImageReader reader(&buffer);
+    QList<std::pair<QImage, int>> frames;
+    for (QImage image; reader.read(&image);)
+        frames.append({image.convertToFormat(QImage::Format_ARGB32), reader.nextImageDelay()});
+    frames.append({QImage(), reader.loopCount()});
+    return frames;
+}
+
+// A 1 kHz tone at half amplitude, 16-bit.
+QByteArray wav(int tag, int channels, int rate, double seconds)
+{
+    QByteArray fmt, data, riff;
+    QDataStream format(&fmt, QIODevice::WriteOnly), samples(&data, QIODevice::WriteOnly);
+    format.setByteOrder(QDataStream::LittleEndian);
+    samples.setByteOrder(QDataStream::LittleEndian);
+    format << quint16(tag) << quint16(channels) << quint32(rate) << quint32(rate * channels * 2)
+           << quint16(channels * 2) << quint16(16);
+    if (tag == 0xFFFE) // size 22, valid bits, channel mask, PCM sub-format
+        fmt += QByteArray("\x16\0\x10\0\x03\0\0\0\x01\0\0\0\0\0\x10\0\x80\0\0\xAA\0\x38\x9B\x71", 24);
+    for (int i = 0; i < int(rate * seconds) * channels; ++i)
+        samples << qint16(std::lround(16383 * std::sin(2 * M_PI * 1000 * (i / channels) / rate)));
+    const auto chunk = [](const QByteArray &id, const QByteArray &body) {
+        QByteArray size(4, '\0');
+        qToLittleEndian<quint32>(quint32(body.size()), size.data());
+        return id + size + body;
+    };
+    return chunk("RIFF", "WAVE" + chunk("fmt ", fmt) + chunk("LIST", "INFOISFT") + chunk("data", data));
+}
+
+} // namespace
+
+void TestShrinkMedia::lossless_data()
+{
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<QString>("kept"); // a part of the reason the input is kept; "" = rewritten
+    QImage flat(16, 16, QImage::Format_RGB32);
+    flat.fill(Qt::darkCyan);
+    QTest::newRow("jpeg photo with metadata") << jpeg(photo(200, 150)) << "";
+    QTest::newRow("jpeg small flat") << jpeg(flat) << "";
+    QTest::newRow("jpeg greyscale") << jpeg(photo(64, 64, QImage::Format_Grayscale8)) << "";
+    QTest::newRow("jpeg arithmetic") << libjpeg(JCS_RGB, 3, true) << "";
+    QTest::newRow("jpeg already rewritten") << optimizeJpeg(jpeg(photo(64, 64))).bytes << "already as small";
+    QTest::newRow("jpeg cmyk") << libjpeg(JCS_CMYK, 4, false) << "four-channel";
+    QTest::newRow("jpeg cut short") << jpeg(photo(64, 64)).chopped(300) << "does not decode cleanly";
+    const QRect all(0, 0, 16, 16);
+    QTest::newRow("gif local tables") << gif({16, 16}, {{all, 32}, {QRect(4, 4, 8, 8), 64}}) << "";
+    QTest::newRow("gif animated loop") << gif({16, 16}, {{all, 0, -1, 10}, {all, 0, -1, 20}, {all, 0, -1, 30}}, 0)
+                                       << "";
+    QTest::newRow("gif transparent") << gif({16, 16}, {{all, 0, 1}}) << "";
+    QTest::newRow("gif interlaced") << gif({16, 20}, {{QRect(0, 0, 16, 20), 0, -1, 0, true}}) << "";
+    QTest::newRow("gif more than 256 colours")
+        << gif({2, 2}, QList<Frame>(200, Frame{QRect(0, 0, 2, 2), 4})) << "more than 256 colours";
+    QTest::newRow("png") << QByteArray("\x89PNG\r\n\x1A\n", 8) << "cannot be read";
+}
+
+void TestShrinkMedia::lossless()
+{
+    QFETCH(QByteArray, input);
+    QFETCH(QString, kept);
+    const bool isGif = input.startsWith("GIF") || input.startsWith("\x89PNG");
+    const ShrinkResult result = isGif ? optimizeGif(input) : optimizeJpeg(input);
+    QVERIFY2(result.reason.contains(kept), qPrintable(result.reason));
+    QCOMPARE(result.changed, kept.isEmpty());
+    QCOMPARE(result.bytes == input, !result.changed);
+    if (!result.changed)
+        return;
+    const RoverTextureInfo before = roverTextureInfo(input), after = roverTextureInfo(result.bytes);
+    QVERIFY(result.after < result.before || before.status != RoverTextureInfo::Usable);
+    QCOMPARE(result.after, result.bytes.size());
+    QVERIFY(shown(result.bytes) == shown(input));
+    QCOMPARE(after.status, RoverTextureInfo::Usable);
+    QCOMPARE(after.transparent, before.transparent);
+    QVERIFY(!result.bytes.contains("Exif") && !result.bytes.contains("ICC_PROFILE") && !result.bytes.contains("camera")
+            && !result.bytes.contains("costs bytes"));
+    QString error;
+    if (!isGif) // the smaller of the baseline and the progressive rewrite
+        QCOMPARE(result.after,
+                 std::min(transcodeJpeg(input, false, &error).size(), transcodeJpeg(input, true, &error).size()));
+}
+
+void TestShrinkMedia::lossy_data()
+{
+    QTest::addColumn<QByteArray>("output");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("colours"); // at most, for a GIF, whose top right pixel stays transparent
+    const QByteArray bigGif = gif({400, 200}, {{QRect(0, 0, 300, 200), 0, 2}, {QRect(10, 10, 50, 50), 0, -1, 5}}, 0);
+    QTest::newRow("scale jpeg") << scaleTexture(jpeg(photo(512, 512))).bytes << QSize(256, 256) << 0;
+    QTest::newRow("scale grey jpeg") << scaleTexture(jpeg(photo(300, 600, QImage::Format_Grayscale8)), 128).bytes
+                                     << QSize(64, 128) << 0;
+    QTest::newRow("scale gif") << scaleTexture(bigGif).bytes << QSize(256, 128) << 256;
+    QTest::newRow("reencode jpeg") << reencodeJpeg(jpeg(photo(256, 256), 98), 40).bytes << QSize(256, 256) << 0;
+    QTest::newRow("reduce colours") << reduceGifColours(gif({64, 64}, {{QRect(0, 0, 64, 64), 0, 3}}), 2).bytes
+                                    << QSize(64, 64) << 2;
+}
+
+void TestShrinkMedia::lossy()
+{
+    QFETCH(QByteArray, output);
+    QFETCH(QSize, size);
+    QFETCH(int, colours);
+    const RoverTextureInfo info = roverTextureInfo(output);
+    QCOMPARE(info.status, RoverTextureInfo::Usable);
+    QCOMPARE(QSize(info.width, info.height), size);
+    QCOMPARE(info.format, colours ? RoverTextureInfo::Gif : RoverTextureInfo::Jpeg);
+    QCOMPARE(info.transparent, colours > 0);
+    QSet<QRgb> visible;
+    for (const auto &[frame, delay] : shown(output).sliced(0, colours ? 1 : 0)) {
+        QCOMPARE(qAlpha(frame.pixel(frame.width() - 1, 0)), 0);
+        for (int y = 0; y < frame.height(); ++y)
+            for (int x = 0; x < frame.width(); ++x)
+                visible.insert(qAlpha(frame.pixel(x, y)) ? frame.pixel(x, y) : 0);
+    }
+    QVERIFY(visible.size() <= colours + 1);
+}
+
+void TestShrinkMedia::sounds_data()
+{
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<SoundTarget>("target");
+    QTest::addColumn<double>("ratio"); // output bytes / input bytes; 0 = kept
+    QTest::newRow("extensible stereo to mono 22k") << wav(0xFFFE, 2, 44100, 1) << SoundTarget{true, 22050, 16} << 0.25;
+    QTest::newRow("pcm to 8-bit 11k") << wav(1, 1, 22050, 1) << SoundTarget{true, 11025, 8} << 0.25;
+    QTest::newRow("same rate") << wav(1, 2, 22050, 1) << SoundTarget{false, 0, 16} << 1.0;
+    QTest::newRow("adpcm") << wav(2, 1, 22050, 0.1) << SoundTarget{} << 0.0;
+}
+
+void TestShrinkMedia::sounds()
+{
+    QFETCH(QByteArray, input);
+    QFETCH(SoundTarget, target);
+    QFETCH(double, ratio);
+    const ShrinkResult result = convertSound(input, target);
+    QCOMPARE(result.reason,
+             ratio > 0 ? QString() : u"a sound format that cannot be converted (format tag 0x0002, 16 bits)"_s);
+    if (!result.changed)
+        return;
+    const RoverSoundInfo info = roverSoundInfo(result.bytes);
+    QVERIFY2(info.usable, qPrintable(info.reason));
+    QCOMPARE(QList<int>({info.channels, info.sampleRate, info.bitsPerSample}),
+             QList<int>({target.mono ? 1 : 2, target.sampleRate ? target.sampleRate : 22050, target.bitsPerSample}));
+    QVERIFY(std::abs(double(result.after) / double(result.before) - ratio) < 0.01);
+    // The tone survives: its level and its zero crossings.
+    const QByteArrayView data = QByteArrayView(result.bytes).sliced(44);
+    const int width = info.bitsPerSample / 8;
+    double sum = 0, count = 0, crossings = 0, previous = 0;
+    for (qsizetype at = 0; at + width <= data.size(); at += width * info.channels, ++count) {
+        const double v =
+            width == 1 ? (uchar(data[at]) - 128) / 128.0 : qFromLittleEndian<qint16>(data.data() + at) / 32768.0;
+        sum += v * v;
+        crossings += (v >= 0) != (previous >= 0);
+        previous = v;
+    }
+    QVERIFY(std::abs(std::sqrt(sum / count) - 0.5 / std::sqrt(2.0)) < 0.02 && std::abs(crossings - 2000) < 20);
+}
+
+QTEST_MAIN(TestShrinkMedia)
+#include "test_shrink_media.moc"
