@@ -60,8 +60,9 @@ QString CliApp::helpText()
              "                     beside it. IN is left as it was. Like the editor, it\n"
              "                     remembers OUT's folder in the pathBlockset setting.\n"_s
            + u"  check FILE.bset    Says what Rover will do with the blockset: the errors and\n"
-             "                     warnings of Rover's readers for its style and update\n"
-             "                     file (file and line), blocks Rover will not use, entries\n"
+             "                     warnings of Rover's readers for its style, every block\n"
+             "                     file it lists (as blocks/FILE) and the update file (file\n"
+             "                     and line), blocks Rover will not use, entries\n"
              "                     naming files the blockset does not hold, duplicate\n"
              "                     symbols and names, textures that are missing, and\n"
              "                     whether Rover loads the blockset and sees its update.\n"

@@ -90,11 +90,13 @@ void drawCubeOutline(QPainter &painter, const CameraProjection &projection, cons
 
 PreviewPainter::PreviewPainter() : m_rasterizer(QSize(1, 1)) {}
 
-QImage PreviewPainter::paint(const BlockScene &scene, const Camera &camera, QSize size, DrawOrder order,
-                             const QColor &background, qreal pixelRatio)
+const QImage &PreviewPainter::paint(const BlockScene &scene, const Camera &camera, QSize size, DrawOrder order,
+                                    const QColor &background, qreal pixelRatio)
 {
-    if (size.isEmpty())
-        return QImage();
+    if (size.isEmpty()) {
+        m_picture = QImage();
+        return m_picture;
+    }
     if (m_rasterizer.size() != size)
         m_rasterizer = Rasterizer(size);
     Lighting lighting;
@@ -103,13 +105,17 @@ QImage PreviewPainter::paint(const BlockScene &scene, const Camera &camera, QSiz
     m_rasterizer.clear();
     m_rasterizer.draw(scene.polygons(camera.position, order, BlockScene::Sprites::TowardViewer), camera, order);
 
-    QImage picture(size, QImage::Format_ARGB32_Premultiplied);
-    picture.fill(background);
+    // The frame is kept: no new picture to allocate and clear each time. It is
+    // opaque, which is the fastest surface to lay the block's picture on.
+    if (m_picture.size() != size)
+        m_picture = QImage(size, QImage::Format_RGB32);
+    m_picture.fill(background);
     const CameraProjection projection(camera, size);
-    QPainter painter(&picture);
+    QPainter painter(&m_picture);
     painter.setRenderHint(QPainter::Antialiasing);
     drawGrid(painter, projection, background, pixelRatio);
     painter.drawImage(0, 0, m_rasterizer.image());
     drawCubeOutline(painter, projection, background, pixelRatio);
-    return picture;
+    painter.end();
+    return m_picture;
 }

@@ -19,9 +19,14 @@ public:
     PreviewPainter();
 
     // `pixelRatio` scales the lines and letters for screens with dense pixels.
-    QImage paint(const BlockScene &scene, const Camera &camera, QSize size, DrawOrder order, const QColor &background,
-                 qreal pixelRatio = 1.0);
+    // The frame stays the painter's: it is drawn again in place by the next paint.
+    const QImage &paint(const BlockScene &scene, const Camera &camera, QSize size, DrawOrder order,
+                        const QColor &background, qreal pixelRatio = 1.0);
+
+    // The last frame painted.
+    const QImage &frame() const { return m_picture; }
 
 private:
     Rasterizer m_rasterizer;
+    QImage m_picture;
 };

@@ -50,16 +50,17 @@ void BlockView::paintEvent(QPaintEvent *)
 {
     const qreal ratio = devicePixelRatioF();
     const QSize pixels = (QSizeF(size()) * ratio).toSize();
-    if (!m_frameValid || m_frame.size() != pixels) {
-        m_frame = m_painter.paint(m_scene, m_orbit.camera(), pixels, m_order, palette().color(QPalette::Base), ratio);
-        m_frame.setDevicePixelRatio(ratio);
+    if (!m_frameValid || m_frameSize != pixels) {
+        m_painter.paint(m_scene, m_orbit.camera(), pixels, m_order, palette().color(QPalette::Base), ratio);
+        m_frameSize = pixels;
         m_frameValid = true;
     }
     QPainter painter(this);
-    if (m_frame.isNull())
+    const QImage &frame = m_painter.frame();
+    if (frame.isNull())
         painter.fillRect(rect(), palette().color(QPalette::Base));
-    else
-        painter.drawImage(0, 0, m_frame);
+    else // one frame pixel per screen pixel
+        painter.drawImage(QRectF(rect()), frame);
 }
 
 void BlockView::mousePressEvent(QMouseEvent *event)

@@ -4,7 +4,6 @@
 #include "draw/OrbitCamera.h"
 #include "draw/PreviewPainter.h"
 
-#include <QImage>
 #include <QPoint>
 #include <QWidget>
 
@@ -41,7 +40,7 @@ private:
     OrbitCamera m_orbit;
     DrawOrder m_order = DrawOrder::Rover;
     PreviewPainter m_painter;
-    QImage m_frame;
+    QSize m_frameSize;
     bool m_frameValid = false;
     bool m_dragging = false;
     QPoint m_lastPoint;
