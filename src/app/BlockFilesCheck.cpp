@@ -1,6 +1,7 @@
 #include "app/BlockFilesCheck.h"
 
 #include "rover/RoverBlockCheck.h"
+#include "rover/RoverBlockReader.h"
 #include "rover/RoverMedia.h"
 #include "rover/RoverStyleRules.h"
 #include "storage/FolderEntries.h"
@@ -43,6 +44,13 @@ void checkBlockFiles(BlocksetCheck &check, const QString &folder, QByteArrayView
         const RoverSoundInfo info = roverSoundInfo(*bytes);
         return RoverSoundEntry{info.usable, info.reason};
     };
+    // Rover names a block by the style's name, else by its file's; a name taken
+    // before (ignoring ASCII case) drops the block after its file was read.
+    struct Named {
+        QString file;
+        bool byStyle = false;
+    };
+    QHash<QString, Named> names;
     for (const RoverStyleBlock &block : blocks) {
         const QString entry = u"blocks/"_s + block.file;
         const std::optional<QByteArray> bytes = readFile(entries.path(entry));
@@ -51,7 +59,21 @@ void checkBlockFiles(BlocksetCheck &check, const QString &folder, QByteArrayView
         const RoverFindings findings = checkRoverBlock(*bytes, block.file, texture, sound);
         for (const RoverFinding &f : findings)
             check.findings.append({f.severity, entry, f.line, f.text});
-        if (hasRoverError(findings))
+        if (hasRoverError(findings)) {
             check.roverLoadsBlockset = false;
+            continue;
+        }
+        const RoverBlock read = readRoverBlock(*bytes).block;
+        const QString name = block.name.isEmpty() ? read.name : block.name;
+        const QString key = FolderEntries::foldedCase(name);
+        const auto earlier = names.constFind(key);
+        if (earlier == names.cend()) {
+            names.insert(key, {entry, !block.name.isEmpty()});
+        } else if (block.name.isEmpty() || !earlier->byStyle) { // two style names: the style check says so
+            check.findings.append(
+                {RoverFinding::Warning, entry, read.line,
+                 u"Block defined with a duplicate name ('%1', as %2): Rover leaves this block out"_s.arg(
+                     name, earlier->file)});
+        }
     }
 }

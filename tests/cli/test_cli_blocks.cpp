@@ -152,6 +152,9 @@ private slots:
         QTest::newRow("texture missing")
             << u"\"top\" TEXTURE=\"cement.gif\""_s << u"\"top\" TEXTURE=\"Stone.GIF\""_s << 0
             << u"warning 13 Unable to load image file textures/Stone.GIF: File not found (part 'top')"_s;
+        QTest::newRow("a name another block has") << u"NAME=\"full\""_s << u"NAME=\"FULL\""_s << 0
+                                                  << u"warning 1 Block defined with a duplicate name ('FULL', as "
+                                                     "blocks/full.block): Rover leaves this block out"_s;
         QTest::newRow("no BSP tree") << u"<BSP_TREE ROOT=\"1\"/>"_s << u""_s << 0
                                      << u"warning 1 Rover draws full with sorting errors: it has no BSP tree"_s;
     }

@@ -38,6 +38,7 @@ BlockPictures::BlockPictures(BlocksetDocument &document, ItemListPage &blockPage
     m_page.setSidePanel(m_preview);
     m_thumbnails = new BlockThumbnails(QSize(2 * iconSide, 2 * iconSide), this);
     QTreeWidget *list = m_page.list();
+    m_list = list;
     list->setIconSize(QSize(iconSide, iconSide));
 
     connect(m_preview, &BlockPreview::closeRequested, this, &BlockPictures::closePreview);
@@ -56,7 +57,9 @@ BlockPictures::BlockPictures(BlocksetDocument &document, ItemListPage &blockPage
 bool BlockPictures::eventFilter(QObject *watched, QEvent *event)
 {
     // Space in the block list previews the current block (it would only select it again).
-    if (watched == m_page.list() && event->type() == QEvent::KeyPress) {
+    // Only the list's own address is compared: the filter also sees the events
+    // of a list whose page is being taken down.
+    if (event->type() == QEvent::KeyPress && watched == m_list) {
         const auto *key = static_cast<QKeyEvent *>(event);
         if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
             openPreview();

@@ -41,6 +41,7 @@ private:
     // reports a change while it goes finds neither.
     QPointer<BlocksetDocument> m_document;
     ItemListPage &m_page;
+    const QObject *m_list = nullptr; // the block list, watched for Space
     QPointer<BlockPreview> m_preview;
     BlockThumbnails *m_thumbnails = nullptr;
 };
