@@ -162,6 +162,7 @@ int run(const QStringList &arguments, std::FILE *out, std::FILE *err)
     Options options;
     if (const QString problem = parse(arguments, options); !problem.isEmpty()) {
         CliOutput::printError(err, problem);
+        CliOutput::print(err, u"Usage: "_s + usageLines().mid(7)); // its first line's indent is "Usage: "
         return UsageError;
     }
     ArchiveReader archive;
