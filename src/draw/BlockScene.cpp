@@ -78,7 +78,7 @@ BlockScene::BlockScene(const RoverBlockFile &file, const Textures &textures) : m
         }
     }
     QHash<QString, QImage> images; // by the texture value as written
-    const auto textureOf = [&](const RoverBlockPart &part) {
+    const PartTexture textureOf = [&](const RoverBlockPart &part) {
         if (part.texture.isEmpty() || !textures)
             return QImage();
         const auto known = images.constFind(part.texture);
@@ -86,33 +86,41 @@ BlockScene::BlockScene(const RoverBlockFile &file, const Textures &textures) : m
             return *known;
         return *images.insert(part.texture, textures(part.texture));
     };
-    if (m_block.isSprite()) {
-        if (m_block.parts.isEmpty())
-            return;
-        const RoverBlockPart &part = m_block.parts.first();
-        DrawPolygon rectangle = partLook(part, textureOf(part));
-        rectangle.faces = DrawFaces::Both;
-        QSizeF size(blockSide, blockSide);
-        if (m_block.spriteSize)
-            size = QSizeF(*m_block.spriteSize);
-        else if (!rectangle.texture.isNull())
-            size = QSizeF(rectangle.texture.size()).boundedTo(QSizeF(blockSide, blockSide));
-        const RoverBlock::Align align = m_block.align;
-        double bottom = 0;
-        if (align == RoverBlock::Top)
-            bottom = blockSide - size.height();
-        else if (align == RoverBlock::Centre)
-            bottom = centre - size.height() / 2;
-        const auto left = float(centre + size.width() / 2), right = float(centre - size.width() / 2);
-        const auto low = float(bottom), high = float(bottom + size.height());
-        const auto z = float(centre);
-        // Seen from the north, its front: east is on the left.
-        rectangle.points = {{left, high, z}, {right, high, z}, {right, low, z}, {left, low, z}};
-        rectangle.uv = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
-        m_polygons.append(rectangle);
-        m_twoSidedWhenBlended.append(true);
+    if (m_block.isSprite())
+        buildSprite(textureOf);
+    else
+        buildStructural(textureOf);
+}
+
+void BlockScene::buildSprite(const PartTexture &textureOf)
+{
+    if (m_block.parts.isEmpty())
         return;
-    }
+    const RoverBlockPart &part = m_block.parts.first();
+    DrawPolygon rectangle = partLook(part, textureOf(part));
+    rectangle.faces = DrawFaces::Both;
+    QSizeF size(blockSide, blockSide);
+    if (m_block.spriteSize)
+        size = QSizeF(*m_block.spriteSize);
+    else if (!rectangle.texture.isNull())
+        size = QSizeF(rectangle.texture.size()).boundedTo(QSizeF(blockSide, blockSide));
+    double bottom = 0;
+    if (m_block.align == RoverBlock::Top)
+        bottom = blockSide - size.height();
+    else if (m_block.align == RoverBlock::Centre)
+        bottom = centre - size.height() / 2;
+    const auto left = float(centre + size.width() / 2), right = float(centre - size.width() / 2);
+    const auto low = float(bottom), high = float(bottom + size.height());
+    const auto z = float(centre);
+    // Seen from the north, its front: east is on the left.
+    rectangle.points = {{left, high, z}, {right, high, z}, {right, low, z}, {left, low, z}};
+    rectangle.uv = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    m_polygons.append(rectangle);
+    m_twoSidedWhenBlended.append(true);
+}
+
+void BlockScene::buildStructural(const PartTexture &textureOf)
+{
     loadRoverBlock(m_block, [&](const RoverBlockPart &part) -> std::optional<QSize> {
         const QImage image = textureOf(part);
         return image.isNull() ? std::nullopt : std::optional<QSize>(image.size());

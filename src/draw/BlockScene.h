@@ -54,7 +54,9 @@ public:
     QList<DrawPolygon> polygons(const QVector3D &camera, DrawOrder order, Sprites sprites = Sprites::AsPlaced) const;
 
 private:
-    void buildStructural(const Textures &textures);
+    using PartTexture = std::function<QImage(const RoverBlockPart &part)>;
+    void buildSprite(const PartTexture &textureOf);
+    void buildStructural(const PartTexture &textureOf);
     DrawPolygon spriteRectangle(double turnDegrees) const;
 
     QString m_problem;
