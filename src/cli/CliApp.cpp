@@ -8,6 +8,7 @@
 #include "cli/CliEditCommands.h"
 #include "cli/CliOutput.h"
 #include "cli/CliPrompts.h"
+#include "cli/CliRender.h"
 #include "cli/CliReport.h"
 #include "common/ProgramVersion.h"
 #include "common/Registry.h"
@@ -38,7 +39,7 @@ QString CliApp::usageText()
            "       cubrix-cli check FILE.bset [--json]\n"
            "       cubrix-cli cache [--browser ie|netscape] [--json]\n"
            "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s
-           + CliEditCommands::usageLines() + u"       cubrix-cli --help | --version\n"_s;
+           + CliEditCommands::usageLines() + CliRender::usageLines() + u"       cubrix-cli --help | --version\n"_s;
 }
 
 QString CliApp::helpText()
@@ -60,15 +61,16 @@ QString CliApp::helpText()
              "                     beside it. IN is left as it was. Like the editor, it\n"
              "                     remembers OUT's folder in the pathBlockset setting.\n"_s
            + u"  check FILE.bset    Says what Rover will do with the blockset: the errors and\n"
-             "                     warnings of Rover's readers for its style and update\n"
-             "                     file (file and line), blocks Rover will not use, entries\n"
+             "                     warnings of Rover's readers for its style, every block\n"
+             "                     file it lists (as blocks/FILE) and the update file (file\n"
+             "                     and line), blocks Rover will not use, entries\n"
              "                     naming files the blockset does not hold, duplicate\n"
              "                     symbols and names, textures that are missing, and\n"
              "                     whether Rover loads the blockset and sees its update.\n"
              "                     Exit 0 when Rover loads it and reads its update file\n"
              "                     (where there is one), 1 when it would reject either.\n"
              "                     Nothing on disk is changed.\n"_s
-           + CliEditCommands::helpLines()
+           + CliEditCommands::helpLines() + CliRender::helpLines()
            + u"\n"
              "Options:\n"
              "  --json             (info) Print one JSON object (UTF-8) with the keys file,\n"
@@ -165,6 +167,8 @@ int CliApp::run(const QStringList &arguments)
     }
     if (arguments.value(1) == "cache"_L1)
         return runCacheCommand(arguments.mid(2), m_out, m_err);
+    if (arguments.value(1) == "render"_L1)
+        return CliRender::run(arguments.mid(2), m_out, m_err);
     Options options;
     const QString problem = parse(arguments, options);
     if (!problem.isEmpty()) {

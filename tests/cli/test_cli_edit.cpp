@@ -131,7 +131,8 @@ private slots:
             if (f.value(u"severity"_s) == u"error"_s)
                 errors << f.value(u"file"_s).toString() + u':' + QString::number(f.value(u"line"_s).toInt());
         }
-        QCOMPARE(errors, QStringList({u"Broken.style:2"_s, u"Broken.style:3"_s, u"Broken.txt:1"_s}));
+        QCOMPARE(errors,
+                 QStringList({u"Broken.style:2"_s, u"Broken.style:3"_s, u"blocks/a.block:5"_s, u"Broken.txt:1"_s}));
     }
 
     // bsp builds a tree once, keeps it the next time, and passes a sprite by.

@@ -3,6 +3,7 @@
 #include "app/BlocksetDocument.h"
 #include "app/DroppedFiles.h"
 #include "app/RecoveryRecord.h"
+#include "app/ui/BlockPictures.h"
 #include "app/ui/DocumentPresenter.h"
 #include "app/ui/FileDrops.h"
 #include "app/ui/ItemCommands.h"
@@ -236,6 +237,8 @@ void frmMain::load()
     views.actions = &m_actions;
     m_presenter = new DocumentPresenter(*m_document, *m_settings, views, this);
     m_itemCommands = new ItemCommands(*m_document, *m_presenter, this);
+    auto *blockPictures = new BlockPictures(*m_document, *m_blockPage, this);
+    connect(m_itemCommands, &ItemCommands::blockPreviewRequested, blockPictures, &BlockPictures::openPreview);
     m_symbolCommands = new SymbolCommands(*m_document, *m_presenter, *m_settingsTab, this);
     // The settings key, with defaults where values are missing (in memory, when
     // the store cannot be used).

@@ -68,7 +68,7 @@ private slots:
         QTest::addColumn<QString>("command");
         QTest::addColumn<bool>("oops");
         QTest::addColumn<bool>("skipEdit");
-        QTest::newRow("preview block") << 0 << "btnPreviewItem" << true << false;
+        QTest::newRow("preview block: the preview panel") << 0 << "btnPreviewItem" << false << false;
         QTest::newRow("edit block, skipEdit on") << 0 << "mnuEditItem" << true << true;
         QTest::newRow("edit block: the symbol dialog") << 0 << "mnuEditItem" << false << false;
         QTest::newRow("edit on sounds") << 2 << "btnEditItem" << false << false;
