@@ -69,6 +69,7 @@ QString BlocksetDocument::workingFolder() const
 
 void BlocksetDocument::setBlocksetChanged()
 {
+    m_stepSetChanged = true;
     if (m_blocksetChanged)
         return;
     m_blocksetChanged = true;
@@ -89,19 +90,20 @@ void BlocksetDocument::checkInterface()
 
 void BlocksetDocument::announceChanges(const Snapshot &before)
 {
-    if (before.content.blocks != m_content.blocks)
+    const BlocksetContent &was = before.state.content;
+    if (was.blocks != m_content.blocks)
         emit itemsChanged(ItemKind::Block);
-    if (before.content.textures != m_content.textures)
+    if (was.textures != m_content.textures)
         emit itemsChanged(ItemKind::Texture);
-    if (before.content.sounds != m_content.sounds)
+    if (was.sounds != m_content.sounds)
         emit itemsChanged(ItemKind::Sound);
-    if (before.content.style.version != m_content.style.version)
+    if (was.style.version != m_content.style.version)
         m_versionText = m_content.style.version;
-    if (before.content.style != m_content.style)
+    if (was.style != m_content.style || before.state.versionText != m_versionText)
         emit styleChanged();
-    if (before.content.symbols != m_content.symbols)
+    if (was.symbols != m_content.symbols)
         emit symbolsChanged();
-    if (before.updateComment != m_updateComment)
+    if (before.state.updateComment != m_updateComment)
         emit updateCommentChanged();
     if (before.blocksetChanged != m_blocksetChanged || before.updateChanged != m_updateChanged)
         emit stateChanged();
@@ -159,6 +161,7 @@ Result BlocksetDocument::recoverBlockset(const RecoveryRecord &record)
     m_onDisk = record.untitled ? DiskIdentity() : DiskIdentity::of(m_blocksetPath);
     m_askedAbout = m_onDisk;
     m_tab = TabBlocks;
+    clearHistory(false);
     emit documentReset();
     checkInterface();
     showProcess(u"Recovered the unsaved changes of "_s + m_blocksetFileName + u'.');
@@ -201,6 +204,7 @@ void BlocksetDocument::resetView()
 Result BlocksetDocument::failOpen(const QString &reason)
 {
     m_folder.clearWorkingFolders(); // what a broken archive let through is no blockset
+    clearHistory(true);
     m_access.release();
     m_prompts.message(u"Failed to open Blockset File."_s, u"File Error"_s, reason, PromptButtons::Ok,
                       PromptIcon::Critical);
@@ -239,6 +243,7 @@ Result BlocksetDocument::openBlockset(const QString &file)
     }
     m_blocksetPath = path;
     m_folder.clearWorkingFolders();
+    clearHistory(true);
     resetView();
     m_blocksetOpen = false;
     checkInterface();
@@ -274,6 +279,7 @@ Result BlocksetDocument::openBlockset(const QString &file)
     m_blocksetChanged = read.styleRenamed;
     m_updateChanged = false;
     m_blocksetUntitled = false;
+    clearHistory(!read.styleRenamed);
     if (!m_content.blocks.isEmpty())
         m_tab = TabBlocks;
     else if (!m_content.textures.isEmpty())
@@ -348,6 +354,7 @@ Result BlocksetDocument::newBlockset()
             return Result::cancelled();
     }
     m_folder.clearWorkingFolders();
+    clearHistory(true);
     m_access.release();
     resetView();
     m_blocksetOpen = false;
@@ -400,6 +407,7 @@ Result BlocksetDocument::closeBlockset()
             return Result::cancelled();
     }
     m_folder.clearWorkingFolders();
+    clearHistory(true);
     m_access.release();
     resetView();
     m_versionText.clear();
@@ -476,6 +484,7 @@ Result BlocksetDocument::saveBlockset()
     m_blocksetChanged = false;
     m_updateChanged = false;
     m_blocksetUntitled = false;
+    m_history.markSaved();
     m_onDisk = DiskIdentity::of(m_blocksetPath);
     m_askedAbout = m_onDisk;
     noteForRecovery();
@@ -537,21 +546,36 @@ bool BlocksetDocument::askSaveOnUnload()
 
 void BlocksetDocument::editStyleValue(StyleField field, const QString &value)
 {
-    edit([&] {
-        styleValue(m_content.style, field) = value;
-        m_blocksetChanged = true;
-    });
+    if (styleValue(m_content.style, field) == value)
+        return;
+    // Typing into one field is one step until another edit comes between.
+    const EditStart start = beginEdit(false);
+    styleValue(m_content.style, field) = value;
+    m_blocksetChanged = true;
+    m_stepSetChanged = true;
+    endEdit(start, field == StyleField::Version ? u"Edit Version"_s : u"Edit Settings"_s,
+            u"style:"_s + QString::number(int(field)));
 }
 
 void BlocksetDocument::editUpdateComment(const QString &comment)
 {
-    edit([&] {
-        m_updateComment = comment;
-        m_updateChanged = true;
-    });
+    if (m_updateComment == comment)
+        return;
+    const EditStart start = beginEdit(false);
+    m_updateComment = comment;
+    m_updateChanged = true;
+    endEdit(start, u"Edit Update Comment"_s, u"comment"_s);
 }
 
 void BlocksetDocument::setSymbolSettings(const SymbolSettings &symbols)
 {
-    edit([&] { m_content.symbols = symbols; });
+    if (m_content.symbols == symbols)
+        return;
+    const QString name = symbols.strictPrefixBoxChecked != m_content.symbols.strictPrefixBoxChecked ? u"Strict Prefix"_s
+                         : symbols.syncDoubleBoxChecked != m_content.symbols.syncDoubleBoxChecked
+                             ? u"Sync Double Mode"_s
+                             : u"Symbol Settings"_s;
+    const EditStart start = beginEdit(false);
+    m_content.symbols = symbols;
+    endEdit(start, name, QString());
 }

@@ -3,11 +3,13 @@
 #include "app/DiskIdentity.h"
 #include "app/EditAccess.h"
 #include "app/RecoveryRecord.h"
+#include "app/UndoHistory.h"
 #include "formats/BlocksetModel.h"
 #include "items/ItemKind.h"
 #include "storage/Result.h"
 #include "symbols/OperationHost.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -32,6 +34,7 @@ public:
     enum Tab { TabBlocks = 0, TabTextures = 1, TabSounds = 2, TabSettings = 3, TabVersion = 4 };
 
     BlocksetDocument(Prompts &prompts, SymbolPrompt &symbolPrompt, RegistryWrapper &settings, WorkingFolder &folder);
+    ~BlocksetDocument() override; // gives up what undo kept aside
     void setView(DocumentView *view) { m_view = view; }
 
     // Document commands. Each shows its own messages; the result says whether it
@@ -71,21 +74,36 @@ public:
     // as the changed, unsaved blockset it was.
     Result recoverBlockset(const RecoveryRecord &record);
 
-    // Runs an edit of the open blockset (an item or symbol operation) and
-    // announces what it changed.
+    // Runs an edit of the open blockset (an item or symbol operation) as one
+    // undoable step named `name` ("Remove Block") and announces what it changed.
     template <typename Operation>
-    std::invoke_result_t<Operation> edit(Operation &&operation)
+    std::invoke_result_t<Operation> edit(const QString &name, Operation &&operation)
     {
-        const Snapshot before = snapshot();
+        const EditStart start = beginEdit();
         if constexpr (std::is_void_v<std::invoke_result_t<Operation>>) {
             operation();
-            announceChanges(before);
+            endEdit(start, name, QString());
         } else {
             auto result = operation();
-            announceChanges(before);
+            endEdit(start, name, QString());
             return result;
         }
     }
+    template <typename Operation>
+    std::invoke_result_t<Operation> edit(Operation &&operation)
+    {
+        return edit(QStringLiteral("Change"), std::forward<Operation>(operation));
+    }
+
+    // Undo and redo of the edits since the blockset was opened or made. The
+    // changed flags follow: undoing back to the state last saved makes the
+    // blockset unchanged again.
+    bool canUndo() const { return m_history.canUndo(); }
+    bool canRedo() const { return m_history.canRedo(); }
+    QString undoName() const { return m_history.undoName(); }
+    QString redoName() const { return m_history.redoName(); }
+    void undo();
+    void redo();
 
     // Edits from the settings and version pages.
     // Any style value: sets blocksetChanged (the version also becomes versionText).
@@ -139,6 +157,8 @@ public:
     QString symbolModeText() const;
 
 signals:
+    // What Undo and Redo would do changed.
+    void undoStateChanged();
     // Everything shown is to be drawn again: a blockset was opened, made or closed.
     void documentReset();
     // The rows of one item list changed (added, removed, renamed, new symbols).
@@ -151,13 +171,27 @@ signals:
 
 private:
     struct Snapshot {
-        BlocksetContent content;
-        QString updateComment;
+        DocumentState state;
         bool blocksetChanged = false;
         bool updateChanged = false;
     };
-    Snapshot snapshot() const { return {m_content, m_updateComment, m_blocksetChanged, m_updateChanged}; }
+    Snapshot snapshot() const
+    {
+        return {{m_content, m_updateComment, m_versionText}, m_blocksetChanged, m_updateChanged};
+    }
     void announceChanges(const Snapshot &before);
+    struct EditStart {
+        Snapshot before;
+        FileStash::FolderState files;
+        QHash<QString, QString> kept; // each file's version before the edit
+        bool outermost = false;
+        bool capturedFiles = false;
+        quint64 generation = 0; // a blockset opened, made or closed during the edit ends it without a step
+    };
+    EditStart beginEdit(bool captureFiles = true);
+    void endEdit(const EditStart &start, const QString &name, const QString &mergeKey);
+    void applyStep(const UndoStep &step, bool back);
+    void clearHistory(bool clean);
     // Writes the recovery record while the blockset is changed, removes it when it is not.
     void noteForRecovery();
 
@@ -191,4 +225,9 @@ private:
     BlocksetContent m_content;
     QString m_updateComment;
     QString m_recoveryPath;
+    FileStash m_stash;
+    UndoHistory m_history{m_stash};
+    int m_editDepth = 0;
+    quint64 m_generation = 0;      // counts the blocksets opened, made and closed
+    bool m_stepSetChanged = false; // setBlocksetChanged was called during the edit
 };

@@ -34,6 +34,8 @@ InterfaceFacts interfaceFacts(const BlocksetDocument &document, bool updateFileS
     facts.sounds = document.soundCount();
     facts.changed = document.isChanged();
     facts.readOnly = document.readOnly();
+    facts.undoName = document.undoName();
+    facts.redoName = document.redoName();
     facts.fileName = document.blocksetFileName();
     facts.versionText = document.versionText();
     facts.updateFileSetting = updateFileSetting;
@@ -44,6 +46,10 @@ InterfaceState computeInterfaceState(const InterfaceFacts &facts)
 {
     InterfaceState state;
     state.updateGroupEnabled = facts.updateFileSetting;
+    setPair(state, u"Undo"_s, facts.blocksetOpen && !facts.undoName.isEmpty());
+    setPair(state, u"Redo"_s, facts.blocksetOpen && !facts.redoName.isEmpty());
+    state.undoText = u"&Undo"_s + (facts.undoName.isEmpty() ? QString() : u' ' + facts.undoName);
+    state.redoText = u"&Redo"_s + (facts.redoName.isEmpty() ? QString() : u' ' + facts.redoName);
 
     if (!facts.blocksetOpen) {
         setPair(state, u"New"_s, true);
@@ -52,6 +58,7 @@ InterfaceState computeInterfaceState(const InterfaceFacts &facts)
                                        u"ReplaceItem"_s, u"EditItem"_s, u"PreviewItem"_s, u"AddBSP"_s})
             setPair(state, command, false);
         state.enabled.insert(u"mnuRemapSymbols"_s, false);
+        state.enabled.insert(u"mnuExportItem"_s, false);
         state.caption = u"Cubrix"_s;
         return state;
     }
@@ -72,6 +79,7 @@ InterfaceState computeInterfaceState(const InterfaceFacts &facts)
         (onBlocks && blocks >= 1) || (onTextures && facts.textures >= 1) || (onSounds && facts.sounds >= 1);
     setPair(state, u"RemoveItem"_s, hasItems);
     setPair(state, u"PreviewItem"_s, hasItems);
+    state.enabled.insert(u"mnuExportItem"_s, hasItems);
     setPair(state, u"ReplaceItem"_s, onBlocks && blocks >= 1);
     setPair(state, u"EditItem"_s, onBlocks && blocks >= 1);
 

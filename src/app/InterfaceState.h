@@ -11,6 +11,8 @@ struct InterfaceState {
     bool updateGroupEnabled = false;
     QHash<QString, bool> enabled; // object name of each command checkInterface governs
     QString caption;
+    QString undoText; // "&Undo Remove Block", or "&Undo" when there is nothing to undo
+    QString redoText;
     QString blocksPanel;
     QString texturesPanel;
     QString soundsPanel;
@@ -26,6 +28,8 @@ struct InterfaceFacts {
     int sounds = 0;
     bool changed = false;
     bool readOnly = false; // opened read-only: Save is off, Save As writes a copy
+    QString undoName;      // the step Undo would take back, "" for none
+    QString redoName;
     QString fileName;
     QString versionText;
     bool updateFileSetting = false; // the user setting that governs the update group

@@ -468,7 +468,8 @@ int CliEditCommands::set(const QString &field, const QString &value, BlocksetDoc
         }
         const bool on = value == "on"_L1;
         if (symbols.strictPrefixBoxChecked != on) {
-            strictPrefixClicked(symbols, on, document.settings().getBoolSetting(u"syncDouble"_s));
+            strictPrefixClicked(symbols, document.content().blocks, on,
+                                document.settings().getBoolSetting(u"syncDouble"_s));
             document.setSymbolSettings(symbols);
         }
         return Success;

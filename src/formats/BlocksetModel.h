@@ -133,4 +133,6 @@ struct BlocksetContent {
     QList<ItemRow> sounds;
     StyleValues style;
     SymbolSettings symbols;
+
+    bool operator==(const BlocksetContent &) const = default;
 };

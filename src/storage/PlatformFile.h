@@ -241,6 +241,8 @@ bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, i
 // A second name `to` for the file `from` (a hard link); false where the file
 // system has none.
 bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err);
+// A second name `to` for the file at `from` (paths; a hard link, never a symbolic one).
+bool hardLink(const QByteArray &from, const QByteArray &to, int &err);
 // Puts the folder's entries (renames, new names) on disk.
 bool syncFolder(const Folder &dir, int &err);
 

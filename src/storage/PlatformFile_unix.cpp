@@ -584,6 +584,14 @@ bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int
     return false;
 }
 
+bool hardLink(const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (::link(from.constData(), to.constData()) == 0)
+        return true;
+    err = errno;
+    return false;
+}
+
 bool syncFolder(const Folder &dir, int &err)
 {
     if (fsync(dir.fd) == 0 || errno == EINVAL)

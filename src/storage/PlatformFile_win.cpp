@@ -607,6 +607,14 @@ bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int
     return false;
 }
 
+bool hardLink(const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (CreateHardLinkW(widePath(to).c_str(), widePath(from).c_str(), nullptr))
+        return true;
+    err = lastSystemError();
+    return false;
+}
+
 bool syncFolder(const Folder &dir, int &err)
 {
     // MOVEFILE_WRITE_THROUGH has put each rename on disk already.

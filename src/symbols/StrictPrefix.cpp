@@ -7,7 +7,17 @@
 
 using namespace Qt::StringLiterals;
 
-void strictPrefixClicked(SymbolSettings &symbols, bool checked, bool syncDoubleSetting)
+bool doublesFollowSingles(const QList<BlockRow> &blocks)
+{
+    for (const BlockRow &row : blocks) {
+        if (row.doubleSymbol.size() != 2 || row.doubleSymbol.front() != blocks.first().doubleSymbol.front()
+            || QStringView(row.doubleSymbol).sliced(1) != row.symbol)
+            return false;
+    }
+    return true;
+}
+
+void strictPrefixClicked(SymbolSettings &symbols, const QList<BlockRow> &blocks, bool checked, bool syncDoubleSetting)
 {
     symbols.strictPrefixBoxChecked = checked;
     symbols.prefixListEnabled = checked;
@@ -17,7 +27,7 @@ void strictPrefixClicked(SymbolSettings &symbols, bool checked, bool syncDoubleS
         symbols.syncDoubleBoxEnabled = false;
         return;
     }
-    if (symbols.blocksetStrictPrefix && symbols.blocksetSyncDouble) {
+    if ((symbols.blocksetStrictPrefix && symbols.blocksetSyncDouble) || doublesFollowSingles(blocks)) {
         symbols.syncDoubleBoxEnabled = true;
         symbols.syncDoubleBoxChecked = syncDoubleSetting;
     }

@@ -11,10 +11,14 @@ class OperationHost;
 
 // A click on cbxStrictPrefix leaving it `checked`. Ticked: the prefix list is
 // enabled (window background) and, when the blockset is in strict prefix and sync
-// double mode, cbxSyncDouble is enabled and ticked as the user setting syncDouble
-// says. Cleared: the prefix list is disabled (button face) and cbxSyncDouble is
-// cleared and disabled. No symbol is rewritten.
-void strictPrefixClicked(SymbolSettings &symbols, bool checked, bool syncDoubleSetting);
+// double mode (set by a remap, or read: every double symbol is the common prefix
+// followed by the block's own symbol), cbxSyncDouble is enabled and ticked as the
+// user setting syncDouble says. Cleared: the prefix list is disabled (button face)
+// and cbxSyncDouble is cleared and disabled. No symbol is rewritten.
+void strictPrefixClicked(SymbolSettings &symbols, const QList<BlockRow> &blocks, bool checked, bool syncDoubleSetting);
+// Whether every block has a double symbol, all of them share one prefix, and each
+// ends with the block's single symbol: the blocks are in sync double mode.
+bool doublesFollowSingles(const QList<BlockRow> &blocks);
 
 // A choice in lstStrictPrefix. `remembered` is the position the list had when it
 // received the focus (none when the position was set by the program, which never

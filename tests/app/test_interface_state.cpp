@@ -9,16 +9,18 @@
 namespace {
 
 // Commands governed by checkInterface, without their btn/mnu prefix.
-const QStringList kPairs = {"New",        "Open",        "Close",    "Save",        "SaveAs", "AddItem",
-                            "RemoveItem", "ReplaceItem", "EditItem", "PreviewItem", "AddBSP"};
+const QStringList kPairs = {"New",         "Open",     "Close",       "Save",   "SaveAs", "AddItem", "RemoveItem",
+                            "ReplaceItem", "EditItem", "PreviewItem", "AddBSP", "Undo",   "Redo"};
+// Commands of the menu alone.
+const QStringList kMenuOnly = {"RemapSymbols", "ExportItem"};
 
 // The enabled commands, sorted; a command the state leaves unset, or whose
 // button and menu entry differ, shows up as a mismatch.
 QStringList enabledCommands(const InterfaceState &state)
 {
     QStringList names;
-    for (const QString &pair : kPairs + QStringList{"RemapSymbols"}) {
-        const QString button = (pair == "RemapSymbols" ? "mnu" : "btn") + pair;
+    for (const QString &pair : kPairs + kMenuOnly) {
+        const QString button = (kMenuOnly.contains(pair) ? "mnu" : "btn") + pair;
         const QString menu = "mnu" + pair;
         if (!state.enabled.contains(button) || !state.enabled.contains(menu)
             || state.enabled[button] != state.enabled[menu])
@@ -26,7 +28,8 @@ QStringList enabledCommands(const InterfaceState &state)
         else if (state.enabled[button])
             names.append(pair);
     }
-    if (state.enabled.size() != 2 * kPairs.size() + 1) // manager, options, about and exit are never touched
+    if (state.enabled.size()
+        != 2 * kPairs.size() + kMenuOnly.size()) // manager, options, about and exit are never touched
         names.append("unexpected commands");
     names.sort();
     return names;
@@ -63,7 +66,7 @@ private slots:
 
         const QStringList always = {"New", "Open", "Close", "SaveAs"};
         const QStringList withBlocks = always + QStringList{"AddBSP", "RemapSymbols"};
-        const QStringList blockItems = {"RemoveItem", "ReplaceItem", "EditItem", "PreviewItem"};
+        const QStringList blockItems = {"RemoveItem", "ReplaceItem", "EditItem", "PreviewItem", "ExportItem"};
         const int blocksTab = BlocksetDocument::TabBlocks;
         const int texturesTab = BlocksetDocument::TabTextures;
         const QString clean = "Cubrix - World.bset";
@@ -74,7 +77,7 @@ private slots:
             << openFacts(89, 1, 1, blocksTab, false) << withBlocks + blockItems << clean;
         QTest::newRow("89 blocks, textures tab: add enabled")
             << openFacts(89, 1, 1, texturesTab, false)
-            << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem"} << clean;
+            << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem", "ExportItem"} << clean;
         QTest::newRow("89 blocks, settings tab: no item command")
             << openFacts(89, 1, 1, BlocksetDocument::TabSettings, false) << withBlocks << clean;
         QTest::newRow("88 blocks, changed") << openFacts(88, 0, 2, blocksTab, true)
@@ -83,6 +86,9 @@ private slots:
             << openFacts(88, 0, 2, texturesTab, false) << withBlocks + QStringList{"AddItem"} << clean;
         QTest::newRow("no sounds, sounds tab, changed") << openFacts(1, 2, 0, BlocksetDocument::TabSounds, true)
                                                         << withBlocks + QStringList{"AddItem", "Save"} << edited;
+        InterfaceFacts undone = openFacts(0, 0, 0, blocksTab, false);
+        undone.redoName = "Remove Block";
+        QTest::newRow("a step undone: redo only") << undone << always + QStringList{"AddItem", "Redo"} << clean;
         QTest::newRow("no blocks, blocks tab")
             << openFacts(0, 0, 0, blocksTab, false) << always + QStringList{"AddItem"} << clean;
     }
@@ -95,6 +101,7 @@ private slots:
         enabled.sort();
         QCOMPARE(enabledCommands(state), enabled);
         QTEST(state.caption, "caption");
+        QCOMPARE(state.redoText, facts.redoName.isEmpty() ? "&Redo" : "&Redo " + facts.redoName);
     }
 
     void panels_data()

@@ -106,21 +106,29 @@ private slots:
     {
         QTest::addColumn<bool>("checked");
         QTest::addColumn<bool>("blocksetModes");
+        QTest::addColumn<QString>("doubles"); // of blocks "a" and "b"
         QTest::addColumn<bool>("syncEnabled");
         QTest::addColumn<bool>("syncChecked");
-        QTest::newRow("cleared") << false << true << false << false;
-        QTest::newRow("ticked, blockset synced") << true << true << true << true;
-        QTest::newRow("ticked, blockset not synced") << true << false << false << false;
+        QTest::newRow("cleared") << false << true << u"#a#b"_s << false << false;
+        QTest::newRow("ticked, blockset synced") << true << true << u"#a!b"_s << true << true;
+        QTest::newRow("ticked, opened in sync") << true << false << u"#a#b"_s << true << true;
+        QTest::newRow("ticked, opened not in sync") << true << false << u"#a#c"_s << false << false;
     }
 
     void strictPrefixClick()
     {
         QFETCH(bool, checked);
         QFETCH(bool, blocksetModes);
+        QFETCH(QString, doubles);
+        QList<BlockRow> blocks(2);
+        blocks[0].symbol = u"a"_s;
+        blocks[1].symbol = u"b"_s;
+        blocks[0].doubleSymbol = doubles.left(2);
+        blocks[1].doubleSymbol = doubles.mid(2);
         SymbolSettings symbols;
         symbols.blocksetStrictPrefix = symbols.blocksetSyncDouble = blocksetModes;
         symbols.syncDoubleBoxChecked = symbols.syncDoubleBoxEnabled = !checked;
-        strictPrefixClicked(symbols, checked, true);
+        strictPrefixClicked(symbols, blocks, checked, true);
         QCOMPARE(symbols.prefixListEnabled, checked);
         QTEST(symbols.syncDoubleBoxEnabled, "syncEnabled");
         QTEST(symbols.syncDoubleBoxChecked, "syncChecked");

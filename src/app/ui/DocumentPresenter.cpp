@@ -160,6 +160,12 @@ void DocumentPresenter::checkInterface(bool clearResult)
             action->setEnabled(it.value());
     }
     m_views.window->setWindowTitle(state.caption);
+    for (const auto &[name, text] : {std::pair{u"Undo"_s, state.undoText}, std::pair{u"Redo"_s, state.redoText}}) {
+        QString plain = text;
+        plain.remove(u'&');
+        m_views.actions->value(u"mnu"_s + name)->setText(text);
+        m_views.actions->value(u"btn"_s + name)->setToolTip(plain);
+    }
     m_views.blocksPanel->setText(state.blocksPanel);
     m_views.texturesPanel->setText(state.texturesPanel);
     m_views.soundsPanel->setText(state.soundsPanel);

@@ -28,6 +28,21 @@ ItemCommands::ItemCommands(BlocksetDocument &document, DocumentPresenter &presen
       m_window(window),
       m_soundAvailable(!QMediaDevices::audioOutputs().isEmpty())
 {
+    // The texture preview follows the current row.
+    connect(m_presenter.page(ItemKind::Texture)->list(), &QTreeWidget::currentItemChanged, this,
+            &ItemCommands::previewTexture);
+    connect(m_presenter.page(ItemKind::Texture), &ItemListPage::rowsShown, this, &ItemCommands::previewTexture);
+    for (ItemKind kind : {ItemKind::Block, ItemKind::Texture, ItemKind::Sound})
+        connect(m_presenter.page(kind), &ItemListPage::openRequested, this, [this, kind] { openItem(kind); });
+}
+
+void ItemCommands::openItem(ItemKind kind)
+{
+    switch (kind) {
+    case ItemKind::Block: editItem(); break;
+    case ItemKind::Texture: previewTexture(); break;
+    case ItemKind::Sound: playSound(); break;
+    }
 }
 
 void ItemCommands::showOops()
@@ -43,8 +58,18 @@ void ItemCommands::addItem()
     m_presenter.checkInterface(true);
     if (!page)
         return;
-    m_document.edit([&] { return addItems(m_document, ItemKind(m_document.tab())); });
+    const ItemKind kind = ItemKind(m_document.tab());
+    const QStringList before = itemFileNames(m_document, kind);
+    m_document.edit(u"Add "_s + itemTitleNoun(kind), [&] { return addItems(m_document, kind); });
     m_presenter.checkInterface(false);
+    // The new rows are the selection.
+    const QStringList after = itemFileNames(m_document, kind);
+    QList<int> added;
+    for (int row = 0; row < after.size(); ++row) {
+        if (!before.contains(after.at(row)))
+            added.append(row);
+    }
+    page->selectRows(added);
     page->list()->setFocus();
 }
 
@@ -58,7 +83,8 @@ void ItemCommands::removeItem()
         return;
     }
     ListSelection selection{page->selectedRows(), page->currentRow()};
-    const bool removed = m_document.edit([&] { return removeItems(m_document, ItemKind(tab), selection); });
+    const bool removed = m_document.edit(u"Remove "_s + itemTitleNoun(ItemKind(tab)),
+                                         [&] { return removeItems(m_document, ItemKind(tab), selection); });
     m_presenter.checkInterface(true);
     if (removed) {
         page->list()->setFocus();
@@ -69,12 +95,16 @@ void ItemCommands::removeItem()
 void ItemCommands::renameLabel(ItemKind kind, int row, const QString &newText)
 {
     // A refused edit puts the old label back.
-    if (!m_document.edit([&] { return renameItem(m_document, kind, row, newText); })) {
+    if (!m_document.edit(u"Rename "_s + itemTitleNoun(kind),
+                         [&] { return renameItem(m_document, kind, row, newText); })) {
         m_presenter.page(kind)->forgetShownRows();
         m_presenter.showItems(kind);
     }
     m_presenter.checkInterface(true);
-    m_presenter.page(kind)->selectRow(row);
+    ItemListPage *page = m_presenter.page(kind);
+    page->selectRow(row);
+    // The editor closes after this: the list takes the focus back then.
+    QMetaObject::invokeMethod(page->list(), qOverload<>(&QWidget::setFocus), Qt::QueuedConnection);
 }
 
 void ItemCommands::replaceItem(bool onlyBlocks)
@@ -85,7 +115,7 @@ void ItemCommands::replaceItem(bool onlyBlocks)
     }
     m_presenter.checkInterface(true);
     const QList<int> rows = m_presenter.page(ItemKind::Block)->selectedRows();
-    m_document.edit([&] { return replaceBlocks(m_document, rows); });
+    m_document.edit(u"Replace Block"_s, [&] { return replaceBlocks(m_document, rows); });
     m_presenter.checkInterface(false);
 }
 
@@ -97,7 +127,7 @@ void ItemCommands::editItem()
             showOops();
         } else {
             const int row = m_presenter.page(ItemKind::Block)->currentRow();
-            m_document.edit([&] { return editSymbols(m_document, row); });
+            m_document.edit(u"Edit Symbols"_s, [&] { return editSymbols(m_document, row); });
         }
     }
     m_presenter.checkInterface(true);
@@ -119,7 +149,7 @@ void ItemCommands::addBSP()
     // The selected blocks, or all of them when none is selected.
     m_presenter.checkInterface(true);
     const QList<int> rows = m_presenter.page(ItemKind::Block)->selectedRows();
-    m_document.edit([&] { addBspTrees(m_document, rows, BspRebuild::Ask); });
+    m_document.edit(u"Add BSP Trees"_s, [&] { addBspTrees(m_document, rows, BspRebuild::Ask); });
     m_presenter.checkInterface(false);
 }
 
@@ -127,16 +157,22 @@ void ItemCommands::previewTexture()
 {
     ItemListPage *page = m_presenter.page(ItemKind::Texture);
     const QString file = page->selectedFile();
-    // A file that is no readable picture leaves the preview as it was.
-    if (!file.isEmpty())
-        page->showPicture(m_document.folder().texturesFolder() + u'/' + file, file);
+    // A file that is no readable picture says why in place of the picture.
+    if (file.isEmpty())
+        page->clearPreview();
+    else
+        (void)page->showPicture(m_document.folder().texturesFolder() + u'/' + file, file);
 }
 
 void ItemCommands::playSound()
 {
     const QString file = m_presenter.page(ItemKind::Sound)->selectedFile();
-    if (file.isEmpty() || !m_soundAvailable)
+    if (file.isEmpty())
         return;
+    if (!m_soundAvailable) {
+        m_document.showProcess(u"No sound device: cannot play "_s + file);
+        return;
+    }
     if (!m_sound)
         m_sound = new QSoundEffect(this);
     // A later play replaces the running one.

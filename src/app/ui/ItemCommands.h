@@ -27,6 +27,8 @@ public:
     void previewItem();
     void addBSP();
     void renameLabel(ItemKind kind, int row, const QString &newText);
+    // Enter or a double-click: edits the block's symbols, shows the texture, plays the sound.
+    void openItem(ItemKind kind);
 
     // Sounds can be played only when an audio output exists at start.
     bool soundAvailable() const { return m_soundAvailable; }

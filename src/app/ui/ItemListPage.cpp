@@ -1,11 +1,17 @@
 #include "app/ui/ItemListPage.h"
 
+#include <QApplication>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QIcon>
+#include <QImageReader>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPixmap>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSplitter>
 #include <QTreeWidget>
@@ -38,6 +44,10 @@ ItemListPage::ItemListPage(const QString &listName, const QStringList &columns, 
     // The size column is the last one: its numbers line up on the right.
     m_list->headerItem()->setTextAlignment(int(columns.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
     connect(m_list, &QTreeWidget::itemChanged, this, &ItemListPage::itemChanged);
+    m_list->installEventFilter(this);
+    m_list->viewport()->installEventFilter(this);
+    m_renameTimer.setSingleShot(true);
+    connect(&m_renameTimer, &QTimer::timeout, this, &ItemListPage::editCurrentLabel);
 
     if (preview == Preview::None) {
         auto *layout = new QVBoxLayout(this);
@@ -72,25 +82,105 @@ void ItemListPage::showRows(const QList<QStringList> &rows)
 {
     if (m_shownValid && rows == m_shownRows)
         return;
+    const bool wasEmpty = m_list->topLevelItemCount() == 0;
+    const int scroll = m_list->verticalScrollBar()->value();
+    const int current = currentRow();
+    const QList<int> selected = selectedRows();
     m_shownRows = rows;
     m_shownValid = true;
     m_filling = true;
-    m_list->clear();
+    fillRows(rows);
+    if (!rows.isEmpty() && (wasEmpty || current < 0)) {
+        // As in a report-style list, the first row is the selected one after filling.
+        m_list->setCurrentItem(m_list->topLevelItem(0));
+    } else if (!rows.isEmpty()) {
+        const int last = int(rows.size()) - 1;
+        m_list->setCurrentItem(m_list->topLevelItem(qMin(current, last)), 0, QItemSelectionModel::NoUpdate);
+        m_list->clearSelection();
+        for (int row : selected) {
+            if (row <= last)
+                m_list->topLevelItem(row)->setSelected(true);
+        }
+        if (m_list->selectedItems().isEmpty())
+            m_list->currentItem()->setSelected(true);
+        m_list->verticalScrollBar()->setValue(scroll);
+    }
+    m_filling = false;
+    emit rowsShown();
+}
+
+void ItemListPage::fillRows(const QList<QStringList> &rows)
+{
+    // The rows the list has keep their items (and an open editor): only texts change.
+    // The current row is set after the fill, so nothing follows the rows removed on the way.
+    const QSignalBlocker blocker(m_list);
+    if (rows.isEmpty())
+        m_list->clear();
+    const int kept = qMin(int(rows.size()), m_list->topLevelItemCount());
+    for (int row = 0; row < kept; ++row) {
+        QTreeWidgetItem *item = m_list->topLevelItem(row);
+        const QStringList &cells = rows.at(row);
+        if (item->text(0) != cells.value(0)) { // another file: its mark goes
+            item->setIcon(0, QIcon());
+            item->setToolTip(0, QString());
+        }
+        for (int column = 0; column < cells.size(); ++column) {
+            if (item->text(column) != cells.at(column))
+                item->setText(column, cells.at(column));
+        }
+    }
+    while (m_list->topLevelItemCount() > rows.size())
+        delete m_list->takeTopLevelItem(m_list->topLevelItemCount() - 1);
     QList<QTreeWidgetItem *> items;
-    items.reserve(rows.size());
-    for (const QStringList &cells : rows) {
-        auto *item = new QTreeWidgetItem(cells);
-        item->setTextAlignment(int(cells.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
+    for (qsizetype row = kept; row < rows.size(); ++row) {
+        auto *item = new QTreeWidgetItem(rows.at(row));
+        item->setTextAlignment(int(rows.at(row).size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
         if (m_editable)
             item->setFlags(item->flags() | Qt::ItemIsEditable);
         items.append(item);
     }
     m_list->addTopLevelItems(items);
-    // As in a report-style list, the first row is the selected one after filling.
-    if (!items.isEmpty())
-        m_list->setCurrentItem(items.first());
-    m_filling = false;
-    emit rowsShown();
+}
+
+bool ItemListPage::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_list && event->type() == QEvent::KeyPress && m_list->hasFocus()) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if ((key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) && m_list->currentItem()) {
+            emit openRequested();
+            return true;
+        }
+    }
+    if (watched != m_list->viewport())
+        return QWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::MouseButtonPress: {
+        const auto *mouse = static_cast<QMouseEvent *>(event);
+        QTreeWidgetItem *item = m_list->itemAt(mouse->position().toPoint());
+        const QList<QTreeWidgetItem *> selected = m_list->selectedItems();
+        m_clickMayRename = m_editable && mouse->button() == Qt::LeftButton && mouse->modifiers() == Qt::NoModifier
+                           && item && item == m_list->currentItem() && selected.size() == 1 && selected.first() == item;
+        m_renameTimer.stop();
+        break;
+    }
+    case QEvent::MouseButtonRelease: {
+        const auto *mouse = static_cast<QMouseEvent *>(event);
+        if (m_clickMayRename && m_list->itemAt(mouse->position().toPoint()) == m_list->currentItem())
+            m_renameTimer.start(QApplication::doubleClickInterval());
+        m_clickMayRename = false;
+        break;
+    }
+    case QEvent::MouseButtonDblClick:
+        m_renameTimer.stop();
+        m_clickMayRename = false;
+        if (m_list->itemAt(static_cast<QMouseEvent *>(event)->position().toPoint())) {
+            emit openRequested();
+            return true;
+        }
+        break;
+    default: break;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 QList<int> ItemListPage::selectedRows() const
@@ -119,6 +209,20 @@ QString ItemListPage::selectedFile() const
     return item ? item->text(0) : QString();
 }
 
+void ItemListPage::selectRows(const QList<int> &rows)
+{
+    QTreeWidgetItem *first = rows.isEmpty() ? nullptr : m_list->topLevelItem(rows.first());
+    if (!first)
+        return;
+    m_list->clearSelection();
+    m_list->setCurrentItem(first);
+    for (int row : rows) {
+        if (QTreeWidgetItem *item = m_list->topLevelItem(row))
+            item->setSelected(true);
+    }
+    m_list->scrollToItem(first);
+}
+
 void ItemListPage::selectRow(int row)
 {
     QTreeWidgetItem *item = m_list->topLevelItem(row);
@@ -132,8 +236,7 @@ void ItemListPage::selectRow(int row)
 void ItemListPage::setLabelsEditable(bool editable)
 {
     m_editable = editable;
-    m_list->setEditTriggers(editable ? QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked
-                                     : QAbstractItemView::NoEditTriggers);
+    m_list->setEditTriggers(editable ? QAbstractItemView::EditKeyPressed : QAbstractItemView::NoEditTriggers);
     forgetShownRows();
 }
 
@@ -183,13 +286,21 @@ bool ItemListPage::showPicture(const QString &path, const QString &file)
 {
     if (!m_picture)
         return false;
-    QPixmap picture;
-    if (!picture.load(path))
-        return false;
-    m_picture->setPixmap(picture);
-    m_picture->show();
+    QImageReader reader(path);
+    const QImage picture = reader.read();
     m_pictureName->setText(file);
-    m_pictureSize->setText(QString::number(picture.width()) + u" x "_s + QString::number(picture.height()));
+    if (picture.isNull()) {
+        m_picture->clear();
+        m_picture->setText(u"Cannot show this picture: "_s + reader.errorString());
+        m_picture->setWordWrap(true);
+        m_picture->show();
+        m_pictureSize->clear();
+        return false;
+    }
+    m_picture->setPixmap(QPixmap::fromImage(picture));
+    m_picture->show();
+    m_pictureSize->setText(QString::number(picture.width()) + u" x "_s + QString::number(picture.height())
+                           + u" pixels, "_s + QString::number(QFileInfo(path).size()) + u" bytes"_s);
     return true;
 }
 

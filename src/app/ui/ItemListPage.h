@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QStringList>
+#include <QTimer>
 #include <QWidget>
 
 class QIcon;
@@ -27,7 +28,9 @@ public:
     QTreeWidget *list() const { return m_list; }
 
     // Shows `rows` (the last cell of a row is its size, aligned right); rows equal
-    // to the ones shown leave the list and its selection alone.
+    // to the ones shown leave the list alone. The scroll position, the selection
+    // and the current row stay where they were (clamped to the new rows); a list
+    // that was empty gets its first row selected.
     void showRows(const QList<QStringList> &rows);
     // Rewrites the list at the next showRows, e.g. after a refused label edit.
     void forgetShownRows()
@@ -43,8 +46,11 @@ public:
     QString selectedFile() const;
     // Makes `row` current and selects only it (nothing when out of range).
     void selectRow(int row);
+    // Selects `rows` (the first becomes current) and scrolls it into view.
+    void selectRows(const QList<int> &rows);
 
-    // Lets the user edit file names (F2 or a click on the current row); off at first.
+    // Lets the user edit file names (F2, or a click on the row that is already the
+    // only selected one, unless a double-click follows); off at first.
     void setLabelsEditable(bool editable);
     // Starts editing the file name of the current row.
     void editCurrentLabel();
@@ -54,8 +60,8 @@ public:
     // The icon before the file name of `row`, with a tool tip ("" for none).
     void setIcon(int row, const QIcon &icon, const QString &toolTip = QString());
 
-    // The texture preview: shows the picture at `path` under the name `file`;
-    // false when the file is no readable picture (the preview stays as it was).
+    // The texture preview: shows the picture at `path` under the name `file`, or
+    // "Cannot show this picture: REASON" when it cannot be decoded.
     bool showPicture(const QString &path, const QString &file);
     void clearPreview();
 
@@ -64,9 +70,15 @@ signals:
     void labelEdited(int row, const QString &oldText, const QString &newText);
     // The list was written again (rows, icons and selection are new).
     void rowsShown();
+    // Enter or a double-click on a row.
+    void openRequested();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void itemChanged(QTreeWidgetItem *item, int column);
+    void fillRows(const QList<QStringList> &rows);
 
     QTreeWidget *m_list = nullptr;
     QLabel *m_picture = nullptr;
@@ -77,4 +89,6 @@ private:
     bool m_shownValid = false;
     bool m_filling = false;
     bool m_editable = false;
+    bool m_clickMayRename = false; // the press landed on the only selected row
+    QTimer m_renameTimer;          // a click's rename waits for a double-click that cancels it
 };

@@ -28,11 +28,14 @@ const Command kCommands[] = {
     {u"btnClose", u"Close Blockset", u"mnuClose", u"&Close Blockset"},
     {u"btnSave", u"Save Blockset", u"mnuSave", u"&Save Blockset"},
     {u"btnSaveAs", u"Save Blockset As...", u"mnuSaveAs", u"Save Blockset &As..."},
+    {u"btnUndo", u"Undo", u"mnuUndo", u"&Undo"},
+    {u"btnRedo", u"Redo", u"mnuRedo", u"&Redo"},
     {u"btnAddItem", u"Add Item...", u"mnuAddItem", u"&Add Item..."},
-    {u"btnRemoveItem", u"Remove Item", u"mnuRemoveItem", u"&Remove Item"},
-    {u"btnReplaceItem", u"Update/Replace Item", u"mnuReplaceItem", u"&Update/Replace Item"},
+    {u"btnRemoveItem", u"Remove Item", u"mnuRemoveItem", u"Re&move Item"},
+    {u"btnReplaceItem", u"Update/Replace Item", u"mnuReplaceItem", u"Update/Rep&lace Item"},
     {u"btnEditItem", u"Edit Item...", u"mnuEditItem", u"&Edit Item..."},
     {u"btnPreviewItem", u"Preview/Play Item", u"mnuPreviewItem", u"&Preview/Play Item"},
+    {nullptr, nullptr, u"mnuExportItem", u"E&xport..."},
     {u"btnAddBSP", u"Add BSP Trees", u"mnuAddBSP", u"&Add BSP Trees..."},
     {u"btnManager", u"Cache Manager...", u"mnuManager", u"Cubrix &Cache Manager"},
     {nullptr, nullptr, u"mnuOptions", u"O&ptions..."},
@@ -51,17 +54,20 @@ const Menu kMenus[] = {
     {u"mnuFile",
      u"&File",
      {u"mnuNew", u"mnuOpen", u"mnuClose", u"mnuSave", u"mnuSaveAs", u"mnuSep1", u"mnuOptions", u"mnuSep2", u"mnuExit"}},
-    {u"mnuEdit", u"&Edit", {u"mnuAddItem", u"mnuRemoveItem", u"mnuReplaceItem", u"mnuEditItem", u"mnuPreviewItem"}},
-    {u"mnuTools", u"&Tools", {u"mnuRemapSymbols", u"mnuAddBSP"}},
+    {u"mnuEdit",
+     u"&Edit",
+     {u"mnuUndo", u"mnuRedo", u"mnuSep3", u"mnuAddItem", u"mnuRemoveItem", u"mnuReplaceItem", u"mnuEditItem",
+      u"mnuPreviewItem", u"mnuSep4", u"mnuExportItem"}},
+    {u"mnuTools", u"T&ools", {u"mnuRemapSymbols", u"mnuAddBSP"}},
     {u"mnuWindow", u"&Window", {u"mnuManager"}},
     {u"mnuHelp", u"&?", {u"mnuAbout"}},
 };
 
 // Toolbar keys in order; nullptr is a separator.
-const char16_t *const kToolbar[] = {u"btnNew",         u"btnOpen",     u"btnClose",       u"btnSave",
-                                    u"btnSaveAs",      nullptr,        u"btnAddItem",     u"btnRemoveItem",
-                                    u"btnReplaceItem", u"btnEditItem", u"btnPreviewItem", nullptr,
-                                    u"btnAddBSP",      nullptr,        u"btnManager"};
+const char16_t *const kToolbar[] = {
+    u"btnNew",      u"btnOpen",        u"btnClose", u"btnSave",    u"btnSaveAs",     nullptr,
+    u"btnUndo",     u"btnRedo",        nullptr,     u"btnAddItem", u"btnRemoveItem", u"btnReplaceItem",
+    u"btnEditItem", u"btnPreviewItem", nullptr,     u"btnAddBSP",  nullptr,          u"btnManager"};
 
 QString str(const char16_t *text)
 {
@@ -96,6 +102,15 @@ QHash<QString, QAction *> createMainCommands(QMainWindow *window)
     actions.value(u"mnuSave"_s)->setShortcut(QKeySequence::Save);
     actions.value(u"mnuSaveAs"_s)->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     actions.value(u"mnuExit"_s)->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    actions.value(u"mnuUndo"_s)->setShortcut(QKeySequence::Undo);
+    actions.value(u"mnuRedo"_s)
+        ->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_Y), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)});
+    // Delete and Space act on the item list that has the focus (the window adds
+    // these actions to the lists), never on a text field.
+    actions.value(u"mnuRemoveItem"_s)->setShortcut(QKeySequence::Delete);
+    actions.value(u"mnuPreviewItem"_s)->setShortcut(QKeySequence(Qt::Key_Space));
+    for (const QString &name : {u"mnuRemoveItem"_s, u"mnuPreviewItem"_s})
+        actions.value(name)->setShortcutContext(Qt::WidgetShortcut);
 
     for (const Menu &entry : kMenus) {
         QMenu *menu = window->menuBar()->addMenu(str(entry.title));

@@ -23,14 +23,15 @@ SymbolCommands::SymbolCommands(BlocksetDocument &document, DocumentPresenter &pr
 void SymbolCommands::remapSymbols()
 {
     frmRemapSymbols dialog(m_window);
-    m_document.edit([&] { return remapSymbolsCommand(m_document, dialog); });
+    m_document.edit(u"Remap Symbols"_s, [&] { return remapSymbolsCommand(m_document, dialog); });
     m_presenter.checkInterface(true);
 }
 
 void SymbolCommands::strictPrefixClicked(bool checked)
 {
     SymbolSettings symbols = m_document.symbols();
-    ::strictPrefixClicked(symbols, checked, m_document.settings().getBoolSetting(u"syncDouble"_s));
+    ::strictPrefixClicked(symbols, m_document.content().blocks, checked,
+                          m_document.settings().getBoolSetting(u"syncDouble"_s));
     m_document.setSymbolSettings(symbols);
     m_presenter.checkInterface(true);
 }
@@ -42,7 +43,7 @@ void SymbolCommands::prefixListFocused()
 
 void SymbolCommands::prefixListChosen(int index)
 {
-    m_document.edit([&] { return remapPrefix(m_document, m_prefixRemembered, index); });
+    m_document.edit(u"Change Prefix"_s, [&] { return remapPrefix(m_document, m_prefixRemembered, index); });
     // The list shows what the document holds, also after a No.
     m_page.showSymbols(m_document.symbols());
     m_presenter.checkInterface(true);

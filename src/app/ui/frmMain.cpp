@@ -170,6 +170,14 @@ void frmMain::connectCommands()
         on(prefix + u"Close"_s, [this] { runDocumentCommand(&BlocksetDocument::closeBlockset); });
         on(prefix + u"Save"_s, [this] { runDocumentCommand(&BlocksetDocument::saveCommand); });
         on(prefix + u"SaveAs"_s, [this] { runDocumentCommand(&BlocksetDocument::saveBlocksetAs); });
+        on(prefix + u"Undo"_s, [this] {
+            m_document->undo();
+            m_presenter->checkInterface(false);
+        });
+        on(prefix + u"Redo"_s, [this] {
+            m_document->redo();
+            m_presenter->checkInterface(false);
+        });
         on(prefix + u"AddItem"_s, [items] { items->addItem(); });
         on(prefix + u"RemoveItem"_s, [items] { items->removeItem(); });
         on(prefix + u"EditItem"_s, [items] { items->editItem(); });
@@ -190,6 +198,7 @@ void frmMain::connectPages()
     for (ItemKind kind : {ItemKind::Block, ItemKind::Texture, ItemKind::Sound}) {
         ItemListPage *page = m_presenter->page(kind);
         page->setLabelsEditable(true);
+        page->list()->addActions({m_actions.value(u"mnuRemoveItem"_s), m_actions.value(u"mnuPreviewItem"_s)});
         connect(page, &ItemListPage::labelEdited, this, [this, kind](int row, const QString &, const QString &text) {
             m_itemCommands->renameLabel(kind, row, text);
         });
@@ -394,7 +403,8 @@ void frmMain::focusOpenedBlockset()
 
 void frmMain::dropFiles(const QStringList &paths)
 {
-    if (m_document->edit([&] { return ::dropFiles(*m_document, paths); }) == DropOutcome::OpenedBlockset) {
+    if (m_document->edit(u"Add Dropped Files"_s, [&] { return ::dropFiles(*m_document, paths); })
+        == DropOutcome::OpenedBlockset) {
         m_presenter->checkInterface(false);
         focusOpenedBlockset();
     } else {

@@ -101,13 +101,21 @@ private slots:
         QVERIFY(fixture->openBlockset({.textures = 3})); // 16x8, 17x8, 18x8 pixels
         QTreeWidget *list = fixture->list("TextureList");
         auto *preview = fixture->window->findChild<QLabel *>("TexturePreview");
-        QVERIFY(preview && preview->isHidden());
+        QVERIFY(preview);
 
-        list->setCurrentItem(list->topLevelItem(2));
-        fixture->action("btnPreviewItem")->trigger();
+        list->setCurrentItem(list->topLevelItem(2)); // the preview follows the current row
         QVERIFY(!preview->isHidden());
         QCOMPARE(preview->pixmap().size(), QSize(18, 8));
-        QCOMPARE(fixture->panel("TextureName") + ", " + fixture->panel("TextureSize"), QString("texture2.jpg, 18 x 8"));
+        QVERIFY((fixture->panel("TextureName") + ", " + fixture->panel("TextureSize"))
+                    .startsWith("texture2.jpg, 18 x 8 pixels, "));
+
+        // A file that is no picture says so instead of showing the last picture.
+        QFile broken(fixture->document().folder().texturesFolder() + "/texture1.jpg");
+        QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("\xff\xd8 not a picture") > 0);
+        broken.close();
+        list->setCurrentItem(list->topLevelItem(1));
+        QVERIFY(preview->text().startsWith("Cannot show this picture: "));
+        QCOMPARE(fixture->panel("TextureName"), QString("texture1.jpg"));
 
         // Closing the blockset hides and empties the preview.
         fixture->action("btnClose")->trigger();

@@ -8,6 +8,7 @@
 
 #include <QCheckBox>
 #include <QLineEdit>
+#include <QScrollBar>
 
 class TestItemCommandsGui : public MainWindowTest {
     Q_OBJECT
@@ -65,6 +66,38 @@ private slots:
         QCOMPARE(fixture->rows("BlockList"), 2);
         QCOMPARE(list->currentItem()->text(0), QString("block002.block"));
         QCOMPARE(list->selectedItems(), QList<QTreeWidgetItem *>{list->currentItem()});
+    }
+
+    // The keys of a list, Undo in the Edit menu and the place kept in a long list.
+    void keysUndoAndPlace()
+    {
+        QVERIFY(fixture->openBlockset({.name = "Keys", .blocks = 40}) && fixture->show());
+        QTreeWidget *list = fixture->list("BlockList");
+        list->setFocus();
+        fixture->list("BlockList")->setCurrentItem(list->topLevelItem(30));
+        const int scroll = list->verticalScrollBar()->value();
+        fixture->prompts.answers = {PromptAnswer::Yes};
+        QTest::keyClick(list, Qt::Key_Delete);
+        QCOMPARE(fixture->rows("BlockList"), 39);
+        QCOMPARE(fixture->action("mnuUndo")->text(), QString("&Undo Remove Block"));
+        QTest::keyClick(list, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(fixture->rows("BlockList"), 40);
+        QVERIFY(!fixture->caption().endsWith('*'));
+        // The list keeps its row, scroll position and the keyboard focus.
+        QCOMPARE(list->currentItem(), list->topLevelItem(30));
+        QCOMPARE(list->verticalScrollBar()->value(), scroll);
+        QVERIFY(list->hasFocus());
+        QTest::keyClick(list, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(fixture->rows("BlockList"), 39);
+
+        // A click inside a multi-selection selects the row and renames nothing.
+        list->topLevelItem(5)->setSelected(true);
+        list->scrollToItem(list->topLevelItem(5));
+        const QRect cell = list->visualItemRect(list->topLevelItem(5));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, cell.center());
+        QTest::qWait(QApplication::doubleClickInterval() + 50);
+        QCOMPARE(QApplication::focusWidget(), list); // no label editor took it
+        QCOMPARE(list->selectedItems().size(), 1);
     }
 
     // Add BSP Trees on the selected block: its file gets a tree, its BSP cell
