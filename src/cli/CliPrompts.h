@@ -31,6 +31,7 @@ public:
     // The next of the paths set with setOpenAnswers, or "" (cancelled) when none is left.
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;
     // The next of the lists set with setMultiOpenAnswers, or none (cancelled).
+    QString chooseFolder(const QString &, const QString &) override { return QString(); }
     QStringList openFiles(const QString &title, const QString &filter, const QString &folder) override;
     // The target given on the command line (see setSaveTarget).
     QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,

@@ -43,6 +43,8 @@ public:
     virtual QString openFile(const QString &title, const QString &filter, const QString &folder) = 0;
     // Full paths in the dialog's order; empty when cancelled.
     virtual QStringList openFiles(const QString &title, const QString &filter, const QString &folder) = 0;
+    // Full path of the chosen folder, or "" when cancelled.
+    virtual QString chooseFolder(const QString &title, const QString &folder) = 0;
     // Full path, or "" when cancelled.
     virtual QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,
                              const QString &folder) = 0;

@@ -45,6 +45,16 @@ QString ScriptedPrompts::openFile(const QString &title, const QString &filter, c
     return fileAnswers.takeFirst();
 }
 
+QString ScriptedPrompts::chooseFolder(const QString &title, const QString &folder)
+{
+    fileRequests.append({QStringLiteral("folder"), title, QString(), QString(), folder});
+    if (fileAnswers.isEmpty()) {
+        unexpected.append(QStringLiteral("chooseFolder: ") + title);
+        return QString();
+    }
+    return fileAnswers.takeFirst();
+}
+
 QStringList ScriptedPrompts::openFiles(const QString &title, const QString &filter, const QString &folder)
 {
     fileRequests.append({QStringLiteral("openMulti"), title, filter, QString(), folder});

@@ -36,6 +36,7 @@ public:
     int choose(const QString &text, const QString &title, const QString &detail, const QStringList &buttons,
                PromptIcon icon) override;
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;
+    QString chooseFolder(const QString &title, const QString &folder) override;
     QStringList openFiles(const QString &title, const QString &filter, const QString &folder) override;
     QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,
                      const QString &folder) override;

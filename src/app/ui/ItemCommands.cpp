@@ -7,13 +7,16 @@
 #include "common/RegistryWrapper.h"
 #include "items/AddBspTrees.h"
 #include "items/AddItems.h"
+#include "items/ExportItems.h"
 #include "items/RemoveItems.h"
 #include "items/RenameItem.h"
 #include "items/ReplaceBlocks.h"
+#include "storage/WholeFile.h"
 #include "storage/WorkingFolder.h"
 #include "symbols/SymbolDialogs.h"
 
 #include <QAudioDevice>
+#include <QDir>
 #include <QMediaDevices>
 #include <QSoundEffect>
 #include <QTreeWidget>
@@ -131,6 +134,39 @@ void ItemCommands::editItem()
         }
     }
     m_presenter.checkInterface(true);
+}
+
+void ItemCommands::exportItems()
+{
+    ItemListPage *page = m_presenter.pageOfTab(m_document.tab());
+    if (!page)
+        return;
+    const ItemKind kind = ItemKind(m_document.tab());
+    const QStringList names = itemFileNames(m_document, kind);
+    QStringList files;
+    for (int row : page->selectedRows())
+        files.append(names.value(row));
+    Prompts &prompts = m_document.prompts();
+    const QString folder = files.isEmpty() ? QString() : prompts.chooseFolder(u"Export"_s, QString());
+    if (folder.isEmpty())
+        return;
+    const QString source = itemFolder(m_document, kind) + u'/';
+    const ExportOutcome outcome = exportItemFiles(
+        files, folder, [&](const QString &file, QByteArray &bytes) { return readWholeFile(source + file, bytes); },
+        [&](const QString &file) {
+            switch (prompts.message(file + u" already exists in this folder. Do you want to replace it?"_s, u"Export"_s,
+                                    PromptButtons::YesNoCancel, PromptIcon::Question)) {
+            case PromptAnswer::Yes: return ReplaceAnswer::Replace;
+            case PromptAnswer::No: return ReplaceAnswer::Keep;
+            default: return ReplaceAnswer::Stop;
+            }
+        });
+    if (!outcome.failure.isEmpty())
+        prompts.message(u"Unable to export the files!"_s, u"Export"_s, outcome.failure, PromptButtons::Ok,
+                        PromptIcon::Critical);
+    m_document.showProcess(QString::number(outcome.written.size()) + u" files exported to "_s
+                           + QDir::toNativeSeparators(folder) + u'.');
+    m_presenter.checkInterface(false);
 }
 
 void ItemCommands::previewItem()

@@ -29,6 +29,8 @@ public:
     void renameLabel(ItemKind kind, int row, const QString &newText);
     // Enter or a double-click: edits the block's symbols, shows the texture, plays the sound.
     void openItem(ItemKind kind);
+    // Copies the selected items' files into a folder the author picks.
+    void exportItems();
 
     // Sounds can be played only when an audio output exists at start.
     bool soundAvailable() const { return m_soundAvailable; }

@@ -1,6 +1,7 @@
 #include "app/ui/ItemListPage.h"
 
 #include <QApplication>
+#include <QDrag>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -8,6 +9,7 @@
 #include <QImageReader>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPixmap>
 #include <QScrollArea>
@@ -15,6 +17,7 @@
 #include <QSignalBlocker>
 #include <QSplitter>
 #include <QTreeWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -161,7 +164,19 @@ bool ItemListPage::eventFilter(QObject *watched, QEvent *event)
         m_clickMayRename = m_editable && mouse->button() == Qt::LeftButton && mouse->modifiers() == Qt::NoModifier
                            && item && item == m_list->currentItem() && selected.size() == 1 && selected.first() == item;
         m_renameTimer.stop();
+        m_pressPos =
+            item && item->isSelected() && mouse->button() == Qt::LeftButton ? mouse->position().toPoint() : QPoint();
         break;
+    }
+    case QEvent::MouseMove: {
+        const auto *mouse = static_cast<QMouseEvent *>(event);
+        if (m_pressPos.isNull() || !(mouse->buttons() & Qt::LeftButton)
+            || (mouse->position().toPoint() - m_pressPos).manhattanLength() < QApplication::startDragDistance())
+            break;
+        m_pressPos = QPoint();
+        m_clickMayRename = false;
+        dragSelectedFiles();
+        return true;
     }
     case QEvent::MouseButtonRelease: {
         const auto *mouse = static_cast<QMouseEvent *>(event);
@@ -207,6 +222,23 @@ QString ItemListPage::selectedFile() const
             item = selected.first();
     }
     return item ? item->text(0) : QString();
+}
+
+void ItemListPage::dragSelectedFiles()
+{
+    if (!m_dragFolder)
+        return;
+    const QString folder = m_dragFolder();
+    QList<QUrl> urls;
+    for (int row : selectedRows())
+        urls.append(QUrl::fromLocalFile(folder + u'/' + m_list->topLevelItem(row)->text(0)));
+    if (urls.isEmpty())
+        return;
+    auto *data = new QMimeData;
+    data->setUrls(urls);
+    auto *drag = new QDrag(m_list);
+    drag->setMimeData(data);
+    drag->exec(Qt::CopyAction);
 }
 
 void ItemListPage::selectRows(const QList<int> &rows)

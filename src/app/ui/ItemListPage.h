@@ -1,9 +1,12 @@
 #pragma once
 
 #include <QList>
+#include <QPoint>
 #include <QStringList>
 #include <QTimer>
 #include <QWidget>
+
+#include <functional>
 
 class QIcon;
 class QLabel;
@@ -55,6 +58,9 @@ public:
     // Starts editing the file name of the current row.
     void editCurrentLabel();
 
+    // Rows dragged out of the list carry their files, found in the folder `folder` names.
+    void setDragFolder(std::function<QString()> folder) { m_dragFolder = std::move(folder); }
+
     // Puts `panel` beside the list, the two in a splitter.
     void setSidePanel(QWidget *panel);
     // The icon before the file name of `row`, with a tool tip ("" for none).
@@ -90,5 +96,8 @@ private:
     bool m_filling = false;
     bool m_editable = false;
     bool m_clickMayRename = false; // the press landed on the only selected row
-    QTimer m_renameTimer;          // a click's rename waits for a double-click that cancels it
+    QTimer m_renameTimer;
+    std::function<QString()> m_dragFolder;
+    QPoint m_pressPos;        // where a press on a selected row began, for a drag out; null when none
+    void dragSelectedFiles(); // a click's rename waits for a double-click that cancels it
 };

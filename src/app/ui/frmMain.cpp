@@ -183,6 +183,7 @@ void frmMain::connectCommands()
         on(prefix + u"EditItem"_s, [items] { items->editItem(); });
         on(prefix + u"PreviewItem"_s, [items] { items->previewItem(); });
         on(prefix + u"AddBSP"_s, [items] { items->addBSP(); });
+        on(prefix + u"ExportItem"_s, [items] { items->exportItems(); });
         on(prefix + u"Manager"_s, &frmMain::cacheManagerRequested);
     }
     on(u"btnReplaceItem"_s, [items] { items->replaceItem(true); });
@@ -198,7 +199,11 @@ void frmMain::connectPages()
     for (ItemKind kind : {ItemKind::Block, ItemKind::Texture, ItemKind::Sound}) {
         ItemListPage *page = m_presenter->page(kind);
         page->setLabelsEditable(true);
-        page->list()->addActions({m_actions.value(u"mnuRemoveItem"_s), m_actions.value(u"mnuPreviewItem"_s)});
+        // The list's context menu holds the item commands; Delete and Space work in the list.
+        page->list()->addActions({m_actions.value(u"mnuEditItem"_s), m_actions.value(u"mnuPreviewItem"_s),
+                                  m_actions.value(u"mnuRemoveItem"_s), m_actions.value(u"mnuExportItem"_s)});
+        page->list()->setContextMenuPolicy(Qt::ActionsContextMenu);
+        page->setDragFolder([this, kind] { return itemFolder(*m_document, kind); });
         connect(page, &ItemListPage::labelEdited, this, [this, kind](int row, const QString &, const QString &text) {
             m_itemCommands->renameLabel(kind, row, text);
         });

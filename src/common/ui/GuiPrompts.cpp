@@ -150,6 +150,16 @@ QString GuiPrompts::openFile(const QString &title, const QString &filter, const 
     return runFileDialog(dialog).value(0);
 }
 
+QString GuiPrompts::chooseFolder(const QString &title, const QString &folder)
+{
+    QFileDialog dialog(owner());
+    prepareFileDialog(dialog, title, QString(), folder);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    return runFileDialog(dialog).value(0);
+}
+
 QStringList GuiPrompts::openFiles(const QString &title, const QString &filter, const QString &folder)
 {
     QFileDialog dialog(owner());
