@@ -2,6 +2,7 @@
 // the reader of a Wine prefix's system.reg. Leaves out: Wine itself reading our
 // files (no Wine here); the format follows what Wine writes.
 #include "common/HiveRegistry.h"
+#include "support/DataRows.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
@@ -55,34 +56,21 @@ private slots:
 
     void values_data()
     {
-        QTest::addColumn<QByteArray>("line"); // as found in a file; "" = written by us, then read back
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<uint>("type");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<quint32>("dword");
+        // The line as found in a file; "" = written by us, then read back.
+        addColumns<QByteArray, QString, uint, QString, quint32>("line", "name", "type", "text", "dword");
         const QByteArray ours;
-        QTest::newRow("empty text") << ours << "pathBlocks" << 1u << "" << 0u;
-        QTest::newRow("escapes") << ours << "a\"b\\c" << 1u << QString("C:\\W\\say \"hi\"\r\n\t") + QChar(1) + "7"
-                                 << 0u;
+        addRow("empty text", ours, "pathBlocks", 1u, "", 0u);
+        addRow("escapes", ours, "a\"b\\c", 1u, QString("C:\\W\\say \"hi\"\r\n\t") + QChar(1) + "7", 0u);
         // An escape followed by a hex digit, and a character outside the BMP.
-        QTest::newRow("above 127") << ours << "accent" << 1u
-                                   << QString::fromUtf8("Caf\xc3\xa9"
-                                                        "abc \xe2\x82\xac \xf0\x9f\x99\x82")
-                                   << 0u;
-        QTest::newRow("on (-1)") << ours << "flag" << 4u << "" << 0xFFFFFFFFu;
-        QTest::newRow("Wine: escaped \\ and \"")
-            << QByteArray(R"("v"="C:\\a\"b\\")") << "v" << 1u << "C:\\a\"b\\" << 0u;
-        QTest::newRow("Wine: hex escapes") << QByteArray(R"("v"="caf\xe9\x00e9a")") << "v" << 1u
-                                           << QString::fromUtf8("caf\xc3\xa9\xc3\xa9"
-                                                                "a")
-                                           << 0u;
-        QTest::newRow("Wine: C and octal escapes")
-            << QByteArray(R"("v"="a\tb\nc\rd\101\0")") << "v" << 1u << QString("a\tb\nc\rdA") + QChar(0) << 0u;
-        QTest::newRow("Wine: REG_SZ as hex")
-            << QByteArray(R"("v"=hex(1):68,00,69,00,00,00)") << "v" << 1u << "hi" << 0u;
-        QTest::newRow("Wine: REG_DWORD as hex") << QByteArray(R"("v"=hex(4):01,02,00,00)") << "v" << 4u << "" << 0x201u;
-        QTest::newRow("edited: cp1252 text")
-            << QByteArray("\"v\"=\"caf\xe9 \x80\"") << "v" << 1u << QString::fromUtf8("caf\xc3\xa9 \xe2\x82\xac") << 0u;
+        addRow("above 127", ours, "accent", 1u, "Caf\u00e9abc \u20ac \U0001F642", 0u);
+        addRow("on (-1)", ours, "flag", 4u, "", 0xFFFFFFFFu);
+        addRow("Wine: escaped \\ and \"", QByteArray(R"("v"="C:\\a\"b\\")"), "v", 1u, "C:\\a\"b\\", 0u);
+        addRow("Wine: hex escapes", QByteArray(R"("v"="caf\xe9\x00e9a")"), "v", 1u, "caf\u00e9\u00e9a", 0u);
+        addRow("Wine: C and octal escapes", QByteArray(R"("v"="a\tb\nc\rd\101\0")"), "v", 1u,
+               QString("a\tb\nc\rdA") + QChar(0), 0u);
+        addRow("Wine: REG_SZ as hex", QByteArray(R"("v"=hex(1):68,00,69,00,00,00)"), "v", 1u, "hi", 0u);
+        addRow("Wine: REG_DWORD as hex", QByteArray(R"("v"=hex(4):01,02,00,00)"), "v", 4u, "", 0x201u);
+        addRow("edited: cp1252 text", QByteArray("\"v\"=\"caf\xe9 \x80\""), "v", 1u, "caf\xc3\xa9 \xe2\x82\xac", 0u);
     }
     void values()
     {
@@ -114,8 +102,8 @@ private slots:
     void keys_data()
     {
         QTest::addColumn<QString>("relative");
-        QTest::newRow("missing file and folder") << "deep/er/registry.reg";
-        QTest::newRow("empty file") << "registry.reg";
+        addRow("missing file and folder", "deep/er/registry.reg");
+        addRow("empty file", "registry.reg");
     }
     void keys()
     {
@@ -205,23 +193,18 @@ private slots:
     // once the file is repaired it is read again.
     void unusableFile_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("lock"); // "read-only" registry, "in place" (a folder there), or what loses rights
-        QTest::addColumn<int>("rights");
-        QTest::addColumn<bool>("readable");
+        // lock: "read-only" registry, "in place" (a folder there), or what loses rights.
+        addColumns<QByteArray, QString, int, bool>("bytes", "lock", "rights", "readable");
         const int all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
         const QByteArray head = "WINE REGISTRY Version 2\n[A] 1\n";
-        QTest::newRow("other version") << QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n") << "" << all
-                                       << false;
-        QTest::newRow("unclosed key") << QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n") << "" << all << false;
-        QTest::newRow("unclosed string") << head + "\"v\"=\"x\n"
-                                         << "" << all << false;
-        QTest::newRow("opened read-only (Wine's system.reg)") << kWineHive << "read-only" << all << true;
-        QTest::newRow("a folder in the hive's place") << QByteArray() << "in place" << all << false;
-        QTest::newRow("folder without write rights")
-            << kWineHive << "folder" << int(QFile::ReadOwner | QFile::ExeOwner) << true;
-        QTest::newRow("file without rights") << kWineHive << "file" << 0 << false;
-        QTest::newRow("folder without rights") << kWineHive << "folder" << 0 << false;
+        addRow("other version", QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n"), "", all, false);
+        addRow("unclosed key", QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n"), "", all, false);
+        addRow("unclosed string", head + "\"v\"=\"x\n", "", all, false);
+        addRow("opened read-only (Wine's system.reg)", kWineHive, "read-only", all, true);
+        addRow("a folder in the hive's place", QByteArray(), "in place", all, false);
+        addRow("folder without write rights", kWineHive, "folder", int(QFile::ReadOwner | QFile::ExeOwner), true);
+        addRow("file without rights", kWineHive, "file", 0, false);
+        addRow("folder without rights", kWineHive, "folder", 0, false);
     }
     void unusableFile()
     {

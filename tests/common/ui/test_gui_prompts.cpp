@@ -2,6 +2,7 @@
 // driven while they run. Leaves out: the platform's native dialogs, which
 // offscreen tests cannot drive.
 #include "common/ui/GuiPrompts.h"
+#include "support/DataRows.h"
 
 #include <QApplication>
 #include <QDeadlineTimer>
@@ -77,23 +78,19 @@ private slots:
 
     void message_data()
     {
-        QTest::addColumn<PromptButtons>("buttons");
-        QTest::addColumn<PromptIcon>("icon");
-        QTest::addColumn<QMessageBox::StandardButtons>("shown");
-        QTest::addColumn<QMessageBox::Icon>("shownIcon");
-        QTest::addColumn<int>("press"); // a StandardButton to click, or -1 for Esc
-        QTest::addColumn<PromptAnswer>("answer");
-        const QMessageBox::StandardButtons ok = QMessageBox::Ok, yesNo = QMessageBox::Yes | QMessageBox::No,
-                                           yesNoCancel = yesNo | QMessageBox::Cancel;
+        // press: a StandardButton to click, or -1 for Esc.
+        addColumns<PromptButtons, PromptIcon, QMessageBox::StandardButtons, QMessageBox::Icon, int, PromptAnswer>(
+            "buttons", "icon", "shown", "shownIcon", "press", "answer");
+        const QMessageBox::StandardButtons ok = QMessageBox::Ok, yesNo = QMessageBox::Yes | QMessageBox::No;
         const int esc = -1;
-        QTest::newRow("warning OK") << PromptButtons::Ok << PromptIcon::Exclamation << ok << QMessageBox::Warning
-                                    << int(QMessageBox::Ok) << PromptAnswer::Ok;
-        QTest::newRow("error, Esc is OK")
-            << PromptButtons::Ok << PromptIcon::Critical << ok << QMessageBox::Critical << esc << PromptAnswer::Ok;
-        QTest::newRow("Yes") << PromptButtons::YesNo << PromptIcon::Question << yesNo << QMessageBox::Question
-                             << int(QMessageBox::Yes) << PromptAnswer::Yes;
-        QTest::newRow("Esc is Cancel") << PromptButtons::YesNoCancel << PromptIcon::None << yesNoCancel
-                                       << QMessageBox::NoIcon << esc << PromptAnswer::Cancel;
+        addRow("warning OK", PromptButtons::Ok, PromptIcon::Exclamation, ok, QMessageBox::Warning, int(QMessageBox::Ok),
+               PromptAnswer::Ok);
+        addRow("error, Esc is OK", PromptButtons::Ok, PromptIcon::Critical, ok, QMessageBox::Critical, esc,
+               PromptAnswer::Ok);
+        addRow("Yes", PromptButtons::YesNo, PromptIcon::Question, yesNo, QMessageBox::Question, int(QMessageBox::Yes),
+               PromptAnswer::Yes);
+        addRow("Esc is Cancel", PromptButtons::YesNoCancel, PromptIcon::None, yesNo | QMessageBox::Cancel,
+               QMessageBox::NoIcon, esc, PromptAnswer::Cancel);
     }
     void message()
     {
@@ -102,7 +99,6 @@ private slots:
         QFETCH(QMessageBox::StandardButtons, shown);
         QFETCH(QMessageBox::Icon, shownIcon);
         QFETCH(int, press);
-        QFETCH(PromptAnswer, answer);
         QWidget owner;
         owner.show();
         GuiPrompts prompts(&owner);
@@ -125,7 +121,7 @@ private slots:
             else
                 QTest::mouseClick(seen->button(QMessageBox::StandardButton(press)), Qt::LeftButton);
         });
-        QCOMPARE(prompts.message(text, "Add Block", buttons, icon), answer);
+        QTEST(prompts.message(text, "Add Block", buttons, icon), "answer");
         QVERIFY(seen);
     }
 
