@@ -1,5 +1,6 @@
 #include "formats/Parser.h"
 #include "formats/Parser_Version.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
@@ -11,32 +12,17 @@ class TestParserVersion : public QObject {
 private slots:
     void write_data()
     {
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QString>("comment");
-        QTest::addColumn<int>("size");
-        QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("documented file") << "1.2"
-                                         << "Added two gates and a tower." << 48213
-                                         << QByteArray("<version id=\"1.2\" size=\"48213\">\r\n"
-                                                       "Added two gates and a tower.\r\n</version>\r\n");
-        QTest::newRow("comment kept as it stands")
-            << "1.2"
-            << "Fixed a = b" << 48213
-            << QByteArray("<version id=\"1.2\" size=\"48213\">\r\nFixed a = b\r\n"
-                          "</version>\r\n");
-        QTest::newRow("several lines with LF") << "2"
-                                               << "one\ntwo\n\nfour" << 7
-                                               << QByteArray("<version id=\"2\" size=\"7\">\r\none\r\ntwo\r\n\r\nfour"
-                                                             "\r\n</version>\r\n");
-        QTest::newRow("several lines with CR LF") << "2"
-                                                  << "one\r\ntwo" << 7
-                                                  << QByteArray("<version id=\"2\" size=\"7\">\r\none\r\ntwo\r\n"
-                                                                "</version>\r\n");
-        QTest::newRow("no escaping, Windows-1252")
-            << "\"x\""
-            << "Gr\u00f6\u00dfer \u20ac" << 2147483647
-            << QByteArray("<version id=\"\"x\"\" size=\"2147483647\">\r\nGr\xf6\xdf"
-                          "er \x80\r\n</version>\r\n");
+        addColumns<QString, QString, int, QByteArray>("version", "comment", "size", "expected");
+        addRow("documented file", "1.2", "Added two gates and a tower.", 48213,
+               QByteArray("<version id=\"1.2\" size=\"48213\">\r\nAdded two gates and a tower.\r\n</version>\r\n"));
+        addRow("comment kept as it stands", "1.2", "Fixed a = b", 48213,
+               QByteArray("<version id=\"1.2\" size=\"48213\">\r\nFixed a = b\r\n</version>\r\n"));
+        addRow("several lines with LF", "2", "one\ntwo\n\nfour", 7,
+               QByteArray("<version id=\"2\" size=\"7\">\r\none\r\ntwo\r\n\r\nfour\r\n</version>\r\n"));
+        addRow("several lines with CR LF", "2", "one\r\ntwo", 7,
+               QByteArray("<version id=\"2\" size=\"7\">\r\none\r\ntwo\r\n</version>\r\n"));
+        addRow("no escaping, Windows-1252", "\"x\"", "Gr\u00f6\u00df \u20ac", 2147483647,
+               QByteArray("<version id=\"\"x\"\" size=\"2147483647\">\r\nGr\xf6\xdf \x80\r\n</version>\r\n"));
     }
 
     void write()
@@ -50,8 +36,7 @@ private slots:
     // Files as written above, and by hand.
     void read_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("comment");
+        addColumns<QByteArray, QString>("file", "comment");
         const auto written = [](const char *name, const QString &comment, const QString &readBack) {
             QTest::newRow(name) << writeUpdate("1.2", comment, 48213) << readBack;
         };
