@@ -1,3 +1,4 @@
+#include "support/DataRows.h"
 #include "support/FakeHost.h"
 #include "symbols/RemapSymbols.h"
 #include "symbols/StrictPrefix.h"
@@ -20,10 +21,7 @@ class TestRemapSymbols : public QObject {
 private slots:
     void remapAll_data()
     {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<QString>("last"); // single symbol of the last block
-        QTest::addColumn<QStringList>("messages");
+        addColumns<int, bool, QString, QStringList>("count", "yes", "last", "messages"); // last: its single symbol
         const QStringList asked{u"Are you sure to remap all symbols?"_s};
         QTest::newRow("3 blocks") << 3 << true << u"C"_s << asked;
         QTest::newRow("53rd gets 1") << 53 << true << u"1"_s << asked;
@@ -71,10 +69,8 @@ private slots:
 
     void remapPrefix_data()
     {
-        QTest::addColumn<bool>("focused"); // the list had the focus before the choice
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<int>("shown");
-        QTest::addColumn<QString>("doubleSymbol"); // of the block that had "#x"
+        // focused: the list had the focus before the choice; doubleSymbol: of the block that had "#x".
+        addColumns<bool, bool, int, QString>("focused", "yes", "shown", "doubleSymbol");
         QTest::newRow("yes") << true << true << 3 << u"Cx"_s;
         QTest::newRow("no") << true << false << 0 << u"#x"_s;
         QTest::newRow("set by the program") << false << true << 3 << u"#x"_s;
@@ -104,10 +100,7 @@ private slots:
 
     void strictPrefixClick_data()
     {
-        QTest::addColumn<bool>("checked");
-        QTest::addColumn<bool>("blocksetModes");
-        QTest::addColumn<bool>("syncEnabled");
-        QTest::addColumn<bool>("syncChecked");
+        addColumns<bool, bool, bool, bool>("checked", "blocksetModes", "syncEnabled", "syncChecked");
         QTest::newRow("cleared") << false << true << false << false;
         QTest::newRow("ticked, blockset synced") << true << true << true << true;
         QTest::newRow("ticked, blockset not synced") << true << false << false << false;
