@@ -4,6 +4,7 @@
 
 #include "CliRun.h"
 #include "support/BlocksetFiles.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
@@ -82,11 +83,9 @@ private slots:
 
     void failures_data()
     {
-        QTest::addColumn<QByteArray>("archiveBytes"); // empty: no file at all
-        QTest::addColumn<QString>("command");
-
-        QTest::newRow("info: not a ZIP archive") << QByteArray("This is plain text, not an archive.\r\n") << "info";
-        QTest::newRow("save: not a ZIP archive") << QByteArray("PK\x03\x04 broken") << "save";
+        addColumns<QByteArray, QString>("archiveBytes", "command");
+        addRow("info: not a ZIP archive", QByteArray("This is plain text, not an archive.\r\n"), "info");
+        addRow("save: not a ZIP archive", QByteArray("PK\x03\x04 broken"), "save");
     }
 
     void failures()
@@ -95,8 +94,7 @@ private slots:
         QFETCH(QString, command);
         QTemporaryDir dir;
         const QString bset = dir.filePath(u"Broken.bset"_s);
-        if (!archiveBytes.isEmpty())
-            QVERIFY(writeFile(bset, archiveBytes));
+        QVERIFY(writeFile(bset, archiveBytes));
 
         const QString last = command == "save"_L1 ? dir.filePath(u"Out.bset"_s) : u"--json"_s;
         const CliResult result = runCli(dir, {command, bset, last});
@@ -109,12 +107,10 @@ private slots:
 
     void usage_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-
-        QTest::newRow("nothing") << QStringList() << 2;
-        QTest::newRow("unknown command") << QStringList{u"open"_s, u"a.bset"_s} << 2;
-        QTest::newRow("--help after a command") << QStringList{u"info"_s, u"a.bset"_s, u"--help"_s} << 0;
+        addColumns<QStringList, int>("arguments", "exitCode");
+        addRow("nothing", QStringList(), 2);
+        addRow("unknown command", QStringList{"open", "a.bset"}, 2);
+        addRow("--help after a command", QStringList{"info", "a.bset", "--help"}, 0);
     }
 
     void usage()

@@ -3,6 +3,7 @@
 
 #include "CliRun.h"
 #include "support/BlocksetFiles.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
@@ -49,39 +50,31 @@ private slots:
 
     void commands_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QStringList>("saved");
-        const QStringList files{u"floor.block"_s, u"gate.block"_s, u"torch.block"_s, u"tower.block"_s, u"wall.block"_s};
+        addColumns<QStringList, int, QString, QStringList>("arguments", "exitCode", "key", "saved");
+        const QStringList files{"floor.block", "gate.block", "torch.block", "tower.block", "wall.block"};
         const QString newWall = m_dir.filePath(u"new wall.block"_s);
-        QTest::newRow("add") << QStringList{u"add"_s, m_dir.filePath(u"sky.gif"_s), newWall} << 0 << u"symbol"_s
-                             << QStringList{u"A"_s, u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s};
-        QTest::newRow("add a file of no kind")
-            << QStringList{u"add"_s, m_dir.filePath(u"notes.txt"_s)} << 2 << u"file"_s << files;
-        QTest::newRow("replace, the source asked for")
-            << QStringList{u"replace"_s, u"wall.block"_s, u"--from"_s, newWall} << 0 << u"file"_s
-            << QStringList{u"floor.block"_s, u"gate.block"_s, u"new wall.block"_s, u"torch.block"_s, u"tower.block"_s};
-        QTest::newRow("symbols") << QStringList{u"symbols"_s, u"wall.block"_s, u"Z"_s, u".Z"_s} << 0 << u"symbol"_s
-                                 << QStringList{u"Z"_s, u"a"_s, u"b"_s, u"c"_s, u"d"_s};
-        QTest::newRow("symbols not offered") << QStringList{u"symbols"_s, u"wall.block"_s, u"a"_s, u".a"_s} << 1
-                                             << u"symbol"_s << QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s};
-        QTest::newRow("remove") << QStringList{u"remove"_s, u"GATE.block"_s, u"bell.wav"_s, u"wall.block"_s} << 0
-                                << u"file"_s << QStringList{u"floor.block"_s, u"torch.block"_s, u"tower.block"_s};
-        QTest::newRow("remove unknown") << QStringList{u"remove"_s, u"moat.block"_s} << 2 << u"file"_s << files;
-        QTest::newRow("rename") << QStringList{u"rename"_s, u"wall.block"_s, u"keep.block"_s} << 0 << u"file"_s
-                                << QStringList{u"floor.block"_s, u"gate.block"_s, u"keep.block"_s, u"torch.block"_s,
-                                               u"tower.block"_s};
-        QTest::newRow("remap all") << QStringList{u"remap"_s, u"--all"_s, u"--prefix"_s, u"!"_s} << 0 << u"double"_s
-                                   << QStringList{u"!A"_s, u"!B"_s, u"!C"_s, u"!D"_s, u"!E"_s};
-        QTest::newRow("prefix") << QStringList{u"prefix"_s, u"x"_s} << 0 << u"double"_s
-                                << QStringList{u"xa"_s, u"xb"_s, u"xc"_s, u"xd"_s, u"xe"_s};
-        QTest::newRow("set colour") << QStringList{u"set"_s, u"skyColor"_s, u"(1,2,3)"_s} << 0 << u"skyColor"_s
-                                    << QStringList{u"(1,2,3)"_s};
-        QTest::newRow("set bad colour") << QStringList{u"set"_s, u"skyColor"_s, u"(1,2,300)"_s} << 1 << u"skyColor"_s
-                                        << QStringList{u"(96,160,255)"_s};
-        QTest::newRow("set a quote") << QStringList{u"set"_s, u"synopsis"_s, u"The \"Stone\" castle"_s} << 2
-                                     << u"synopsis"_s << QStringList{u"Stone walls, a gate, a tower and a torch"_s};
+        addRow("add", QStringList{"add", m_dir.filePath(u"sky.gif"_s), newWall}, 0, "symbol",
+               QStringList{"A", "a", "b", "c", "d", "e"});
+        addRow("add a file of no kind", QStringList{"add", m_dir.filePath(u"notes.txt"_s)}, 2, "file", files);
+        addRow("replace, the source asked for", QStringList{"replace", "wall.block", "--from", newWall}, 0, "file",
+               QStringList{"floor.block", "gate.block", "new wall.block", "torch.block", "tower.block"});
+        addRow("symbols", QStringList{"symbols", "wall.block", "Z", ".Z"}, 0, "symbol",
+               QStringList{"Z", "a", "b", "c", "d"});
+        addRow("symbols not offered", QStringList{"symbols", "wall.block", "a", ".a"}, 1, "symbol",
+               QStringList{"a", "b", "c", "d", "e"});
+        addRow("remove", QStringList{"remove", "GATE.block", "bell.wav", "wall.block"}, 0, "file",
+               QStringList{"floor.block", "torch.block", "tower.block"});
+        addRow("remove unknown", QStringList{"remove", "moat.block"}, 2, "file", files);
+        addRow("rename", QStringList{"rename", "wall.block", "keep.block"}, 0, "file",
+               QStringList{"floor.block", "gate.block", "keep.block", "torch.block", "tower.block"});
+        addRow("remap all", QStringList{"remap", "--all", "--prefix", "!"}, 0, "double",
+               QStringList{"!A", "!B", "!C", "!D", "!E"});
+        addRow("prefix", QStringList{"prefix", "x"}, 0, "double", QStringList{"xa", "xb", "xc", "xd", "xe"});
+        addRow("set colour", QStringList{"set", "skyColor", "(1,2,3)"}, 0, "skyColor", QStringList{"(1,2,3)"});
+        addRow("set bad colour", QStringList{"set", "skyColor", "(1,2,300)"}, 1, "skyColor",
+               QStringList{"(96,160,255)"});
+        addRow("set a quote", QStringList{"set", "synopsis", "The \"Stone\" castle"}, 2, "synopsis",
+               QStringList{"Stone walls, a gate, a tower and a torch"});
     }
 
     void commands()

@@ -1,10 +1,11 @@
 #include "common/RegistryWrapper.h"
 #include "formats/ValueFormats.h"
-#include "support/FakeHost.h"
-#include "support/TestFiles.h"
 #include "items/AddItems.h"
 #include "items/BlockNaming.h"
 #include "items/ReplaceBlocks.h"
+#include "support/DataRows.h"
+#include "support/FakeHost.h"
+#include "support/TestFiles.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QtTest>
@@ -96,24 +97,15 @@ private slots:
 
     void blockName_data()
     {
-        QTest::addColumn<bool>("syncBlock");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("inner");
-        QTest::addColumn<QStringList>("others");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("told");
-        QTest::newRow("kept") << false << u"w.block"_s << u"wall"_s << QStringList() << u"wall"_s << false;
-        QTest::newRow("blank cleaned") << false << u"w.block"_s << u"my wall"_s << QStringList() << u"my_wall"_s
-                                       << true;
-        QTest::newRow("unique, counter not stacked")
-            << false << u"w.block"_s << u"my wall"_s << QStringList({u"my_wall"_s, u"1_my_wall"_s}) << u"2_my_wall"_s
-            << true;
-        QTest::newRow("accents replaced")
-            << false << u"w.block"_s << u"caf\u00e9-1"_s << QStringList() << u"caf__1"_s << true;
-        QTest::newRow("syncBlock takes the file name")
-            << true << u"stone.block"_s << u"rock"_s << QStringList() << u"stone"_s << false;
-        QTest::newRow("syncBlock, then cleaned")
-            << true << u"big stone.block"_s << u"rock"_s << QStringList() << u"big_stone"_s << true;
+        addColumns<bool, QString, QString, QStringList, QString, bool>("syncBlock", "file", "inner", "others", "name",
+                                                                       "told");
+        addRow("kept", false, "w.block", "wall", QStringList(), "wall", false);
+        addRow("blank cleaned", false, "w.block", "my wall", QStringList(), "my_wall", true);
+        addRow("unique, counter not stacked", false, "w.block", "my wall", QStringList{"my_wall", "1_my_wall"},
+               "2_my_wall", true);
+        addRow("accents replaced", false, "w.block", "caf\u00e9-1", QStringList(), "caf__1", true);
+        addRow("syncBlock takes the file name", true, "stone.block", "rock", QStringList(), "stone", false);
+        addRow("syncBlock, then cleaned", true, "big stone.block", "rock", QStringList(), "big_stone", true);
     }
 
     void blockName()

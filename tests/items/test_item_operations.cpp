@@ -1,7 +1,8 @@
-#include "support/FakeHost.h"
-#include "support/TestFiles.h"
 #include "items/RemoveItems.h"
 #include "items/RenameItem.h"
+#include "support/DataRows.h"
+#include "support/FakeHost.h"
+#include "support/TestFiles.h"
 
 #include <QtTest>
 
@@ -31,29 +32,21 @@ class TestItemOperations : public QObject {
 private slots:
     void remove_data()
     {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<QList<int>>("selected");
-        QTest::addColumn<int>("current");
-        QTest::addColumn<QString>("question"); // "" = none asked (showWarnings off)
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<QStringList>("remaining");
-        QTest::addColumn<int>("newCurrent");
-        const QStringList all{u"a.wav"_s, u"b.wav"_s, u"c.wav"_s, u"d.wav"_s};
-        QTest::newRow("one block") << int(ItemKind::Block) << QList<int>{1} << 1 << u"Are you sure to remove 1 block?"_s
-                                   << true << QStringList{u"a.wav"_s, u"c.wav"_s, u"d.wav"_s} << 1;
-        QTest::newRow("two textures, current first of them")
-            << int(ItemKind::Texture) << QList<int>{3, 0} << 0 << u"Are you sure to remove 2 textures?"_s << true
-            << QStringList{u"b.wav"_s, u"c.wav"_s} << 0;
-        QTest::newRow("last rows, current moves up")
-            << int(ItemKind::Sound) << QList<int>{2, 3} << 3 << u"Are you sure to remove 2 sounds?"_s << true
-            << QStringList{u"a.wav"_s, u"b.wav"_s} << 1;
-        QTest::newRow("current kept behind removed row")
-            << int(ItemKind::Sound) << QList<int>{0} << 2 << QString() << true
-            << QStringList{u"b.wav"_s, u"c.wav"_s, u"d.wav"_s} << 1;
-        QTest::newRow("all") << int(ItemKind::Sound) << QList<int>{0, 1, 2, 3} << 0
-                             << u"Are you sure to remove 4 sounds?"_s << true << QStringList() << -1;
-        QTest::newRow("no") << int(ItemKind::Block) << QList<int>{0} << 0 << u"Are you sure to remove 1 block?"_s
-                            << false << all << 0;
+        // question: "" = none asked (showWarnings off).
+        addColumns<int, QList<int>, int, QString, bool, QStringList, int>("kind", "selected", "current", "question",
+                                                                          "yes", "remaining", "newCurrent");
+        const QStringList all{"a.wav", "b.wav", "c.wav", "d.wav"};
+        addRow("one block", int(ItemKind::Block), QList<int>{1}, 1, "Are you sure to remove 1 block?", true,
+               QStringList{"a.wav", "c.wav", "d.wav"}, 1);
+        addRow("two textures, current first of them", int(ItemKind::Texture), QList<int>{3, 0}, 0,
+               "Are you sure to remove 2 textures?", true, QStringList{"b.wav", "c.wav"}, 0);
+        addRow("last rows, current moves up", int(ItemKind::Sound), QList<int>{2, 3}, 3,
+               "Are you sure to remove 2 sounds?", true, QStringList{"a.wav", "b.wav"}, 1);
+        addRow("current kept behind removed row", int(ItemKind::Sound), QList<int>{0}, 2, "", true,
+               QStringList{"b.wav", "c.wav", "d.wav"}, 1);
+        addRow("all", int(ItemKind::Sound), QList<int>{0, 1, 2, 3}, 0, "Are you sure to remove 4 sounds?", true,
+               QStringList(), -1);
+        addRow("no", int(ItemKind::Block), QList<int>{0}, 0, "Are you sure to remove 1 block?", false, all, 0);
     }
 
     void remove()
@@ -84,23 +77,19 @@ private slots:
 
     void rename_data()
     {
-        QTest::addColumn<QString>("newName");
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<QString>("message");  // the refusal, or "" when only the question was asked
-        QTest::addColumn<QString>("fileName"); // the row's and the file's name afterwards
-        QTest::newRow("renamed") << u"stone.block"_s << true << QString() << u"stone.block"_s;
-        QTest::newRow("case only") << u"Wall.block"_s << true << QString() << u"Wall.block"_s;
-        QTest::newRow("answered no") << u"stone.block"_s << false << QString() << u"wall.block"_s;
-        QTest::newRow("other extension") << u"wall.txt"_s << true
-                                         << u"You are not allowed to change the file extension!"_s << u"wall.block"_s;
-        QTest::newRow("empty base name") << u".block"_s << true << u"The file name must not be empty!"_s
-                                         << u"wall.block"_s;
-        QTest::newRow("name of another row")
-            << u"DOOR.block"_s << true << u"There is already a \"door.block\" in the blockset!"_s << u"wall.block"_s;
-        QTest::newRow("not a file name") << u"a:b.block"_s << true << u"\"a:b.block\" cannot be used as a file name!"_s
-                                         << u"wall.block"_s;
-        QTest::newRow("beyond Windows-1252")
-            << u"\u0416.block"_s << true << u"\"\u0416.block\" cannot be used as a file name!"_s << u"wall.block"_s;
+        // message: the refusal, or "" when only the question was asked; fileName: the row's and the file's name
+        // afterwards.
+        addColumns<QString, bool, QString, QString>("newName", "yes", "message", "fileName");
+        addRow("renamed", "stone.block", true, "", "stone.block");
+        addRow("case only", "Wall.block", true, "", "Wall.block");
+        addRow("answered no", "stone.block", false, "", "wall.block");
+        addRow("other extension", "wall.txt", true, "You are not allowed to change the file extension!", "wall.block");
+        addRow("empty base name", ".block", true, "The file name must not be empty!", "wall.block");
+        addRow("name of another row", "DOOR.block", true, "There is already a \"door.block\" in the blockset!",
+               "wall.block");
+        addRow("not a file name", "a:b.block", true, "\"a:b.block\" cannot be used as a file name!", "wall.block");
+        addRow("beyond Windows-1252", "\u0416.block", true, "\"\u0416.block\" cannot be used as a file name!",
+               "wall.block");
     }
 
     void rename()
