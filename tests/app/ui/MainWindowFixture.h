@@ -8,11 +8,12 @@
 // MainWindowTest ends with #include "moc_MainWindowFixture.cpp".
 
 #include "app/BlocksetDocument.h"
-#include "storage/WorkingFolder.h"
 #include "app/ui/frmMain.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser_Style.h"
+#include "storage/WorkingFolder.h"
 #include "support/BlocksetFiles.h"
+#include "support/DataRows.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolScheme.h"
 
@@ -193,12 +194,6 @@ public:
     {
         const ScriptedPrompts::Message m = prompts.messages.value(index, {"<no such message>", {}, {}, {}});
         return message(m.text, m.title, m.buttons, m.icon);
-    }
-
-    // The text of one file inside an archive.
-    static QString fileIn(const QString &archivePath, const QString &name)
-    {
-        return QString::fromLatin1(readBset(archivePath).value(name, "<not in " + archivePath.toLatin1() + ">"));
     }
 
     QTemporaryDir dir;

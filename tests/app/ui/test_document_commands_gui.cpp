@@ -13,14 +13,6 @@
 
 namespace {
 
-const QString kBlocksetFilter = "Blocksets (*.bset),*.bset";
-
-// A file dialog request in one line.
-QString describe(const ScriptedPrompts::FileRequest &request)
-{
-    return QStringList{request.kind, request.title, request.filter, request.defaultExt, request.folder}.join(" | ");
-}
-
 // Writes an update file beside the archive, as a save would.
 void writeUpdateFile(const QString &archive, const QByteArray &comment)
 {
@@ -37,18 +29,15 @@ class TestDocumentCommandsGui : public MainWindowTest {
 private slots:
     void startChoice_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<bool>("roverKnown");
-        QTest::addColumn<bool>("manager");
-        QTest::addColumn<QString>("file"); // relative to the start folder, "" for none
-        QTest::addColumn<int>("lookups");  // times Rover's registration was asked for
-        QTest::newRow("/c without Rover") << QStringList{"/c"} << false << false << "" << 1;
-        QTest::newRow("/c with Rover") << QStringList{"/c"} << true << true << "" << 1;
-        QTest::newRow("nothing") << QStringList{} << true << false << "" << 0;
-        QTest::newRow("relative file") << QStringList{"Castle.bset"} << true << false << "Castle.bset" << 0;
-        QTest::newRow("two files") << QStringList{"Castle.bset", "Tower.bset"} << true << false << "" << 0;
-        QTest::newRow("switch and file") << QStringList{"/c", "Castle.bset"} << true << false << "" << 0;
-        QTest::newRow("capital switch") << QStringList{"/C"} << true << false << "" << 0;
+        // file: relative to the start folder, "" for none; lookups: times Rover's registration was asked for.
+        addColumns<QStringList, bool, bool, QString, int>("arguments", "roverKnown", "manager", "file", "lookups");
+        addRow("/c without Rover", QStringList{"/c"}, false, false, "", 1);
+        addRow("/c with Rover", QStringList{"/c"}, true, true, "", 1);
+        addRow("nothing", QStringList{}, true, false, "", 0);
+        addRow("relative file", QStringList{"Castle.bset"}, true, false, "Castle.bset", 0);
+        addRow("two files", QStringList{"Castle.bset", "Tower.bset"}, true, false, "", 0);
+        addRow("switch and file", QStringList{"/c", "Castle.bset"}, true, false, "", 0);
+        addRow("capital switch", QStringList{"/C"}, true, false, "", 0);
     }
 
     void startChoice()
@@ -75,9 +64,9 @@ private slots:
     void open_data()
     {
         QTest::addColumn<QString>("how"); // a command, or the command line
-        QTest::newRow("toolbar") << "btnOpen";
-        QTest::newRow("menu") << "mnuOpen";
-        QTest::newRow("command line") << "";
+        addRow("toolbar", "btnOpen");
+        addRow("menu", "mnuOpen");
+        addRow("command line", "");
     }
 
     void open()
@@ -94,8 +83,9 @@ private slots:
             fixture->prompts.fileAnswers << tower;
             fixture->action(how)->trigger();
             QCOMPARE(fixture->prompts.fileRequests.size(), 1);
-            QCOMPARE(describe(fixture->prompts.fileRequests.first()),
-                     "open | Open Blockset | " + kBlocksetFilter + " |  | /nowhere");
+            const ScriptedPrompts::FileRequest &asked = fixture->prompts.fileRequests.first();
+            QCOMPARE(QStringList({asked.kind, asked.title, asked.filter, asked.folder}).join(" | "),
+                     "open | Open Blockset | Blocksets (*.bset),*.bset | /nowhere");
         }
         QCOMPARE(fixture->caption(), QString("Cubrix - Tower.bset"));
         QCOMPARE(QList<int>({fixture->rows("BlockList"), fixture->rows("TextureList"), fixture->rows("SoundList")}),

@@ -20,17 +20,14 @@ class TestFrmNew : public QObject {
 private slots:
     void settingsClicksAndResults_data()
     {
-        QTest::addColumn<bool>("strictSetting");
-        QTest::addColumn<bool>("syncSetting");
-        QTest::addColumn<int>("strictClicks");
-        QTest::addColumn<bool>("syncClick");
-        QTest::addColumn<int>("strictResult"); // intNewStrictPrefix after OK
-        QTest::addColumn<int>("syncResult");   // intNewSyncDouble
-        QTest::newRow("both on, clicked off and on") << true << true << 2 << false << 1 << 1;
-        QTest::newRow("strict off, sync on, clicked on and off") << false << true << 2 << false << 0 << 0;
-        QTest::newRow("strict cleared") << true << true << 1 << false << 0 << 0;
-        QTest::newRow("strict switched on") << false << true << 1 << false << 1 << 1;
-        QTest::newRow("sync cleared") << true << true << 0 << true << 1 << 0;
+        // strictResult, syncResult: intNewStrictPrefix and intNewSyncDouble after OK.
+        addColumns<bool, bool, int, bool, int, int>("strictSetting", "syncSetting", "strictClicks", "syncClick",
+                                                    "strictResult", "syncResult");
+        addRow("both on, clicked off and on", true, true, 2, false, 1, 1);
+        addRow("strict off, sync on, clicked on and off", false, true, 2, false, 0, 0);
+        addRow("strict cleared", true, true, 1, false, 0, 0);
+        addRow("strict switched on", false, true, 1, false, 1, 1);
+        addRow("sync cleared", true, true, 0, true, 1, 0);
     }
 
     void settingsClicksAndResults()

@@ -1,15 +1,19 @@
 // checkInterface as the user sees it on the real window: result texts that
 // vanish at the next refresh, the options dialog's effect on the update group,
-// the focus on a tab switch, and the window's own item commands (texture
-// preview, "Oops..."). Which commands are usable is decided in the core.
+// the focus on a tab switch, the window's own item commands (texture preview,
+// "Oops..."), the keyboard shortcuts and the toolbar icons. Which commands are
+// usable is decided in the core.
 // Leaves out: the rules' own unit tests (core), edits marking the caption
 // (test_settings_edits_gui) and unload (test_unload).
 
 #include "MainWindowFixture.h"
 
+#include "app/ui/MainWindowIcons.h"
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTimer>
 
 class TestInterfaceStateGui : public MainWindowTest {
@@ -64,15 +68,12 @@ private slots:
     void oopsCommands_data()
     {
         // Commands that answer "Yet not implemented in this version" on a tab, or stay silent.
-        QTest::addColumn<int>("tab");
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<bool>("oops");
-        QTest::addColumn<bool>("skipEdit");
-        QTest::newRow("add bsp menu") << 1 << "mnuAddBSP" << true << false;
-        QTest::newRow("preview block") << 0 << "btnPreviewItem" << true << false;
-        QTest::newRow("edit block, skipEdit on") << 0 << "mnuEditItem" << true << true;
-        QTest::newRow("edit block: the symbol dialog") << 0 << "mnuEditItem" << false << false;
-        QTest::newRow("edit on sounds") << 2 << "btnEditItem" << false << false;
+        addColumns<int, QString, bool, bool>("tab", "command", "oops", "skipEdit");
+        addRow("add bsp menu", 1, "mnuAddBSP", true, false);
+        addRow("preview block", 0, "btnPreviewItem", true, false);
+        addRow("edit block, skipEdit on", 0, "mnuEditItem", true, true);
+        addRow("edit block: the symbol dialog", 0, "mnuEditItem", false, false);
+        addRow("edit on sounds", 2, "btnEditItem", false, false);
     }
 
     void oopsCommands()
@@ -114,6 +115,49 @@ private slots:
         fixture->action("btnClose")->trigger();
         QVERIFY(preview->isHidden());
         QCOMPARE(fixture->panel("TextureName") + fixture->panel("TextureSize"), QString());
+    }
+
+    void shortcuts_data()
+    {
+        addColumns<QKeySequence, QString>("keys", "command");
+        addRow("new", QKeySequence(QKeySequence::New), "mnuNew");
+        addRow("open", QKeySequence(QKeySequence::Open), "mnuOpen");
+        addRow("close", QKeySequence("Ctrl+W"), "mnuClose");
+        addRow("save", QKeySequence(QKeySequence::Save), "mnuSave");
+    }
+
+    void shortcuts()
+    {
+        QFETCH(QKeySequence, keys);
+        QFETCH(QString, command);
+        QVERIFY(fixture->show());
+        QApplication::setActiveWindow(fixture->window.get());
+        QAction *action = fixture->action(command);
+        QVERIFY(action);
+        action->setEnabled(true); // reached by its keys whatever the state
+        QSignalSpy triggered(action, &QAction::triggered);
+        QTest::keySequence(fixture->window.get(), keys);
+        QCOMPARE(triggered.count(), 1);
+        fixture->prompts.unexpected.clear(); // what the command asks is not this test's matter
+    }
+
+    // Every toolbar command and the program itself have an icon that draws at a
+    // high-density size: a missing or unlinked SVG leaves a blank toolbar button.
+    void iconsDrawSharp_data()
+    {
+        QTest::addColumn<QString>("button");
+        for (const char *button :
+             {"btnNew", "btnOpen", "btnClose", "btnSave", "btnSaveAs", "btnAddItem", "btnRemoveItem", "btnReplaceItem",
+              "btnEditItem", "btnPreviewItem", "btnAddBSP", "btnManager", ""})
+            addRow(*button ? button : "program", QString::fromLatin1(button));
+    }
+
+    void iconsDrawSharp()
+    {
+        QFETCH(QString, button);
+        const QIcon icon = button.isEmpty() ? programIcon() : commandIcon(button);
+        // A missing or unreadable SVG gives no picture, a bitmap icon one of its own smaller size.
+        QCOMPARE(icon.pixmap(QSize(64, 64)).size(), QSize(64, 64));
     }
 };
 

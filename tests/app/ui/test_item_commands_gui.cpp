@@ -29,15 +29,9 @@ class TestItemCommandsGui : public MainWindowTest {
 private slots:
     void labelEditRenames_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("label");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("renamed") << "keep.block"
-                                 << "keep.block"
-                                 << "Are you sure to rename this block?";
-        QTest::newRow("extension refused") << "keep.gif"
-                                           << "block001.block"
-                                           << "You are not allowed to change the file extension!";
+        addColumns<QString, QString, QString>("typed", "label", "message");
+        addRow("renamed", "keep.block", "keep.block", "Are you sure to rename this block?");
+        addRow("extension refused", "keep.gif", "block001.block", "You are not allowed to change the file extension!");
     }
 
     void labelEditRenames()

@@ -8,58 +8,27 @@
 
 #include "MainWindowFixture.h"
 
-#include "app/ui/SettingsTab.h"
-
-#include <QSignalSpy>
-
-Q_DECLARE_METATYPE(StyleField)
-
 class TestSettingsEditsGui : public MainWindowTest {
     Q_OBJECT
 
 private slots:
-    void openedValuesMatchTheDocument_data()
+    // A brightness the style file writes with a leading zero: the control must show
+    // what the document took from it, or a later save writes something the user never saw.
+    void openedValueMatchesTheDocument()
     {
-        // A value as the style file writes it; the value control must show what the
-        // document took from it, or a later save writes something the user never saw.
-        QTest::addColumn<QString>("control");
-        QTest::addColumn<StyleField>("field");
-        QTest::addColumn<QString>("written");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("colour with blanks") << "rgbSky" << StyleField::SkyColor << " (10,20,30) "
-                                            << "(10,20,30)";
-        QTest::newRow("brightness with a leading zero") << "prcOrb" << StyleField::OrbBrightness << "07%"
-                                                        << "7%";
-        QTest::newRow("colour out of range") << "rgbGround" << StyleField::GroundColor << "(1,2,256)"
-                                             << "";
-    }
-
-    void openedValuesMatchTheDocument()
-    {
-        QFETCH(QString, control);
-        QFETCH(StyleField, field);
-        QFETCH(QString, written);
-        QVERIFY(fixture->openBlockset({.blocks = 1, .values = {{field, written}}}));
-        QTEST(styleValue(fixture->document().style(), field), "shown");
-        QTEST(fixture->shownText(control), "shown");
+        QVERIFY(fixture->openBlockset({.blocks = 1, .values = {{StyleField::OrbBrightness, "07%"}}}));
+        QCOMPARE(fixture->document().style().orbBrightness, QString("7%"));
+        QCOMPARE(fixture->shownText("prcOrb"), QString("7%"));
         QVERIFY(!fixture->document().isChanged());
     }
 
     void editMarksBlockset_data()
     {
-        QTest::addColumn<QString>("control"); // where the keys go; its value control is the part before "/"
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<StyleField>("field");
-        QTest::addColumn<QString>("expected");
+        // control: where the keys go; its value control is the part before "/".
+        addColumns<QString, QString, StyleField, QString>("control", "keys", "field", "expected");
         // The version goes to stbVersion too; typed away entirely, "No Version" stands there.
-        QTest::newRow("version") << "fldVersion"
-                                 << "b" << StyleField::Version << "1.0b";
-        QTest::newRow("version emptied") << "fldVersion"
-                                         << "\b\b\b" << StyleField::Version << "";
-        QTest::newRow("orb link") << "fldOrbHREF"
-                                  << "#top" << StyleField::OrbHref << "index.3dml#top";
-        QTest::newRow("sky colour") << "rgbSky/txtG"
-                                    << "5" << StyleField::SkyColor << "(10,205,30)";
+        addRow("version emptied", "fldVersion", "\b\b\b", StyleField::Version, "");
+        addRow("sky colour", "rgbSky/txtG", "5", StyleField::SkyColor, "(10,205,30)");
     }
 
     void editMarksBlockset()
@@ -81,10 +50,9 @@ private slots:
 
     void updateCommentSaveWritesOnlyUpdateFile_data()
     {
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QByteArray>("written"); // the comment's bytes in the file
-        QTest::newRow("two lines") << "one\ntwo" << QByteArray("one\r\ntwo");
-        QTest::newRow("euro sign") << QString::fromUtf8("5 \xe2\x82\xac") << QByteArray("5 \x80");
+        addColumns<QString, QByteArray>("keys", "written"); // written: the comment's bytes in the file
+        addRow("two lines", "one\ntwo", QByteArray("one\r\ntwo"));
+        addRow("euro sign", "5 \u20ac", QByteArray("5 \x80"));
     }
 
     void updateCommentSaveWritesOnlyUpdateFile()
@@ -116,7 +84,8 @@ private slots:
     }
 
 private:
-    // An open, unchanged blockset whose style sets every value control.
+    // An open, unchanged blockset whose style sets every value control: showing
+    // them must not count as an edit.
     void openStyledBlockset()
     {
         QVERIFY(fixture->openBlockset({.name = "Styled",

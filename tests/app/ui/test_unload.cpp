@@ -1,7 +1,8 @@
 // Closing the editor: every way out asks the save question for a changed
-// blockset, Yes saves it, and the working folder is gone after the window
-// closed. Also dropped files.
-// Leaves out: the save itself (document tests).
+// blockset, and the working folder is gone after the window closed. Also a
+// dropped archive.
+// Leaves out: the save itself and the answers' effects (document tests), the
+// items a drop adds (tests/app/test_dropped_files.cpp).
 
 #include "MainWindowFixture.h"
 
@@ -15,23 +16,15 @@ private slots:
     // of the window asks, and a texture box's pending edit counts.
     void asksOnlyForChangedBlockset_data()
     {
-        QTest::addColumn<QString>("edit");  // control typed into
-        QTest::addColumn<QString>("leave"); // "window": its close button; or a command
-        QTest::addColumn<QString>("title"); // of the save question
-        QTest::newRow("style value edited") << "fldSynopsis"
-                                            << "window"
-                                            << "Blockset Changed";
-        QTest::newRow("only update comment, Exit") << "fldUpdate"
-                                                   << "mnuExit"
-                                                   << "Blockset Changed";
+        // edit: the control typed into; leave: "window" (its close button) or a
+        // command; title: of the save question.
+        addColumns<QString, QString, QString>("edit", "leave", "title");
+        addRow("style value edited", "fldSynopsis", "window", "Blockset Changed");
+        addRow("only update comment, Exit", "fldUpdate", "mnuExit", "Blockset Changed");
         // A texture box reports its edit when it loses the focus; neither closing the
         // window nor a toolbar button moves the focus: the edit must count all the same.
-        QTest::newRow("texture typed, box focused") << "lstPlaceholderTexture"
-                                                    << "window"
-                                                    << "Blockset Changed";
-        QTest::newRow("texture typed, toolbar Close") << "lstPlaceholderTexture"
-                                                      << "btnClose"
-                                                      << "Close Blockset";
+        addRow("texture typed, box focused", "lstPlaceholderTexture", "window", "Blockset Changed");
+        addRow("texture typed, toolbar Close", "lstPlaceholderTexture", "btnClose", "Close Blockset");
     }
 
     void asksOnlyForChangedBlockset()
@@ -62,21 +55,6 @@ private slots:
         }
     }
 
-    void yesSavesBeforeClosing()
-    {
-        QVERIFY(fixture->openBlockset({.name = "Keep", .blocks = 1}));
-        const QString archive = fixture->document().blocksetPath();
-        fixture->typeInto("fldCopyright", "(c) 2026 Quillmoor");
-        fixture->prompts.answers << PromptAnswer::Yes;
-        QVERIFY(fixture->window->close());
-        QCOMPARE(fixture->prompts.messages.size(), 1);
-        // The update file is written beside the archive (updateFile is on by default).
-        QVERIFY(QFileInfo::exists(fixture->dir.filePath("Keep.txt")));
-
-        // The saved archive holds the edit.
-        QVERIFY(MainWindowFixture::fileIn(archive, "Keep.style").contains("copyright=\"(c) 2026 Quillmoor\""));
-    }
-
     void droppedArchiveIsOpened()
     {
         const QString first = fixture->makeBlockset({.name = "First", .blocks = 4});
@@ -94,23 +72,6 @@ private slots:
         QVERIFY(QFile::copy(second, shouting));
         QVERIFY(!fixture->drop({shouting, fixture->dir.filePath("photo.JPG")}));
         QCOMPARE(fixture->caption(), QString("Cubrix - First.bset"));
-    }
-
-    void dropOfFiveBlocksOntoEightySeven()
-    {
-        QVERIFY(fixture->openBlockset({.name = "Full", .blocks = 87}));
-        QStringList blocks;
-        for (int i = 0; i < 5; ++i) {
-            blocks << fixture->dir.filePath(QString("extra%1.block").arg(i));
-            writeFile(blocks.last(), QString("<BLOCK NAME=\"extra%1\">").arg(i).toLatin1());
-        }
-        for (int i = 0; i < 2; ++i)
-            fixture->prompts.symbolAnswers << ScriptedPrompts::SymbolScript{};
-        QVERIFY(fixture->drop(blocks));
-        QCOMPARE(fixture->rows("BlockList"), 89);
-        QCOMPARE(fixture->panel("stbBlocks"), QString("89 Blocks"));
-        QCOMPARE(fixture->prompts.messageTexts(), QStringList{"The maximum of 89 block has been reached."});
-        QCOMPARE(fixture->caption(), QString("Cubrix - Full.bset*"));
     }
 };
 
