@@ -1,6 +1,9 @@
-// Path, file and date helpers. Leaves out: drive letters and "\" paths on a
-// real Windows file system (fileExists is run with this platform's paths).
+// Path, file and date helpers, and FileFilter: the program's compact filter
+// texts and Windows-style pattern matching. Leaves out: drive letters and "\"
+// paths on a real Windows file system (fileExists is run with this platform's
+// paths); what QFileDialog makes of the filter entries (test_gui_prompts).
 #include "common/CommonFunctions.h"
+#include "common/FileFilter.h"
 #include "support/DataRows.h"
 
 #include <QDir>
@@ -8,6 +11,8 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+
+using Entries = QList<FileFilterEntry>;
 
 class TestCommonFunctions : public QObject {
     Q_OBJECT
@@ -109,6 +114,53 @@ private slots:
             QCOMPARE(unixTimeToDate(seconds), date);
             QCOMPARE(unixTimeToDate(seconds).timeSpec(), Qt::LocalTime);
         }
+    }
+
+    void parse_data()
+    {
+        addColumns<QString, Entries>("filter", "entries");
+        QTest::newRow("images")
+            << "All supported Images (*.gif;*.jpg),*.gif;*.jpg,GIF images (*.gif),*.gif,All files (*.*),*.*"
+            << Entries{{"All supported Images (*.gif;*.jpg)", {"*.gif", "*.jpg"}},
+                       {"GIF images (*.gif)", {"*.gif"}},
+                       {"All files (*.*)", {"*.*"}}};
+        QTest::newRow("empty") << "" << Entries{};
+        QTest::newRow("trailing label dropped") << "A,*.a,B" << Entries{{"A", {"*.a"}}};
+        QTest::newRow("empty field ends the list") << "A,*.a,,*.b,C,*.c" << Entries{{"A", {"*.a"}}};
+        QTest::newRow("blanks and empty patterns") << "A, *.a ;;*.b;" << Entries{{"A", {"*.a", "*.b"}}};
+    }
+    void parse()
+    {
+        QFETCH(QString, filter);
+        QTEST(FileFilter::parse(filter), "entries");
+    }
+
+    void matches_data()
+    {
+        addColumns<QString, QString, bool>("pattern", "name", "match");
+        addRow("extension ignores case", "*.bset", "CASTLE.BSET", true);
+        addRow("other extension", "*.bset", "castle.bset.txt", false);
+        addRow("star dot star, no dot", "*.*", "readme", true);
+        addRow("name dot star, bare name", "readme.*", "readme", true);
+        addRow("name dot star, longer name", "readme.*", "readmes", false);
+        addRow("question mark", "?.gif", "a.gif", true);
+        addRow("question mark needs one", "?.gif", ".gif", false);
+        addRow("two stars, wrong order", "*a*b", "bxa", false);
+        addRow("backtracking", "*ab", "aab", true);
+        addRow("bracket is no set", "[a].gif", "[a].gif", true);
+        addRow("accented letters ignore case", "\xc3\x89t\xc3\xa9.wav", "\xc3\xa9T\xc3\x89.WAV", true);
+        addRow("empty pattern", "", "a", false);
+    }
+    void matches()
+    {
+        QFETCH(QString, pattern);
+        QFETCH(QString, name);
+        QTEST(FileFilter::matches(pattern, name), "match");
+    }
+    void longNamesStayFast()
+    {
+        // Star-heavy patterns against long names must not explode.
+        QVERIFY(!FileFilter::matches("*a*a*a*a*a*b", QString(20000, 'a')));
     }
 };
 
