@@ -163,8 +163,7 @@ public:
     }
 
     // Shows the tab that holds the control at `path` and types `keys` into it as
-    // the user would: "\b" is Backspace, "\n" Return, and a character outside
-    // Latin-1 ("€") comes as a key press carrying just that text.
+    // the user would: "\b" is Backspace, "\n" Return.
     QWidget *typeInto(const QString &path, const QString &keys)
     {
         QWidget *field = control(path);
@@ -177,8 +176,6 @@ public:
         for (const QChar key : keys) {
             if (key == '\b' || key == '\n')
                 QTest::keyClick(field, key == '\b' ? Qt::Key_Backspace : Qt::Key_Return);
-            else if (key.unicode() > 0xff)
-                QTest::sendKeyEvent(QTest::Click, field, Qt::Key_unknown, QString(key), Qt::NoModifier);
             else
                 QTest::keyClicks(field, QString(key));
         }

@@ -25,8 +25,6 @@ private slots:
                                                     "strictResult", "syncResult");
         addRow("both on, clicked off and on", true, true, 2, false, 1, 1);
         addRow("strict off, sync on, clicked on and off", false, true, 2, false, 0, 0);
-        addRow("strict cleared", true, true, 1, false, 0, 0);
-        addRow("strict switched on", false, true, 1, false, 1, 1);
         addRow("sync cleared", true, true, 0, true, 1, 0);
     }
 
