@@ -66,8 +66,8 @@ private slots:
 
     void fileExists_data()
     {
-        QTest::addColumn<QString>("path"); // "$" stands for the temporary folder
-        QTest::addColumn<bool>("exists");
+        // path: "$" stands for the temporary folder.
+        addColumns<QString, bool>("path", "exists");
         QTest::newRow("file") << "$/worlds/Castle.BSET" << true;
         QTest::newRow("missing file") << "$/worlds/castle.gif" << false;
         QTest::newRow("folder named like a file") << "$/worlds/sub.bset" << false;
@@ -90,9 +90,8 @@ private slots:
 
     void dates_data()
     {
-        QTest::addColumn<QDateTime>("date");
-        QTest::addColumn<qint32>("seconds");
-        QTest::addColumn<bool>("both"); // the seconds also give back the date
+        // both: the seconds also give back the date.
+        addColumns<QDateTime, qint32, bool>("date", "seconds", "both");
         QTest::newRow("epoch") << QDateTime(QDate(1970, 1, 1), QTime(0, 0)) << 0 << true;
         QTest::newRow("before the epoch") << QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59)) << -1 << true;
         QTest::newRow("summer day, no offset")

@@ -37,8 +37,7 @@ private:
 private slots:
     void normalise_data()
     {
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QByteArray>("expected");
+        addColumns<QByteArray, QByteArray>("input", "expected");
         QTest::newRow("line breaks and tabs deleted, not turned into blanks")
             << QByteArray("a\r\nb\tc\nd\re") << QByteArray("abcde");
         QTest::newRow("blanks around equals") << QByteArray("name = \"x\"") << QByteArray("name=\"x\"");
@@ -72,9 +71,7 @@ private slots:
 
     void tags_data()
     {
-        QTest::addColumn<QByteArray>("buffer");
-        QTest::addColumn<QStringList>("tags");
-        QTest::addColumn<QByteArray>("left");
+        addColumns<QByteArray, QStringList, QByteArray>("buffer", "tags", "left");
         const auto add = [](const char *name, const QByteArray &buffer, const QStringList &tags, const char *left) {
             QTest::newRow(name) << buffer << tags << QByteArray(left);
         };

@@ -25,10 +25,7 @@ private:
 private slots:
     void blockFacts_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("type");
-        QTest::addColumn<QString>("bsp");
+        addColumns<QByteArray, QString, QString, QString>("file", "name", "type", "bsp");
         const auto add = [](const char *row, const char *file, const char *name, const char *type, const char *bsp) {
             QTest::newRow(row) << QByteArray(file).replace('\'', '"') << fromCp1252(name) << QString(type)
                                << QString(bsp);

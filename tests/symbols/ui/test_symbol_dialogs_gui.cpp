@@ -1,3 +1,4 @@
+#include "support/DataRows.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolDialogs.h"
 #include "symbols/ui/SymbolDialog.h"
@@ -48,9 +49,8 @@ class TestSymbolDialogsGui : public QObject {
 private slots:
     void modes_data()
     {
-        QTest::addColumn<bool>("strict");
-        QTest::addColumn<bool>("sync");
-        QTest::addColumn<QString>("doubleSymbol"); // after choosing E as single symbol
+        // doubleSymbol: after choosing E as single symbol.
+        addColumns<bool, bool, QString>("strict", "sync", "doubleSymbol");
         QTest::newRow("free text") << false << false << u"!a"_s;
         QTest::newRow("strict prefix") << true << false << u".C"_s;
         QTest::newRow("strict prefix and sync double") << true << true << u".E"_s;
