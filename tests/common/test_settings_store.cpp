@@ -150,8 +150,8 @@ private slots:
         // The parents exist as Wine creates them; creating one again is no new key.
         QVERIFY(!reg.regCreateKey(HKLM, "SOFTWARE\\Quillmoor", QString()));
         QVERIFY(!reg.regKeyExists(HKLM, "SOFTWARE\\Quillmoor\\Cubri"));
-        for (const QString &malformed : {"SOFTWARE\\\\Other", "\\Other", ""})
-            QVERIFY2(!reg.regCreateKey(HKLM, malformed, QString()), qPrintable(malformed));
+        for (const char *malformed : {"SOFTWARE\\\\Other", "\\Other", ""})
+            QVERIFY2(!reg.regCreateKey(HKLM, malformed, QString()), malformed);
         RegValue value;
         QVERIFY(!reg.regQueryValue(HKLM, kKey, "showWarnings", value));
         QVERIFY(reg.regSetValue(HKLM, kKey, "showWarnings", RegValue::fromDword(0)));
