@@ -35,20 +35,6 @@ class TestItems : public QObject {
                  "<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n";
     }
 
-    static void rows(FakeHost &host, int count)
-    {
-        for (int i = 0; i < count; ++i)
-            host.blockset.blocks.append(BlockRow{u"b%1.block"_s.arg(i), u"b%1"_s.arg(i)});
-    }
-
-    static QStringList blockFiles(FakeHost &host)
-    {
-        QStringList files;
-        for (const BlockRow &row : std::as_const(host.blockset.blocks))
-            files.append(row.file);
-        return files;
-    }
-
     // Rows and files "<name>" in `kind`'s list; file contents are the names.
     static void presetItems(FakeHost &host, ItemKind kind, const QStringList &names)
     {
@@ -59,11 +45,6 @@ class TestItems : public QObject {
             else
                 (kind == ItemKind::Texture ? host.blockset.textures : host.blockset.sounds).append(ItemRow{name});
         }
-    }
-
-    static QStringList filesOnDisk(FakeHost &host, ItemKind kind)
-    {
-        return QDir(itemFolder(host, kind)).entryList(QDir::Files, QDir::Name);
     }
 
 private slots:
@@ -89,7 +70,7 @@ private slots:
             captions << setup.caption;
         QCOMPARE(captions, QStringList({u"Add symbols for B.block"_s, u"Add symbols for a.block"_s,
                                         u"Add symbols for b.block"_s}));
-        QCOMPARE(blockFiles(host), QStringList({u"A.block"_s, u"a.block"_s, u"b.block"_s}));
+        QCOMPARE(itemFileNames(host, ItemKind::Block), QStringList({u"A.block"_s, u"a.block"_s, u"b.block"_s}));
         QCOMPARE(QDir(itemFolder(host, ItemKind::Block)).entryList(QDir::Files),
                  QStringList({u"a.block"_s, u"b.block"_s}));
         // Offered first: the free symbols after A.
@@ -105,7 +86,8 @@ private slots:
     void limitOfBlocks()
     {
         FakeHost host;
-        rows(host, blockLimit() - 1);
+        for (int i = 1; i < blockLimit(); ++i)
+            host.blockset.blocks.append(BlockRow{u"b%1.block"_s.arg(i), u"b%1"_s.arg(i)});
         host.scripted.multiAnswers << QStringList{source(host, u"x.block"_s, blockText(u"x"_s)),
                                                   source(host, u"y.block"_s, blockText(u"y"_s)),
                                                   source(host, u"z.block"_s, blockText(u"z"_s))};
@@ -265,7 +247,7 @@ private slots:
         QCOMPARE(removeItems(host, list, selection), yes);
         QCOMPARE(host.scripted.messageTexts(), question.isEmpty() ? QStringList() : QStringList{question});
         QCOMPARE(itemFileNames(host, list), remaining);
-        QCOMPARE(filesOnDisk(host, list), remaining);
+        QCOMPARE(QDir(itemFolder(host, list)).entryList(QDir::Files, QDir::Name), remaining);
         QCOMPARE(host.changed, yes);
         QCOMPARE(selection.current, newCurrent);
         if (yes)
