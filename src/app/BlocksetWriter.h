@@ -9,7 +9,8 @@
 class WorkingFolder;
 
 // Writes an open blockset to disk: the style file into the working folder, the
-// working folder packed into the archive, and the update file beside it.
+// working folder packed into the archive, and the update file beside it (the
+// update file names the archive's size, so the two are one pair).
 class BlocksetWriter {
 public:
     explicit BlocksetWriter(const WorkingFolder &folder) : m_folder(folder) {}
@@ -20,6 +21,11 @@ public:
     Result writeStyle(const QString &styleName, const BlocksetContent &content, QByteArray &bytes);
     // Packs the working folder into `archivePath`, replacing it atomically.
     Result packArchive(const QString &archivePath);
+    // Packs the working folder and writes its update file, then puts both in
+    // place together (PairSwitch): when either cannot be written, neither target
+    // changes. `updateFailed` tells that the update file was what failed.
+    Result packPair(const QString &archivePath, const QString &updatePath, const QString &version,
+                    const QString &comment, QByteArray &updateBytes, bool &updateFailed);
     // Writes the update file for the archive as it is on disk now (its size
     // goes into the file). `bytes` receives what was written.
     static Result writeUpdateFile(const QString &updatePath, const QString &archivePath, const QString &version,

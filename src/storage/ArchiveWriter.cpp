@@ -160,6 +160,16 @@ Result ArchiveWriter::writeEntries(ArchiveSink &sink) const
 
 Result ArchiveWriter::write()
 {
+    return writeTo(false, nullptr);
+}
+
+Result ArchiveWriter::writeAside(QByteArray &asideName)
+{
+    return writeTo(true, &asideName);
+}
+
+Result ArchiveWriter::writeTo(bool aside, QByteArray *asideName)
+{
     // A link as the target: the file it points to is replaced, not the link.
     QString target = m_target;
     const QFileInfo targetInfo(target);
@@ -177,5 +187,9 @@ Result ArchiveWriter::write()
     ArchiveSink::removeStaleTemps(dir, name);
     PlatformFile::keepAllocatorMemory();
     ArchiveSink sink(dir, name);
-    return m_files.empty() && m_emptyFolders.empty() ? writeEmpty(sink) : writeEntries(sink);
+    sink.setKeepAside(aside);
+    Result written = m_files.empty() && m_emptyFolders.empty() ? writeEmpty(sink) : writeEntries(sink);
+    if (written && asideName)
+        *asideName = sink.asideName();
+    return written;
 }

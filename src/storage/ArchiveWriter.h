@@ -22,8 +22,13 @@ public:
     Result addFolder(const QString &folder);
     // Writes the archive and puts it in the target's place.
     Result write();
+    // Writes the archive beside the target under a hidden name (`asideName`), on
+    // disk, leaving the target as it is, for a save that puts it in place together
+    // with its update file (PairSwitch).
+    Result writeAside(QByteArray &asideName);
 
 private:
+    Result writeTo(bool aside, QByteArray *asideName);
     struct PackedFile {
         QString entryName; // relative, "/" separated
         QByteArray path;   // on disk

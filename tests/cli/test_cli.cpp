@@ -4,6 +4,7 @@
 // what it prints, the files it writes and its exit status.
 
 #include "support/BlocksetFiles.h"
+#include "support/BspTestBlocks.h"
 #include "support/DataRows.h"
 
 #include <QProcess>
@@ -177,6 +178,50 @@ private slots:
         QVERIFY(!QFileInfo::exists(dir.filePath(u"registry.reg"_s)));
     }
 
+    // The three ways to name a cached blockset, and a browser without Rover.
+    void cacheNames_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("printed"); // stdout when it succeeds, else stderr
+
+        const QString url = u"url"_s;
+        QTest::newRow("unique file name")
+            << QStringList{url, u"unique.BSET"_s} << 0 << u"http://b.example/Unique.bset\n"_s;
+        QTest::newRow("path as listed") << QStringList{url, u"a.example\\sets\\Castle.bset"_s} << 0
+                                        << u"http://a.example/sets/Castle.bset\n"_s;
+        QTest::newRow("address") << QStringList{url, u"HTTP://B.example/castle.bset"_s} << 0
+                                 << u"http://b.example/Castle.bset\n"_s;
+        QTest::newRow("name of two") << QStringList{
+            url,
+            u"Castle.bset"_s} << 2 << u"cubrix-cli: several cached blocksets \"Castle.bset\"; name it by its path\n"_s;
+        QTest::newRow("no such name") << QStringList{url, u"b.example/Tower.bset"_s} << 2
+                                      << u"cubrix-cli: no cached blockset \"b.example/Tower.bset\"\n"_s;
+        QTest::newRow("no Rover for Netscape") << QStringList{u"--browser"_s, u"netscape"_s} << 1
+                                               << u"cubrix-cli: Rover is not installed for Netscape\n"_s;
+    }
+
+    void cacheNames()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exitCode);
+        QTemporaryDir dir;
+        const QString prefix = dir.filePath(u"prefix"_s);
+        const QString cache = prefix + u"/drive_c/Rover/flatland"_s;
+        for (const QString &file :
+             {u"a.example/sets/Castle.bset"_s, u"b.example/Castle.bset"_s, u"b.example/Unique.bset"_s})
+            QVERIFY(QDir().mkpath(QFileInfo(cache + u'/' + file).path()) && writeFile(cache + u'/' + file, "x"));
+        QVERIFY(QDir().mkpath(prefix + u"/dosdevices"_s));
+        QVERIFY(QFile::link(u"../drive_c"_s, prefix + u"/dosdevices/c:"_s));
+        QVERIFY(writeFile(prefix + u"/system.reg"_s,
+                          "WINE REGISTRY Version 2\n\n[Software\\\\Microsoft\\\\Internet Explorer\\\\"
+                          "Plugins\\\\Extension\\\\.3dml] 1\n\"Location\"=\"C:\\\\Rover\\\\np.dll\"\n"));
+        qputenv("WINEPREFIX", QFile::encodeName(prefix));
+        const CliResult result = runCli(dir, QStringList{u"cache"_s} + arguments);
+        QCOMPARE(result.exitCode, exitCode);
+        QTEST(QString::fromUtf8(exitCode == 0 ? result.out : result.err), "printed");
+    }
+
     // The command runs the editor's Save As (whose rules are the document's tests):
     // OUT gets the blockset with a style of its own name, IN stays as it was.
     void saveAs()
@@ -235,7 +280,7 @@ private slots:
         addRow("set colour", QStringList{"set", "skyColor", "(1,2,3)"}, 0, "skyColor", QStringList{"(1,2,3)"});
         addRow("set bad colour", QStringList{"set", "skyColor", "(1,2,300)"}, 1, "skyColor",
                QStringList{"(96,160,255)"});
-        addRow("set a quote", QStringList{"set", "synopsis", "The \"Stone\" castle"}, 2, "synopsis",
+        addRow("set a quote", QStringList{"set", "synopsis", "The \"Stone\" castle"}, 1, "synopsis",
                QStringList{"Stone walls, a gate, a tower and a torch"});
     }
 
@@ -286,6 +331,30 @@ private slots:
                 errors << f.value(u"file"_s).toString() + u':' + QString::number(f.value(u"line"_s).toInt());
         }
         QCOMPARE(errors, QStringList({u"Broken.style:2"_s, u"Broken.style:3"_s, u"Broken.txt:1"_s}));
+    }
+
+    // bsp builds a tree once, keeps it the next time, and passes a sprite by.
+    void bsp()
+    {
+        const QString file = m_dir.filePath(u"Trees.bset"_s);
+        const QByteArray walls =
+            blockText(blockOf(box({0, 0, 120}, {256, 256, 136}) + box({120, 0, 0}, {136, 256, 256})));
+        QVERIFY(
+            writeBset(file, {{u"Trees.style"_s, dosText(u"<style name=\"T\" version=\"1.0\">\n"
+                                                        "<block symbol=\"a\" file=\"walls.block\"/>\n"
+                                                        "<block symbol=\"b\" file=\"torch.block\"/>\n</style>\n"_s)},
+                             {u"blocks/walls.block"_s, walls},
+                             {u"blocks/torch.block"_s, blockFile(u"torch"_s, u"facing sprite"_s)}}));
+        for (const QString &outcome : {u"built"_s, u"kept"_s}) {
+            const auto [code, report] = cli({u"bsp"_s, file});
+            QCOMPARE(code, 0);
+            const QJsonObject built = report.value(u"bsp"_s).toObject().value(u"walls.block"_s).toObject();
+            QCOMPARE(built.value(u"outcome"_s).toString(), outcome);
+            QCOMPARE(built.value(u"splits"_s).toInt() > 0, outcome == u"built"_s);
+            QCOMPARE(report.value(u"bsp"_s).toObject().value(u"torch.block"_s).toObject().value(u"outcome"_s),
+                     u"skipped"_s);
+            QCOMPARE(values(report, u"bsp"_s), QStringList({u"n/a"_s, u"yes"_s}));
+        }
     }
 };
 

@@ -14,6 +14,7 @@
 // marking the caption (test_settings_edits_gui).
 
 #include "MainWindowFixture.h"
+#include "rover/RoverTestBlocks.h"
 
 #include "app/ui/MainSub.h"
 #include "app/ui/MainWindowIcons.h"
@@ -180,7 +181,6 @@ private slots:
     {
         // Commands that answer "Yet not implemented in this version" on a tab, or stay silent.
         addColumns<int, QString, bool, bool>("tab", "command", "oops", "skipEdit");
-        addRow("add bsp menu", 1, "mnuAddBSP", true, false);
         addRow("preview block", 0, "btnPreviewItem", true, false);
         addRow("edit block, skipEdit on", 0, "mnuEditItem", true, true);
         addRow("edit block: the symbol dialog", 0, "mnuEditItem", false, false);
@@ -304,6 +304,22 @@ private slots:
         QCOMPARE(list->selectedItems(), QList<QTreeWidgetItem *>{list->currentItem()});
     }
 
+    // Add BSP Trees on the selected block: its file gets a tree, its BSP cell
+    // says so, the blockset counts as changed.
+    void addBspTree()
+    {
+        QVERIFY(fixture->openBlockset({.name = "Trees", .blocks = 2}) && fixture->show());
+        const QString file = fixture->document().workingFolder() + "/blocks/block001.block";
+        QVERIFY(writeFile(file, QByteArray(fullBlock).replace("<BSP_TREE ROOT=\"1\"/>\r\n", "")));
+        QTreeWidget *list = fixture->list("BlockList");
+        list->setCurrentItem(list->topLevelItem(1));
+        fixture->action("mnuAddBSP")->trigger();
+        QCOMPARE(list->topLevelItem(1)->text(5), QString("yes"));
+        QCOMPARE(fixture->panel("stbProcess"), QString("BSP trees added to 1 blocks (0 splits)"));
+        QVERIFY(fixture->caption().endsWith('*'));
+        QVERIFY(readBytes(file).contains("<BSP_TREE ROOT=\"1\"/>"));
+    }
+
     void strictPrefixControls()
     {
         QVERIFY(fixture->openBlockset({.name = "Prefix", .blocks = 2}) && fixture->show());
@@ -353,8 +369,7 @@ private slots:
         const bool unload = title == "Blockset Changed";
         QCOMPARE(fixture->message(0),
                  MainWindowFixture::message("The blockset has been changed. Do you want to save it first?", title,
-                                            unload ? PromptButtons::YesNo : PromptButtons::YesNoCancel,
-                                            unload ? PromptIcon::Question : PromptIcon::None));
+                                            PromptButtons::YesNoCancel, PromptIcon::None));
         // No was answered: the window closed all the same and took its folder with it.
         if (unload) {
             QVERIFY(!fixture->window->isVisible());
@@ -374,11 +389,12 @@ private slots:
         QCOMPARE(fixture->caption(), QString("Cubrix - First.bset"));
         QCOMPARE(fixture->panel("stbBlocks"), QString("4 Blocks"));
 
-        // A drag of files of no known type (a capital extension is none) is refused.
+        // Extensions ignore case, as on Windows: a capital blockset opens too.
         const QString shouting = fixture->dir.filePath("LOUD.BSET");
         QVERIFY(QFile::copy(second, shouting));
-        QVERIFY(!fixture->drop({shouting, fixture->dir.filePath("photo.JPG")}));
-        QCOMPARE(fixture->caption(), QString("Cubrix - First.bset"));
+        fixture->prompts.answers << PromptAnswer::No; // its style file is named after "Second"
+        QVERIFY(fixture->drop({shouting}));
+        QCOMPARE(fixture->caption(), QString("Cubrix - LOUD.BSET"));
     }
 };
 
