@@ -181,24 +181,18 @@ private slots:
     // The three ways to name a cached blockset, and a browser without Rover.
     void cacheNames_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("printed"); // stdout when it succeeds, else stderr
-
-        const QString url = u"url"_s;
-        QTest::newRow("unique file name")
-            << QStringList{url, u"unique.BSET"_s} << 0 << u"http://b.example/Unique.bset\n"_s;
-        QTest::newRow("path as listed") << QStringList{url, u"a.example\\sets\\Castle.bset"_s} << 0
-                                        << u"http://a.example/sets/Castle.bset\n"_s;
-        QTest::newRow("address") << QStringList{url, u"HTTP://B.example/castle.bset"_s} << 0
-                                 << u"http://b.example/Castle.bset\n"_s;
-        QTest::newRow("name of two") << QStringList{
-            url,
-            u"Castle.bset"_s} << 2 << u"cubrix-cli: several cached blocksets \"Castle.bset\"; name it by its path\n"_s;
-        QTest::newRow("no such name") << QStringList{url, u"b.example/Tower.bset"_s} << 2
-                                      << u"cubrix-cli: no cached blockset \"b.example/Tower.bset\"\n"_s;
-        QTest::newRow("no Rover for Netscape") << QStringList{u"--browser"_s, u"netscape"_s} << 1
-                                               << u"cubrix-cli: Rover is not installed for Netscape\n"_s;
+        // printed: stdout when it succeeds, else stderr.
+        addColumns<QStringList, int, QString>("arguments", "exitCode", "printed");
+        addRow("unique file name", QStringList{"url", "unique.BSET"}, 0, "http://b.example/Unique.bset\n");
+        addRow("path as listed", QStringList{"url", "a.example\\sets\\Castle.bset"}, 0,
+               "http://a.example/sets/Castle.bset\n");
+        addRow("address", QStringList{"url", "HTTP://B.example/castle.bset"}, 0, "http://b.example/Castle.bset\n");
+        addRow("name of two", QStringList{"url", "Castle.bset"}, 2,
+               "cubrix-cli: several cached blocksets \"Castle.bset\"; name it by its path\n");
+        addRow("no such name", QStringList{"url", "b.example/Tower.bset"}, 2,
+               "cubrix-cli: no cached blockset \"b.example/Tower.bset\"\n");
+        addRow("no Rover for Netscape", QStringList{"--browser", "netscape"}, 1,
+               "cubrix-cli: Rover is not installed for Netscape\n");
     }
 
     void cacheNames()
