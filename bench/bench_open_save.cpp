@@ -275,7 +275,7 @@ int main(int argc, char *argv[])
         fail(u"cannot create the settings store"_s);
     QDir().mkpath(temp.filePath(u"root"_s));
     WorkingFolder folder(temp.filePath(u"root"_s));
-    folder.createWorkingFolders();
+    (void)folder.createWorkingFolders();
     SilentPrompts prompts;
     BlocksetDocument document(prompts, prompts, settings, folder);
 

@@ -27,18 +27,20 @@ int fuzzRover(const uint8_t *, size_t);
 int fuzzRoverBlock(const uint8_t *, size_t);
 int fuzzMedia(const uint8_t *, size_t);
 int fuzzBsp(const uint8_t *, size_t);
+int fuzzBlockScene(const uint8_t *, size_t);
 }
 
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     const QMap<QString, FuzzFunction> targets{
-        {QStringLiteral("tokenizer"), fuzzTokenizer}, {QStringLiteral("style"), fuzzStyle},
-        {QStringLiteral("block"), fuzzBlock},         {QStringLiteral("update"), fuzzUpdate},
-        {QStringLiteral("values"), fuzzValues},       {QStringLiteral("hive"), fuzzHive},
-        {QStringLiteral("archive"), fuzzArchive},     {QStringLiteral("cache_index"), fuzzCacheIndex},
-        {QStringLiteral("rover"), fuzzRover},         {QStringLiteral("rover_block"), fuzzRoverBlock},
-        {QStringLiteral("media"), fuzzMedia},         {QStringLiteral("bsp"), fuzzBsp}};
+        {QStringLiteral("tokenizer"), fuzzTokenizer},   {QStringLiteral("style"), fuzzStyle},
+        {QStringLiteral("block"), fuzzBlock},           {QStringLiteral("update"), fuzzUpdate},
+        {QStringLiteral("values"), fuzzValues},         {QStringLiteral("hive"), fuzzHive},
+        {QStringLiteral("archive"), fuzzArchive},       {QStringLiteral("cache_index"), fuzzCacheIndex},
+        {QStringLiteral("rover"), fuzzRover},           {QStringLiteral("rover_block"), fuzzRoverBlock},
+        {QStringLiteral("media"), fuzzMedia},           {QStringLiteral("bsp"), fuzzBsp},
+        {QStringLiteral("block_scene"), fuzzBlockScene}};
     const QStringList arguments = app.arguments();
     const FuzzFunction target = targets.value(arguments.value(1));
     if (!target) {

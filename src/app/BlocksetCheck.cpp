@@ -1,5 +1,6 @@
 #include "app/BlocksetCheck.h"
 
+#include "app/BlockFilesCheck.h"
 #include "app/BlocksetDocument.h"
 #include "common/CommonFunctions.h"
 #include "common/RegistryWrapper.h"
@@ -81,6 +82,7 @@ BlocksetCheck checkBlockset(BlocksetDocument &document)
         const RoverFindings findings = checkRoverStyle(bytes, &blockFiles);
         addFindings(check, styleName, findings);
         check.roverLoadsBlockset = !hasRoverError(findings);
+        checkBlockFiles(check, document.workingFolder(), bytes);
     } else {
         check.findings.append({RoverFinding::Error, styleName, 0, u"The blockset has no style file"_s});
     }

@@ -8,6 +8,7 @@
 #include "common/CommonFunctions.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
+#include "formats/Parser_Style.h"
 #include "storage/ArchiveReader.h"
 #include "storage/PairSwitch.h"
 #include "storage/WorkingFolder.h"
@@ -104,6 +105,66 @@ void BlocksetDocument::announceChanges(const Snapshot &before)
         emit updateCommentChanged();
     if (before.blocksetChanged != m_blocksetChanged || before.updateChanged != m_updateChanged)
         emit stateChanged();
+    noteForRecovery();
+}
+
+void BlocksetDocument::noteForRecovery()
+{
+    if (m_recoveryPath.isEmpty())
+        return;
+    if (!m_blocksetOpen || !isChanged()) {
+        QFile::remove(m_recoveryPath);
+        return;
+    }
+    RecoveryRecord record;
+    record.blocksetPath = m_blocksetUntitled ? QString() : m_blocksetPath;
+    record.blocksetFileName = m_blocksetFileName;
+    record.untitled = m_blocksetUntitled;
+    record.blocksetChanged = m_blocksetChanged;
+    record.updateChanged = m_updateChanged;
+    record.style = writeStyle(m_content.style, m_content.blocks);
+    record.symbols = m_content.symbols;
+    record.updateComment = m_updateComment;
+    record.versionText = m_versionText;
+    (void)record.write(m_recoveryPath); // best effort: the edit itself stands either way
+}
+
+Result BlocksetDocument::recoverBlockset(const RecoveryRecord &record)
+{
+    if (!record.untitled) {
+        if (Result claimed = m_access.claim(record.blocksetPath); !claimed)
+            return claimed;
+    }
+    // The style as it was in memory goes into the working folder, so the reader
+    // finds the rows' names and symbols; the update comment comes from the record.
+    const QString styleName = nativeBaseName(record.blocksetFileName) + u".style"_s;
+    for (const QFileInfo &info : listFolderFiles(m_folder.workingFolder(), {u"*.style"_s}))
+        QFile::remove(info.absoluteFilePath());
+    if (Result written = writeWholeFile(m_folder.workingFolder() + u'/' + styleName, record.style); !written)
+        return failOpen(written.reason());
+    BlocksetRead read;
+    BlocksetReader reader(m_prompts, m_settings, m_folder, [this](const QString &text) { showProcess(text); });
+    if (Result readResult = reader.read(record.blocksetFileName, QString(), read); !readResult)
+        return failOpen(readResult.reason());
+    m_content = read.content;
+    m_content.symbols = record.symbols;
+    m_updateComment = record.updateComment;
+    m_versionText = record.versionText;
+    m_blocksetPath = record.blocksetPath;
+    m_blocksetFileName = record.blocksetFileName;
+    m_blocksetUntitled = record.untitled;
+    m_blocksetChanged = record.blocksetChanged;
+    m_updateChanged = record.updateChanged;
+    m_blocksetOpen = true;
+    m_onDisk = record.untitled ? DiskIdentity() : DiskIdentity::of(m_blocksetPath);
+    m_askedAbout = m_onDisk;
+    m_tab = TabBlocks;
+    emit documentReset();
+    checkInterface();
+    showProcess(u"Recovered the unsaved changes of "_s + m_blocksetFileName + u'.');
+    m_processMessageShown = true;
+    noteForRecovery();
+    return Result();
 }
 
 BlocksetDocument::SaveQuestion BlocksetDocument::askSave(const QString &text, const QString &title)
@@ -140,6 +201,7 @@ void BlocksetDocument::resetView()
 Result BlocksetDocument::failOpen(const QString &reason)
 {
     m_folder.clearWorkingFolders(); // what a broken archive let through is no blockset
+    m_access.release();
     m_prompts.message(u"Failed to open Blockset File."_s, u"File Error"_s, reason, PromptButtons::Ok,
                       PromptIcon::Critical);
     resetView();
@@ -170,6 +232,11 @@ Result BlocksetDocument::openBlockset(const QString &file)
     if (fromDialog)
         m_settings.setStringSetting(u"pathBlockset"_s, nativeFolder(path));
 
+    // One editor per file: the lock is claimed before anything is cleared.
+    if (Result claimed = m_access.claim(path); !claimed) {
+        clearProcess();
+        return claimed;
+    }
     m_blocksetPath = path;
     m_folder.clearWorkingFolders();
     resetView();
@@ -178,9 +245,12 @@ Result BlocksetDocument::openBlockset(const QString &file)
 
     setBusy(true);
     letEventsRun();
-    // A save killed halfway left a journal beside the archive: finish or undo it first.
-    if (Result recovered = PairSwitch::recover(m_blocksetPath); !recovered)
-        return failOpen(recovered.reason());
+    // A save killed halfway left a journal beside the archive: finish or undo it
+    // first (unless another editor holds the file: its save may still be running).
+    if (m_access.nobodyElseHolds(m_blocksetPath)) {
+        if (Result recovered = PairSwitch::recover(m_blocksetPath); !recovered)
+            return failOpen(recovered.reason());
+    }
     {
         ArchiveReader archive;
         Result read = archive.open(m_blocksetPath);
@@ -197,6 +267,8 @@ Result BlocksetDocument::openBlockset(const QString &file)
     m_content = read.content;
     m_updateComment = read.updateComment;
     m_versionText = m_content.style.version;
+    m_onDisk = DiskIdentity::of(m_blocksetPath);
+    m_askedAbout = m_onDisk;
 
     m_blocksetOpen = true;
     m_blocksetChanged = read.styleRenamed;
@@ -213,10 +285,51 @@ Result BlocksetDocument::openBlockset(const QString &file)
     emit documentReset();
     checkInterface();
 
-    showProcess(symbolModeText());
+    noteForRecovery();
+    // Opened read-only, the status panel says why, in place of the symbol modes.
+    showProcess(readOnly() ? u"Opened read-only: "_s + readOnlyReason() : symbolModeText());
     m_processMessageShown = true;
     setBusy(false);
     return Result();
+}
+
+bool BlocksetDocument::changedOnDisk() const
+{
+    return m_blocksetOpen && !m_blocksetUntitled && !m_blocksetPath.isEmpty() && !m_onDisk.matches(m_blocksetPath);
+}
+
+Result BlocksetDocument::askAboutDiskChange(bool onlyOnce)
+{
+    if (!changedOnDisk())
+        return Result();
+    const DiskIdentity now = DiskIdentity::of(m_blocksetPath);
+    if (onlyOnce && now == m_askedAbout)
+        return Result::cancelled();
+    m_askedAbout = now;
+    const int chosen = m_prompts.choose(u"The blockset was changed on disk since you opened it."_s, m_blocksetFileName,
+                                        u"Reload opens the blockset as it is on disk now; Overwrite lets the next Save "
+                                        "replace it with this one; Save As keeps both."_s,
+                                        {u"Reload"_s, u"Overwrite"_s, u"Save As"_s}, PromptIcon::Exclamation);
+    switch (chosen) {
+    case 0: {
+        // The edits here would be lost: asked about as Close does (saving goes
+        // elsewhere, since the file on disk is the newer one).
+        if (isChanged()) {
+            const PromptAnswer answer =
+                m_prompts.message(u"The blockset has been changed. Do you want to save it first?"_s,
+                                  u"Reload Blockset"_s, PromptButtons::YesNoCancel, PromptIcon::None);
+            if (answer == PromptAnswer::Cancel || (answer == PromptAnswer::Yes && !saveBlocksetAs()))
+                return Result::cancelled();
+        }
+        const QString path = m_blocksetPath;
+        m_blocksetChanged = m_updateChanged = false;
+        (void)openBlockset(path);
+        return Result::cancelled(); // the command that asked does not go on
+    }
+    case 1: m_onDisk = now; return Result();
+    case 2: (void)saveBlocksetAs(); return Result::cancelled();
+    default: return Result::cancelled();
+    }
 }
 
 QString BlocksetDocument::updateFilePath() const
@@ -235,6 +348,7 @@ Result BlocksetDocument::newBlockset()
             return Result::cancelled();
     }
     m_folder.clearWorkingFolders();
+    m_access.release();
     resetView();
     m_blocksetOpen = false;
     checkInterface();
@@ -286,12 +400,14 @@ Result BlocksetDocument::closeBlockset()
             return Result::cancelled();
     }
     m_folder.clearWorkingFolders();
+    m_access.release();
     resetView();
     m_versionText.clear();
     m_blocksetOpen = false;
     m_blocksetChanged = false;
     m_tab = TabBlocks;
     m_blocksetFileName.clear();
+    noteForRecovery();
     emit stateChanged();
     checkInterface();
     clearProcess();
@@ -307,6 +423,15 @@ Result BlocksetDocument::failSave(const QString &text, const Result &cause)
 
 Result BlocksetDocument::saveBlockset()
 {
+    if (readOnly()) {
+        m_prompts.message(u"The blockset is open read-only: "_s + readOnlyReason()
+                              + u".\nUse Save As to save it under another name."_s,
+                          u"Save Blockset"_s, PromptButtons::Ok, PromptIcon::Exclamation);
+        return Result::failure(readOnlyReason());
+    }
+    // Nothing is overwritten silently: a change by another program is asked about first.
+    if (Result asked = askAboutDiskChange(false); !asked)
+        return asked;
     setBusy(true);
     letEventsRun();
     BlocksetWriter writer(m_folder);
@@ -351,6 +476,9 @@ Result BlocksetDocument::saveBlockset()
     m_blocksetChanged = false;
     m_updateChanged = false;
     m_blocksetUntitled = false;
+    m_onDisk = DiskIdentity::of(m_blocksetPath);
+    m_askedAbout = m_onDisk;
+    noteForRecovery();
     emit stateChanged();
     checkInterface();
     showProcess(result + u"saved."_s);
@@ -372,8 +500,15 @@ Result BlocksetDocument::saveBlocksetAs()
         return Result::cancelled();
     }
     m_settings.setStringSetting(u"pathBlockset"_s, nativeFolder(path));
+    // A file another editor has open is not written over.
+    if (Result claimed = m_access.claimTarget(path); !claimed) {
+        m_prompts.message(claimed.reason() + u'.', u"Save Blockset As"_s, PromptButtons::Ok, PromptIcon::Exclamation);
+        clearProcess();
+        return claimed;
+    }
     m_blocksetPath = path;
     m_blocksetFileName = nativeFileName(path);
+    m_onDisk = DiskIdentity::of(path);
     m_blocksetChanged = true;
     m_updateChanged = true;
     if (m_settings.getBoolSetting(u"syncBlockset"_s) && m_content.style.name != nativeBaseName(m_blocksetFileName)) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "app/DiskIdentity.h"
+#include "app/EditAccess.h"
+#include "app/RecoveryRecord.h"
 #include "formats/BlocksetModel.h"
 #include "items/ItemKind.h"
 #include "storage/Result.h"
@@ -45,6 +48,28 @@ public:
     // blockset): false when the user cancelled, or a save the user asked for did
     // not happen, so the window stays open and nothing is lost.
     bool askSaveOnUnload();
+
+    // How opens claim the file (the editor asks when another editor has it; the
+    // command line waits, then refuses; info and check open read-only), and which
+    // files must never be changed (Rover's cache).
+    void setOpenPolicy(const EditAccess::Policy &policy) { m_access.setPolicy(policy); }
+    void setReadOnlyRule(EditAccess::ReadOnlyRule rule) { m_access.setReadOnlyRule(std::move(rule)); }
+    bool readOnly() const { return m_blocksetOpen && m_access.readOnly(); }
+    QString readOnlyReason() const { return m_access.reason(); }
+
+    // Whether another program changed the archive since this editor opened or saved it.
+    bool changedOnDisk() const;
+    // Asks "The blockset was changed on disk since you opened it." with Reload,
+    // Overwrite and Save As (Cancel by Escape). Overwrite lets the next Save replace
+    // the file. When `onlyOnce`, a change already asked about is not asked again.
+    Result askAboutDiskChange(bool onlyOnce);
+
+    // Keeps the record that brings a changed blockset back after a crash at
+    // `path` (beside the working folder); "" keeps none (the command line).
+    void setRecoveryPath(const QString &path) { m_recoveryPath = path; }
+    // Opens what a Cubrix that ended without closing left in the working folder,
+    // as the changed, unsaved blockset it was.
+    Result recoverBlockset(const RecoveryRecord &record);
 
     // Runs an edit of the open blockset (an item or symbol operation) and
     // announces what it changed.
@@ -133,6 +158,8 @@ private:
     };
     Snapshot snapshot() const { return {m_content, m_updateComment, m_blocksetChanged, m_updateChanged}; }
     void announceChanges(const Snapshot &before);
+    // Writes the recovery record while the blockset is changed, removes it when it is not.
+    void noteForRecovery();
 
     enum class SaveQuestion { Yes, No, Cancel };
     SaveQuestion askSave(const QString &text, const QString &title);
@@ -143,6 +170,9 @@ private:
 
     Prompts &m_prompts;
     SymbolPrompt &m_symbolPrompt;
+    EditAccess m_access{m_prompts};
+    DiskIdentity m_onDisk;     // the archive as this editor last read or wrote it
+    DiskIdentity m_askedAbout; // the outside change last asked about
     RegistryWrapper &m_settings;
     WorkingFolder &m_folder;
     DocumentView *m_view = nullptr;
@@ -160,4 +190,5 @@ private:
 
     BlocksetContent m_content;
     QString m_updateComment;
+    QString m_recoveryPath;
 };

@@ -33,6 +33,7 @@ InterfaceFacts interfaceFacts(const BlocksetDocument &document, bool updateFileS
     facts.textures = document.textureCount();
     facts.sounds = document.soundCount();
     facts.changed = document.isChanged();
+    facts.readOnly = document.readOnly();
     facts.fileName = document.blocksetFileName();
     facts.versionText = document.versionText();
     facts.updateFileSetting = updateFileSetting;
@@ -65,7 +66,7 @@ InterfaceState computeInterfaceState(const InterfaceFacts &facts)
         setPair(state, command, true);
     setPair(state, u"AddBSP"_s, blocks >= 1);
     state.enabled.insert(u"mnuRemapSymbols"_s, blocks >= 1);
-    setPair(state, u"Save"_s, facts.changed);
+    setPair(state, u"Save"_s, facts.changed && !facts.readOnly);
     setPair(state, u"AddItem"_s, (onBlocks && blocks < blockLimit()) || onTextures || onSounds);
     const bool hasItems =
         (onBlocks && blocks >= 1) || (onTextures && facts.textures >= 1) || (onSounds && facts.sounds >= 1);
@@ -74,7 +75,8 @@ InterfaceState computeInterfaceState(const InterfaceFacts &facts)
     setPair(state, u"ReplaceItem"_s, onBlocks && blocks >= 1);
     setPair(state, u"EditItem"_s, onBlocks && blocks >= 1);
 
-    state.caption = u"Cubrix - "_s + facts.fileName + (facts.changed ? u"*"_s : QString());
+    state.caption = u"Cubrix - "_s + facts.fileName + (facts.changed ? u"*"_s : QString())
+                    + (facts.readOnly ? u" (read-only)"_s : QString());
     state.blocksPanel = countText(blocks, u"No Blocks"_s, u"1 Block"_s, u" Blocks"_s);
     state.texturesPanel = countText(facts.textures, u"No Textures"_s, u"1 Texture"_s, u" Textures"_s);
     state.soundsPanel = countText(facts.sounds, u"No Sounds"_s, u"1 Sound"_s, u" Sounds"_s);

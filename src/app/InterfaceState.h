@@ -25,6 +25,7 @@ struct InterfaceFacts {
     int textures = 0;
     int sounds = 0;
     bool changed = false;
+    bool readOnly = false; // opened read-only: Save is off, Save As writes a copy
     QString fileName;
     QString versionText;
     bool updateFileSetting = false; // the user setting that governs the update group

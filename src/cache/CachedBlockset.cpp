@@ -1,9 +1,9 @@
 #include "cache/CachedBlockset.h"
 
-#include "storage/ArchiveReader.h"
 #include "common/CommonFunctions.h"
 #include "formats/Parser.h"
 #include "formats/Parser_Style.h"
+#include "storage/ArchiveReader.h"
 
 using namespace Qt::StringLiterals;
 

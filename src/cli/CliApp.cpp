@@ -2,11 +2,13 @@
 
 #include "app/BlocksetCheck.h"
 #include "app/BlocksetDocument.h"
+#include "cache/RoverCacheGuard.h"
 #include "cli/CliCache.h"
 #include "cli/CliCheck.h"
 #include "cli/CliEditCommands.h"
 #include "cli/CliOutput.h"
 #include "cli/CliPrompts.h"
+#include "cli/CliRender.h"
 #include "cli/CliReport.h"
 #include "common/ProgramVersion.h"
 #include "common/Registry.h"
@@ -37,7 +39,7 @@ QString CliApp::usageText()
            "       cubrix-cli check FILE.bset [--json]\n"
            "       cubrix-cli cache [--browser ie|netscape] [--json]\n"
            "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s
-           + CliEditCommands::usageLines() + u"       cubrix-cli --help | --version\n"_s;
+           + CliEditCommands::usageLines() + CliRender::usageLines() + u"       cubrix-cli --help | --version\n"_s;
 }
 
 QString CliApp::helpText()
@@ -59,15 +61,16 @@ QString CliApp::helpText()
              "                     beside it. IN is left as it was. Like the editor, it\n"
              "                     remembers OUT's folder in the pathBlockset setting.\n"_s
            + u"  check FILE.bset    Says what Rover will do with the blockset: the errors and\n"
-             "                     warnings of Rover's readers for its style and update\n"
-             "                     file (file and line), blocks Rover will not use, entries\n"
+             "                     warnings of Rover's readers for its style, every block\n"
+             "                     file it lists (as blocks/FILE) and the update file (file\n"
+             "                     and line), blocks Rover will not use, entries\n"
              "                     naming files the blockset does not hold, duplicate\n"
              "                     symbols and names, textures that are missing, and\n"
              "                     whether Rover loads the blockset and sees its update.\n"
              "                     Exit 0 when Rover loads it and reads its update file\n"
              "                     (where there is one), 1 when it would reject either.\n"
              "                     Nothing on disk is changed.\n"_s
-           + CliEditCommands::helpLines()
+           + CliEditCommands::helpLines() + CliRender::helpLines()
            + u"\n"
              "Options:\n"
              "  --json             (info) Print one JSON object (UTF-8) with the keys file,\n"
@@ -76,6 +79,10 @@ QString CliApp::helpText()
              "  --no               Answer No to the questions the commands ask (for example\n"
              "                     whether a differing style file is to be renamed); without\n"
              "                     it every question is answered Yes.\n"
+             "  --break-lock       (edit commands) Take over the lock another Cubrix holds on\n"
+             "                     the blockset (one whose process cannot be checked from\n"
+             "                     here, on another computer). Without it an edit waits a\n"
+             "                     few seconds for the other editor, then exits with 1.\n"
              "  --help, -h         Print this help and exit.\n"
              "  --version          Print the program's version and exit.\n"
              "  --                 Everything after it is a file name.\n"
@@ -107,6 +114,8 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
                 options.json = true;
             else if (argument == "--no"_L1)
                 options.answerNo = true;
+            else if (argument == "--break-lock"_L1)
+                options.breakLock = true;
             else if (argument == "--all"_L1 || argument == "--sync-double"_L1 || argument == "--rebuild"_L1)
                 options.commandOptions.append(argument);
             else if ((argument == "--prefix"_L1 || argument == "--from"_L1) && i + 1 < arguments.size())
@@ -158,6 +167,8 @@ int CliApp::run(const QStringList &arguments)
     }
     if (arguments.value(1) == "cache"_L1)
         return runCacheCommand(arguments.mid(2), m_out, m_err);
+    if (arguments.value(1) == "render"_L1)
+        return CliRender::run(arguments.mid(2), m_out, m_err);
     Options options;
     const QString problem = parse(arguments, options);
     if (!problem.isEmpty()) {
@@ -180,14 +191,29 @@ int CliApp::runCommand(const Options &options)
         return Failed;
     }
     RegistryWrapper settings(*registry);
-    settings.loadSettings();
+    // Settings that cannot be stored: said once, and the defaults hold for this run.
+    if (!settings.loadSettings())
+        CliOutput::print(m_err, u"cubrix-cli: warning: "_s + settings.problem() + u'\n');
     WorkingFolder folder;
-    folder.createWorkingFolders();
+    if (const Result made = folder.createWorkingFolders(); !made) {
+        CliOutput::printError(m_err, made.reason());
+        return Failed;
+    }
 
     CliPrompts prompts(options.answerNo);
     int code = Failed;
     {
         BlocksetDocument document(prompts, prompts, settings, folder);
+        // Blocksets in Rover's cache are Rover's: never edited. An edit holds the
+        // blockset's lock (waiting a few seconds for another editor to finish);
+        // info, check and the source of save only read and take no lock.
+        document.setReadOnlyRule(roverCacheReason);
+        EditAccess::Policy policy;
+        policy.readOnly = !CliEditCommands::handles(options.command);
+        policy.lockWaitMs = 5000;
+        policy.askWhenLocked = false;
+        policy.breakLock = options.breakLock;
+        document.setOpenPolicy(policy);
         if (CliEditCommands::handles(options.command))
             code = CliEditCommands(m_out, m_err)
                        .run(options.command, options.files, options.commandOptions, options.json, document, prompts);

@@ -34,6 +34,7 @@ private:
         QStringList commandOptions; // --all, --sync-double, --prefix C (remap)
         bool json = false;
         bool answerNo = false;
+        bool breakLock = false;
         bool help = false;
     };
 

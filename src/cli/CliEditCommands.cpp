@@ -272,8 +272,16 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
     const auto printMessages = [this, &prompts](qsizetype first) {
         CliOutput::printMessages(m_err, prompts.messages(), first);
     };
-    if (!document.openBlockset(QFileInfo(file).absoluteFilePath())) {
+    if (const Result opened = document.openBlockset(QFileInfo(file).absoluteFilePath()); !opened) {
         printMessages(0);
+        // Another editor's lock shows no message: its holder is the reason.
+        if (prompts.messageCount() == 0)
+            CliOutput::printError(m_err, opened.reason());
+        return Failed;
+    }
+    if (document.readOnly()) {
+        CliOutput::printError(m_err,
+                              QFileInfo(file).fileName() + u" cannot be changed: "_s + document.readOnlyReason());
         return Failed;
     }
 

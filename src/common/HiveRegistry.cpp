@@ -30,6 +30,7 @@ struct HiveRegistry::Impl {
     FileStamp stamp;
     State state = State::Empty;
     HiveFile file;
+    QString problem;
 
     void startEmpty()
     {
@@ -41,6 +42,7 @@ struct HiveRegistry::Impl {
     {
         file.clear();
         state = State::Broken;
+        problem = u"\"%1\" cannot be read as a settings file"_s.arg(path);
     }
 
     // Re-reads the file when it is not the one read last time.
@@ -100,17 +102,17 @@ struct HiveRegistry::Impl {
     bool save()
     {
         const QByteArray bytes = file.serialize();
-        if (!QDir().mkpath(QFileInfo(path).absolutePath()))
+        const QString folder = QFileInfo(path).absolutePath();
+        if (!QDir().mkpath(folder)) {
+            problem = u"the folder \"%1\" cannot be made"_s.arg(folder);
             return false;
+        }
         QSaveFile target(path);
-        if (!target.open(QIODevice::WriteOnly))
-            return false;
-        if (target.write(bytes) != bytes.size()) {
+        if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() || !target.commit()) {
+            problem = u"cannot write \"%1\": %2"_s.arg(path, target.errorString());
             target.cancelWriting();
             return false;
         }
-        if (!target.commit())
-            return false;
         state = State::Loaded;
         stamp = stampOf(path);
         stampValid = true;
@@ -187,6 +189,13 @@ bool HiveRegistry::regSetValue(RegRoot, const QString &path, const QString &name
         return false; // values directly under the root are not kept
     d->file.setValue(node, name, value);
     return d->saveOrForget();
+}
+
+QString HiveRegistry::lastProblem() const
+{
+    if (d->readOnly)
+        return u"\"%1\" is opened read-only"_s.arg(d->path);
+    return d->problem;
 }
 
 QString HiveRegistry::keyClass(const QString &path)

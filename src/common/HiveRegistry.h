@@ -26,6 +26,8 @@ public:
     bool regCreateKey(RegRoot root, const QString &path, const QString &keyClass) override;
     bool regSetValue(RegRoot root, const QString &path, const QString &name, const RegValue &value) override;
 
+    QString lastProblem() const override;
+
     // The class string of a key ("" when none or missing).
     QString keyClass(const QString &path);
 

@@ -52,4 +52,6 @@ public:
     // Writes REG_SZ or REG_DWORD into an existing key; other types write nothing.
     // True when the key existed and the write (if any) succeeded.
     virtual bool regSetValue(RegRoot root, const QString &path, const QString &name, const RegValue &value) = 0;
+    // Why the last operation failed, naming the store ("" when unknown).
+    virtual QString lastProblem() const { return QString(); }
 };

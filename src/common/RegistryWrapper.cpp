@@ -25,36 +25,51 @@ QString RegistryWrapper::settingsKey()
     return u"SOFTWARE\\Quillmoor\\Cubrix"_s;
 }
 
+namespace {
+
+const QString kFolders[] = {u"pathBlockset"_s, u"pathBlocks"_s, u"pathTextures"_s, u"pathSounds"_s};
+const struct {
+    QString name;
+    bool on;
+} kOptions[] = {
+    {u"showWarnings"_s, true}, {u"syncBlockset"_s, true}, {u"syncBlock"_s, true},  {u"syncDouble"_s, true},
+    {u"strictPrefix"_s, true}, {u"skipEdit"_s, false},    {u"updateFile"_s, true},
+};
+
+} // namespace
+
 bool RegistryWrapper::loadSettings()
 {
     const QString key = settingsKey();
     if (m_registry.regKeyExists(RegRoot::LocalMachine, key))
         return true;
-    if (!m_registry.regCreateKey(RegRoot::LocalMachine, key, u"Application Data"_s))
-        return false;
-
+    bool stored = m_registry.regCreateKey(RegRoot::LocalMachine, key, u"Application Data"_s);
     // First start: the defaults, in this order, stopping at the first failure.
-    const QString folders[] = {u"pathBlockset"_s, u"pathBlocks"_s, u"pathTextures"_s, u"pathSounds"_s};
-    for (const QString &name : folders) {
-        if (!setStringSetting(name, QString()))
-            return false;
-    }
-    const struct {
-        QString name;
-        bool on;
-    } options[] = {
-        {u"showWarnings"_s, true}, {u"syncBlockset"_s, true}, {u"syncBlock"_s, true},  {u"syncDouble"_s, true},
-        {u"strictPrefix"_s, true}, {u"skipEdit"_s, false},    {u"updateFile"_s, true},
-    };
-    for (const auto &option : options) {
-        if (!setBoolSetting(option.name, option.on))
-            return false;
-    }
-    return true;
+    for (const QString &name : kFolders)
+        stored = stored && setStringSetting(name, QString());
+    for (const auto &option : kOptions)
+        stored = stored && setBoolSetting(option.name, option.on);
+    if (!stored)
+        useDefaultsInMemory();
+    return stored;
+}
+
+void RegistryWrapper::useDefaultsInMemory()
+{
+    const QString why = m_registry.lastProblem();
+    m_problem = u"The settings cannot be stored"_s + (why.isEmpty() ? QString() : u": "_s + why)
+                + u". Cubrix uses its default settings until it ends."_s;
+    m_memory.clear();
+    for (const QString &name : kFolders)
+        m_memory.insert(name, RegValue::fromText(QString()));
+    for (const auto &option : kOptions)
+        m_memory.insert(option.name, RegValue::fromDword(option.on ? kOn : 0));
 }
 
 QString RegistryWrapper::getStringSetting(const QString &name)
 {
+    if (!m_problem.isEmpty())
+        return m_memory.value(name).text;
     RegValue value;
     if (!m_registry.regQueryValue(RegRoot::LocalMachine, settingsKey(), name, value))
         return QString();
@@ -64,11 +79,17 @@ QString RegistryWrapper::getStringSetting(const QString &name)
 
 bool RegistryWrapper::setStringSetting(const QString &name, const QString &value)
 {
+    if (!m_problem.isEmpty()) {
+        m_memory.insert(name, RegValue::fromText(value));
+        return true;
+    }
     return m_registry.regSetValue(RegRoot::LocalMachine, settingsKey(), name, RegValue::fromText(value));
 }
 
 bool RegistryWrapper::getBoolSetting(const QString &name)
 {
+    if (!m_problem.isEmpty())
+        return m_memory.value(name).dword != 0;
     RegValue value;
     if (!m_registry.regQueryValue(RegRoot::LocalMachine, settingsKey(), name, value))
         return false;
@@ -77,6 +98,10 @@ bool RegistryWrapper::getBoolSetting(const QString &name)
 
 bool RegistryWrapper::setBoolSetting(const QString &name, bool flag)
 {
+    if (!m_problem.isEmpty()) {
+        m_memory.insert(name, RegValue::fromDword(flag ? kOn : 0));
+        return true;
+    }
     return m_registry.regSetValue(RegRoot::LocalMachine, settingsKey(), name, RegValue::fromDword(flag ? kOn : 0));
 }
 

@@ -1,6 +1,7 @@
 #include "rover/RoverStyleRules.h"
 
 #include "rover/RoverReader.h"
+#include "storage/Cp1252.h"
 
 #include <QSet>
 
@@ -48,7 +49,7 @@ QString latin(const QByteArray &b)
 
 } // namespace
 
-RoverFindings checkRoverStyle(QByteArrayView bytes, const QStringList *blockFiles)
+RoverFindings checkRoverStyle(QByteArrayView bytes, const QStringList *blockFiles, QList<RoverStyleBlock> *blocks)
 {
     RoverReader reader(bytes);
     RoverReader::Tag tag;
@@ -110,8 +111,11 @@ RoverFindings checkRoverStyle(QByteArrayView bytes, const QStringList *blockFile
         const QByteArray &symbol = v[0];
         const QByteArray &name = v[2];
         const QByteArray &file = v[3];
-        if (!symbol.isEmpty() && symbols.contains(symbol))
+        const bool repeated = !symbol.isEmpty() && symbols.contains(symbol);
+        if (repeated)
             reader.warning(tag.line, roverText("Another block already has symbol \"%1\"").arg(latin(symbol)));
+        else if (blocks && !reader.failed() && !file.isEmpty())
+            blocks->append({fromCp1252(file), fromCp1252(symbol), fromCp1252(name), tag.line});
         symbols.insert(symbol);
         const QString lowerName = latin(name).toLower();
         if (!name.isEmpty() && names.contains(lowerName))

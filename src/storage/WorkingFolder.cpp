@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDir>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <vector>
@@ -87,6 +88,11 @@ QString WorkingFolder::workingFolder() const
     return m_folder;
 }
 
+QString WorkingFolder::sessionPath() const
+{
+    return m_folder + u".session"_s;
+}
+
 QString WorkingFolder::blocksFolder() const
 {
     return m_folder + u"/blocks"_s;
@@ -137,6 +143,19 @@ bool WorkingFolder::claim(const QString &folder)
         return false;
     }
     m_folder = folder;
+    std::vector<PlatformFile::Entry> entries;
+    int err = 0;
+    m_leftover = false;
+    if (PlatformFile::listFolder(opened, entries, err)) {
+        for (const PlatformFile::Entry &entry : entries) {
+            PlatformFile::Folder item;
+            std::vector<PlatformFile::Entry> inside;
+            const bool emptyItemFolder = entry.kind == PlatformFile::Kind::Folder && isItemFolderName(entry.name)
+                                         && PlatformFile::openFolderAt(opened, entry.name, false, item, err)
+                                         && PlatformFile::listFolder(item, inside, err) && inside.empty();
+            m_leftover = m_leftover || !emptyItemFolder;
+        }
+    }
     makeItemFolders(opened);
     return true;
 }
@@ -164,23 +183,31 @@ void WorkingFolder::makeItemFolders(const PlatformFile::Folder &folder) const
     }
 }
 
-void WorkingFolder::createWorkingFolders()
+Result WorkingFolder::createWorkingFolders()
 {
     if (holdsLock()) {
         PlatformFile::Folder folder;
         if (openFolder(folder))
             makeItemFolders(folder);
-        return;
+        return Result();
     }
     for (int n = 1; n <= kNamedFolders; ++n) {
         const QString name = n == 1 ? u"Cubrix"_s : u"Cubrix-%1"_s.arg(n);
         if (claim(joined(m_root, name)))
-            return;
+            return Result();
     }
     // Every usual name is taken: a fresh folder with a unique name.
     const QString unique = PlatformFile::makeUniqueFolder(joined(m_root, u"Cubrix-XXXXXX"_s));
-    if (!unique.isEmpty())
-        claim(unique);
+    if (!unique.isEmpty() && claim(unique))
+        return Result();
+    const QFileInfo root(m_root);
+    if (!root.exists())
+        return Result::failure(u"the folder for temporary files \"%1\" does not exist"_s.arg(m_root));
+    if (!root.isDir())
+        return Result::failure(u"\"%1\", the folder for temporary files, is not a folder"_s.arg(m_root));
+    if (!root.isWritable())
+        return Result::failure(u"the folder for temporary files \"%1\" cannot be written"_s.arg(m_root));
+    return Result::failure(u"no working folder can be made in \"%1\""_s.arg(m_root));
 }
 
 void WorkingFolder::clearWorkingFolders()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "storage/PlatformFile.h"
+#include "storage/Result.h"
 
 #include <QString>
 
@@ -19,8 +20,9 @@ public:
     WorkingFolder(const WorkingFolder &) = delete;
     WorkingFolder &operator=(const WorkingFolder &) = delete;
 
-    // createWorkingFolders: makes the four folders (failures ignored) and takes the lock.
-    void createWorkingFolders();
+    // createWorkingFolders: makes the four folders and takes the lock; fails,
+    // naming the folder for temporary files, when no working folder can be made.
+    Result createWorkingFolders();
     // Deletes every file in blocks, textures, sounds, then in the working folder
     // itself, and every other sub-folder, so nothing of one blockset leaks into the
     // next one's archive. Links are removed, never followed.
@@ -29,6 +31,12 @@ public:
     void removeWorkingFolders();
 
     QString workingFolder() const;
+    // Beside the working folder (never inside: everything inside is packed): the
+    // record of the open blockset's unsaved state, for recovery after a crash.
+    QString sessionPath() const;
+    // Whether the folder held files when this editor took it: what a Cubrix that
+    // ended without closing left behind.
+    bool hadLeftover() const { return m_leftover; }
     QString blocksFolder() const;
     QString texturesFolder() const;
     QString soundsFolder() const;
@@ -45,4 +53,5 @@ private:
     QString m_folder;
     QString m_lockPath;
     PlatformFile::Lock m_lock;
+    bool m_leftover = false;
 };

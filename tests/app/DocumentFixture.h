@@ -8,10 +8,10 @@
 #include "app/BlocksetDocument.h"
 #include "app/DocumentView.h"
 #include "app/InterfaceState.h"
-#include "storage/WorkingFolder.h"
-#include "storage/Cp1252.h"
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
+#include "storage/Cp1252.h"
+#include "storage/WorkingFolder.h"
 #include "support/BlocksetFiles.h"
 #include "support/ScriptedPrompts.h"
 
@@ -53,7 +53,7 @@ struct DocumentEnv {
     DocumentEnv()
     {
         settings.loadSettings();
-        folder.createWorkingFolders();
+        (void)folder.createWorkingFolders();
         document.setView(&view);
     }
 

@@ -281,8 +281,10 @@ private slots:
         const QString otherPath = env.addSet(QStringLiteral("Other.bset"), other);
         env.open(castle);
         env.document.editStyleValue(StyleField::Name, QStringLiteral("Fortress"));
-        if (saveFails)
+        if (saveFails) {
             QVERIFY(QDir(env.setPath(QStringLiteral("own"))).removeRecursively());
+            env.prompts.choices << 1; // the archive is gone from disk: Overwrite
+        }
         const QByteArray castleBefore = readBytes(castle);
         env.prompts.answers = {answer};
         env.prompts.fileAnswers = {otherPath};
@@ -291,7 +293,9 @@ private slots:
 
         verifyMessage(env.prompts, 0, kSaveFirst, kOpenTitle, PromptButtons::YesNoCancel, PromptIcon::None);
         QCOMPARE(env.prompts.messageTexts(),
-                 saveFails ? QStringList({kSaveFirst, "Unable to save blockset!"}) : QStringList({kSaveFirst}));
+                 saveFails ? QStringList(
+                     {kSaveFirst, "The blockset was changed on disk since you opened it.", "Unable to save blockset!"})
+                           : QStringList({kSaveFirst}));
         QVERIFY(env.document.blocksetOpen());
         if (answer == PromptAnswer::Cancel || saveFails) {
             QVERIFY(env.prompts.fileRequests.isEmpty());

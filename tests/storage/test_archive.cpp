@@ -2,8 +2,8 @@
 // archives, and saves that fail or are killed midway.
 
 #include "storage/ArchiveReader.h"
-#include "storage/ArchiveWriter.h"
 #include "storage/ArchiveSink.h"
+#include "storage/ArchiveWriter.h"
 #include "support/TestFiles.h"
 
 #include <QRandomGenerator>

@@ -77,7 +77,7 @@ private slots:
             QVERIFY(QFile::setPermissions(root.filePath("Cubrix"), QFileDevice::Permissions(0x7055))); // rwxr-xr-x
         }
         WorkingFolder folder(root.path());
-        folder.createWorkingFolders();
+        (void)folder.createWorkingFolders();
         QCOMPARE(folder.workingFolder(), root.filePath("Cubrix"));
         QCOMPARE(QStringList({folder.blocksFolder(), folder.texturesFolder(), folder.soundsFolder()}),
                  QStringList({root.filePath("Cubrix/blocks"), root.filePath("Cubrix/textures"),
@@ -113,12 +113,12 @@ private slots:
     {
         QTemporaryDir root;
         auto first = std::make_unique<WorkingFolder>(root.path());
-        first->createWorkingFolders();
+        (void)first->createWorkingFolders();
         populate(*first);
         const QStringList firstFiles = treeOf(first->workingFolder());
         {
             WorkingFolder second(root.path());
-            second.createWorkingFolders();
+            (void)second.createWorkingFolders();
             QCOMPARE(second.workingFolder(), root.filePath("Cubrix-2"));
             QVERIFY(isRealFolder(second.blocksFolder()));
             second.clearWorkingFolders();
@@ -132,7 +132,7 @@ private slots:
         // Once the first editor has gone, its folder is free for the next one.
         first.reset();
         WorkingFolder next(root.path());
-        next.createWorkingFolders();
+        (void)next.createWorkingFolders();
         QCOMPARE(next.workingFolder(), root.filePath("Cubrix"));
         QCOMPARE(entries(root.path()), QStringList({"Cubrix", "Cubrix.lock"}));
     }
@@ -172,7 +172,7 @@ private slots:
         const QStringList before = treeOf(root.path());
 
         WorkingFolder folder(root.path());
-        folder.createWorkingFolders();
+        (void)folder.createWorkingFolders();
         QCOMPARE(folder.workingFolder(), root.filePath("Cubrix-2"));
         QVERIFY(isRealFolder(folder.blocksFolder()));
         folder.clearWorkingFolders();
@@ -184,7 +184,7 @@ private slots:
     {
         QTemporaryDir root;
         WorkingFolder folder(root.path());
-        folder.createWorkingFolders();
+        (void)folder.createWorkingFolders();
         populate(folder);
         folder.removeWorkingFolders();
         QVERIFY(entries(root.path()).isEmpty()); // the lock file too
@@ -193,11 +193,11 @@ private slots:
         folder.clearWorkingFolders();
         QVERIFY(entries(root.path()).isEmpty());
         // The editor can make its folder again (a later load).
-        folder.createWorkingFolders();
+        (void)folder.createWorkingFolders();
         QVERIFY(isRealFolder(folder.blocksFolder()));
         // A root that does not exist: nothing is made and nothing crashes.
         WorkingFolder missing(root.filePath("no/such/root"));
-        missing.createWorkingFolders();
+        (void)missing.createWorkingFolders();
         missing.clearWorkingFolders();
         missing.removeWorkingFolders();
         QVERIFY(!QFileInfo::exists(root.filePath("no")));

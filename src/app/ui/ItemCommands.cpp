@@ -106,7 +106,7 @@ void ItemCommands::editItem()
 void ItemCommands::previewItem()
 {
     switch (m_document.tab()) {
-    case BlocksetDocument::TabBlocks: showOops(); break;
+    case BlocksetDocument::TabBlocks: emit blockPreviewRequested(); break;
     case BlocksetDocument::TabTextures: previewTexture(); break;
     case BlocksetDocument::TabSounds: playSound(); break;
     default: break;

@@ -31,6 +31,10 @@ public:
     // Sounds can be played only when an audio output exists at start.
     bool soundAvailable() const { return m_soundAvailable; }
 
+signals:
+    // Preview on the Blocks tab: the block preview is to show the current block.
+    void blockPreviewRequested();
+
 private:
     void previewTexture();
     void playSound();

@@ -2,10 +2,12 @@
 
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QIcon>
 #include <QLabel>
 #include <QPixmap>
 #include <QScrollArea>
 #include <QSignalBlocker>
+#include <QSplitter>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -88,6 +90,7 @@ void ItemListPage::showRows(const QList<QStringList> &rows)
     if (!items.isEmpty())
         m_list->setCurrentItem(items.first());
     m_filling = false;
+    emit rowsShown();
 }
 
 QList<int> ItemListPage::selectedRows() const
@@ -153,6 +156,27 @@ void ItemListPage::itemChanged(QTreeWidgetItem *item, int column)
     const QString oldText = m_shownRows.at(row).value(0);
     if (item->text(0) != oldText)
         emit labelEdited(row, oldText, item->text(0));
+}
+
+void ItemListPage::setSidePanel(QWidget *panel)
+{
+    auto *splitter = new QSplitter(Qt::Horizontal, this);
+    splitter->setObjectName(m_list->objectName() + u"Splitter"_s);
+    splitter->setChildrenCollapsible(false);
+    delete layout()->replaceWidget(m_list, splitter);
+    splitter->addWidget(m_list);
+    splitter->addWidget(panel);
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
+}
+
+void ItemListPage::setIcon(int row, const QIcon &icon, const QString &toolTip)
+{
+    if (QTreeWidgetItem *item = m_list->topLevelItem(row)) {
+        const QSignalBlocker blocker(m_list); // no edit of the label
+        item->setIcon(0, icon);
+        item->setToolTip(0, toolTip);
+    }
 }
 
 bool ItemListPage::showPicture(const QString &path, const QString &file)

@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <QWidget>
 
+class QIcon;
 class QLabel;
 class QScrollArea;
 class QTreeWidget;
@@ -48,6 +49,11 @@ public:
     // Starts editing the file name of the current row.
     void editCurrentLabel();
 
+    // Puts `panel` beside the list, the two in a splitter.
+    void setSidePanel(QWidget *panel);
+    // The icon before the file name of `row`, with a tool tip ("" for none).
+    void setIcon(int row, const QIcon &icon, const QString &toolTip = QString());
+
     // The texture preview: shows the picture at `path` under the name `file`;
     // false when the file is no readable picture (the preview stays as it was).
     bool showPicture(const QString &path, const QString &file);
@@ -56,6 +62,8 @@ public:
 signals:
     // The user finished editing the file name of `row`, from `oldText` to `newText`.
     void labelEdited(int row, const QString &oldText, const QString &newText);
+    // The list was written again (rows, icons and selection are new).
+    void rowsShown();
 
 private:
     void itemChanged(QTreeWidgetItem *item, int column);

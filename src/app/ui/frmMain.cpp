@@ -2,6 +2,8 @@
 
 #include "app/BlocksetDocument.h"
 #include "app/DroppedFiles.h"
+#include "app/RecoveryRecord.h"
+#include "app/ui/BlockPictures.h"
 #include "app/ui/DocumentPresenter.h"
 #include "app/ui/FileDrops.h"
 #include "app/ui/ItemCommands.h"
@@ -26,6 +28,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFile>
 #include <QLabel>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -88,8 +91,10 @@ frmMain::~frmMain()
         m_document->disconnect();
     }
     // A window destroyed without being closed still leaves no files behind.
-    if (!m_unloaded && m_folder)
+    if (!m_unloaded && m_folder) {
         m_folder->removeWorkingFolders();
+        QFile::remove(m_folder->sessionPath());
+    }
     if (m_busy)
         QApplication::restoreOverrideCursor();
 }
@@ -232,18 +237,48 @@ void frmMain::load()
     views.actions = &m_actions;
     m_presenter = new DocumentPresenter(*m_document, *m_settings, views, this);
     m_itemCommands = new ItemCommands(*m_document, *m_presenter, this);
+    auto *blockPictures = new BlockPictures(*m_document, *m_blockPage, this);
+    connect(m_itemCommands, &ItemCommands::blockPreviewRequested, blockPictures, &BlockPictures::openPreview);
     m_symbolCommands = new SymbolCommands(*m_document, *m_presenter, *m_settingsTab, this);
-    // The settings key, with defaults where values are missing.
-    m_settings->loadSettings();
+    // The settings key, with defaults where values are missing (in memory, when
+    // the store cannot be used).
+    QStringList problems;
+    if (!m_settings->loadSettings())
+        problems << m_settings->problem();
     // The working folder and its blocks, textures and sounds folders.
-    m_folder->createWorkingFolders();
+    if (const Result made = m_folder->createWorkingFolders(); !made)
+        problems << u"No blockset can be opened: "_s + made.reason() + u'.';
     // Nothing is open yet: only the commands that need no blockset.
     checkInterface();
     // The strict-prefix list holds the prefix alphabet, "." first, so that its
     // positions agree with the prefix lists of the dialogs.
     m_settingsTab->fillPrefixList(prefixAlphabet());
-    // The status bar greets the user.
-    m_document->showProcess(welcomeText());
+    // The status bar greets the user, or says once what cannot work.
+    m_document->showProcess(problems.isEmpty() ? welcomeText() : problems.join(u' '));
+    offerRecovery();
+}
+
+void frmMain::offerRecovery()
+{
+    const QString sessionPath = m_folder->sessionPath();
+    const std::optional<RecoveryRecord> record = RecoveryRecord::read(sessionPath);
+    m_document->setRecoveryPath(sessionPath);
+    if (!m_folder->hadLeftover())
+        return;
+    // What a Cubrix that ended without closing left behind: offered back when it
+    // held unsaved changes, else cleared without a word.
+    if (record && (record->blocksetChanged || record->updateChanged)) {
+        const int chosen = m_prompts->choose(
+            u"Cubrix ended without saving "_s + record->blocksetFileName + u". Recover the unsaved changes?"_s,
+            u"Cubrix"_s, QString(), {u"Recover"_s, u"Discard"_s}, PromptIcon::Question);
+        // Only Discard throws the changes away; Escape keeps them.
+        if (chosen != 1 && m_document->recoverBlockset(*record)) {
+            m_presenter->checkInterface(false);
+            return;
+        }
+    }
+    m_folder->clearWorkingFolders();
+    QFile::remove(sessionPath);
 }
 
 bool frmMain::unload()
@@ -258,6 +293,7 @@ bool frmMain::unload()
     }
     m_unloaded = true;
     m_folder->removeWorkingFolders();
+    QFile::remove(m_folder->sessionPath());
     return true;
 }
 
@@ -268,6 +304,18 @@ void frmMain::closeEvent(QCloseEvent *event)
         event->accept();
     else
         event->ignore();
+}
+
+void frmMain::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || m_askingAboutDisk || !m_document)
+        return;
+    // Asked once per outside change; the question's own box must not ask again.
+    m_askingAboutDisk = true;
+    (void)m_document->askAboutDiskChange(true);
+    m_askingAboutDisk = false;
+    m_presenter->checkInterface(false);
 }
 
 // ---------------------------------------------------------------------------

@@ -75,6 +75,8 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    // Back in the window: a change another program made to the blockset on disk is asked about.
+    void changeEvent(QEvent *event) override;
 
 private:
     void createTabs();
@@ -83,6 +85,8 @@ private:
     void connectPages();
 
     void load();
+    // Offers back what a Cubrix that ended without closing left unsaved.
+    void offerRecovery();
     bool unload();
 
     // Runs a document command and brings the window in line with its outcome. The
@@ -106,6 +110,7 @@ private:
     std::unique_ptr<BlocksetDocument> m_document;
 
     bool m_unloaded = false;
+    bool m_askingAboutDisk = false;
     bool m_busy = false;
 
     QHash<QString, QAction *> m_actions; // every command by object name

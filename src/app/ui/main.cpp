@@ -1,8 +1,10 @@
 // Main_Sub: the program's entry. It decides which window the user sees first.
 
+#include "app/BlocksetDocument.h"
 #include "app/ui/MainSub.h"
 #include "app/ui/frmMain.h"
 #include "cache/CacheLocation.h"
+#include "cache/RoverCacheGuard.h"
 #include "cache/ui/CacheManagerStart.h"
 #include "common/ProgramVersion.h"
 #include "storage/PlatformFile.h"
@@ -96,6 +98,8 @@ int main(int argc, char *argv[])
     });
 
     frmMain window;
+    // Blocksets in Rover's cache open read-only, however they are opened.
+    window.document().setReadOnlyRule(roverCacheReason);
     connectCacheManager(window);
     if (start.cacheManager) {
         // Only the manager is shown; the editor appears when the manager asks for it.
