@@ -170,6 +170,7 @@ Result BlocksetDocument::openBlockset(const QString &file)
         m_settings.setStringSetting(u"pathBlockset"_s, nativeFolder(path));
 
     m_blocksetPath = path;
+    m_packed.clear();
     m_folder.clearWorkingFolders();
     resetView();
     m_blocksetOpen = false;
@@ -179,11 +180,13 @@ Result BlocksetDocument::openBlockset(const QString &file)
     letEventsRun();
     {
         ArchiveReader archive;
+        std::vector<ArchiveEntryOrigin> origins;
         Result read = archive.open(m_blocksetPath);
         if (read)
-            read = archive.extractAll(m_folder.workingFolder());
+            read = archive.extractAll(m_folder.workingFolder(), &origins);
         if (!read)
             return failOpen(read.reason());
+        m_packed.adoptArchive(m_blocksetPath, m_folder.workingFolder(), origins);
     }
     m_blocksetFileName = nativeFileName(m_blocksetPath);
     BlocksetRead read;
@@ -231,6 +234,7 @@ Result BlocksetDocument::newBlockset()
             return Result::cancelled();
     }
     m_folder.clearWorkingFolders();
+    m_packed.clear();
     resetView();
     m_blocksetOpen = false;
     checkInterface();
@@ -282,6 +286,7 @@ Result BlocksetDocument::closeBlockset()
             return Result::cancelled();
     }
     m_folder.clearWorkingFolders();
+    m_packed.clear();
     resetView();
     m_versionText.clear();
     m_blocksetOpen = false;
@@ -316,7 +321,7 @@ Result BlocksetDocument::saveBlockset()
         styleName = nativeBaseName(m_blocksetFileName) + u".style"_s;
         if (Result written = writer.writeStyle(styleName, m_content, styleBytes); !written)
             return failSave(u"Unable to write style file!"_s, written);
-        if (Result packed = writer.packArchive(m_blocksetPath); !packed)
+        if (Result packed = writer.packArchive(m_blocksetPath, m_packed); !packed)
             return failSave(u"Unable to save blockset!"_s, packed);
         result = u"Blockset "_s;
     }
@@ -341,7 +346,7 @@ Result BlocksetDocument::saveBlockset()
     setBusy(false);
     if (m_settings.getBoolSetting(u"showWarnings"_s))
         reportRoverCompatibility(m_prompts, styleName, styleBytes, QDir(m_folder.blocksFolder()).entryList(QDir::Files),
-                                 updateName, updateBytes);
+                                 updateName, updateBytes, m_blocksetFileName, QFileInfo(m_blocksetPath).size());
     return Result();
 }
 

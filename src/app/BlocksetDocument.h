@@ -2,6 +2,7 @@
 
 #include "formats/BlocksetModel.h"
 #include "items/ItemKind.h"
+#include "storage/PackedEntries.h"
 #include "storage/Result.h"
 #include "symbols/OperationHost.h"
 
@@ -107,6 +108,8 @@ public:
     // Lets pending window messages run once (long commands call it between steps).
     void letEventsRun();
     WorkingFolder &folder() { return m_folder; }
+    // The packed forms of the working folder's files that a save can copy as they are.
+    PackedEntries &packedEntries() { return m_packed; }
 
     // Text for stbProcess after open and new, from the symbol check boxes.
     QString symbolModeText() const;
@@ -158,4 +161,5 @@ private:
 
     BlocksetContent m_content;
     QString m_updateComment;
+    PackedEntries m_packed;
 };

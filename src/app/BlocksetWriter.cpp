@@ -27,11 +27,11 @@ Result BlocksetWriter::writeStyle(const QString &styleName, const BlocksetConten
     return Result();
 }
 
-Result BlocksetWriter::packArchive(const QString &archivePath)
+Result BlocksetWriter::packArchive(const QString &archivePath, PackedEntries &packed)
 {
     if (archivePath.isEmpty())
         return Result::failure(u"the blockset has no file yet"_s);
-    ArchiveWriter archive(archivePath);
+    ArchiveWriter archive(archivePath, &packed);
     if (Result added = archive.addFolder(m_folder.workingFolder()); !added)
         return added;
     return archive.write();
