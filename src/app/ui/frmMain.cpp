@@ -11,6 +11,7 @@
 #include "app/ui/SettingsTab.h"
 #include "app/ui/SymbolCommands.h"
 #include "app/ui/VersionTab.h"
+#include "app/ui/WebCommands.h"
 #include "app/ui/frmAbout.h"
 #include "app/ui/frmNew.h"
 #include "common/HiveRegistry.h"
@@ -233,6 +234,7 @@ void frmMain::load()
     m_presenter = new DocumentPresenter(*m_document, *m_settings, views, this);
     m_itemCommands = new ItemCommands(*m_document, *m_presenter, this);
     m_symbolCommands = new SymbolCommands(*m_document, *m_presenter, *m_settingsTab, this);
+    m_webCommands = new WebCommands(*m_document, *m_presenter, m_actions, this);
     // The settings key, with defaults where values are missing.
     m_settings->loadSettings();
     // The working folder and its blocks, textures and sounds folders.
