@@ -46,8 +46,9 @@ BlocksetSizeMonitor::~BlocksetSizeMonitor()
 
 void BlocksetSizeMonitor::settle()
 {
-    // A refresh may start workers for files that changed meanwhile: a few rounds at most.
-    for (int round = 0; round < 3 && (m_refreshLater.isActive() || !m_running.isEmpty()); ++round) {
+    refresh();
+    // A refresh starts workers for files that changed meanwhile: a few rounds at most.
+    for (int round = 0; round < 3 && !m_running.isEmpty(); ++round) {
         m_pool.waitForDone();
         QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
         refresh();

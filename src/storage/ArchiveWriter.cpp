@@ -36,6 +36,7 @@ Result ArchiveWriter::addFolder(const QString &folder)
     QByteArray root = PlatformFile::encodeName(folder);
     while (root.size() > 1 && root.endsWith('/'))
         root.chop(1);
+    m_root = root;
     PlatformFile::Folder rootFolder;
     int rootError = 0;
     if (!PlatformFile::openFolder(root, true, rootFolder, rootError))
@@ -148,9 +149,10 @@ Result ArchiveWriter::writeEntries(ArchiveSink &sink, const QString &target) con
     const auto failed = [&] { return Result::failure(u"cannot write \"%1\": %2"_s.arg(m_target, zip.error())); };
     if (!zip.begin())
         return failed();
-    const std::time_t now = std::time(nullptr);
     for (const QString &folder : m_emptyFolders) {
-        if (!zip.addFolder(folder, now))
+        // The folder's own time, so that saving an unchanged blockset writes the same bytes.
+        const PlatformFile::FileStamp stamp = PlatformFile::fileStamp(m_root + '/' + PlatformFile::encodeName(folder));
+        if (!zip.addFolder(folder, std::time_t(stamp.exists ? stamp.mtimeNs / 1000000000 : std::time(nullptr))))
             return failed();
     }
     std::vector<PackedEntries::Written> written;

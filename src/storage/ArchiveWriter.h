@@ -48,6 +48,7 @@ private:
 
     QString m_target;
     PackedEntries *m_packed = nullptr;
+    QByteArray m_root; // the folder added last
     std::vector<PackedFile> m_files;
     std::vector<QString> m_emptyFolders; // "name/" entries
 };

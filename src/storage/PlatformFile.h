@@ -4,7 +4,6 @@
 #include <QByteArrayView>
 #include <QString>
 
-#include <zip.h>
 
 #include <ctime>
 #include <functional>
@@ -174,9 +173,6 @@ void keepAllocatorMemory();
 // local-time conversion (libzip converts the time of every archive entry it
 // reads). Called at the start of a program, before any other thread runs.
 void readTimeZoneOnce();
-
-// A libzip source reading the file at `path` when the archive is written.
-zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error);
 
 // A lock file held by this process: a second process cannot take it while this
 // one lives, and the lock ends with the process. flock on Unix; a QLockFile on

@@ -154,6 +154,8 @@ private slots:
         QCOMPARE(addItems(host, ItemKind::Texture), 1);
         QCOMPARE(host.scripted.messageTexts(),
                  QStringList({u"There is already a texture \"sky.gif\" in the blockset!"_s,
+                              u"Rover cannot use the texture \"wall.jpg\": neither a GIF nor a JPEG image.\nIt is "
+                              "added, but Rover draws the parts that use it untextured."_s,
                               u"\"a:b.gif\" cannot be used as a file name!"_s}));
         QCOMPARE(host.blockset.textures.last().sizeText, u" 1,234,567"_s);
         QCOMPARE(host.processTexts.last(), u"1 texture added."_s);
@@ -167,7 +169,7 @@ private slots:
         QCOMPARE(addItems(host, ItemKind::Sound), 0);
         QCOMPARE(host.processTexts.last(), QString());
         QCOMPARE(host.blockset.sounds.size(), 1);
-        QCOMPARE(host.scripted.messages.size(), 2);
+        QCOMPARE(host.scripted.messages.size(), 3);
     }
 
     void failedCopyLeavesNothing()
