@@ -88,9 +88,10 @@ QByteArray photoJpeg(int side, quint32 seed)
     QBuffer thumb(&thumbnail);
     thumb.open(QIODevice::WriteOnly);
     image.scaled(64, 64).save(&thumb, "JPEG", 80);
-    return buffer.data().insert(2, marker('\xE1', "Exif\0\0" + thumbnail)
-                                       + marker('\xE2', "ICC_PROFILE" + QByteArray(3000, 'i'))
-                                       + marker('\xFE', "Created with a photo tool"));
+    QByteArray bytes = buffer.data();
+    return bytes.insert(2, marker('\xE1', QByteArray("Exif\0\0", 6) + thumbnail)
+                               + marker('\xE2', "ICC_PROFILE" + QByteArray(3000, 'i'))
+                               + marker('\xFE', "Created with a photo tool"));
 }
 
 // A GIF as an image editor leaves it: 256 colours chosen for the picture.
@@ -248,7 +249,8 @@ int main(int argc, char *argv[])
 
     // check on a blockset of about 300 KB.
     const QString checkFolder = sets.filePath(u"Check"_s);
-    makeSet(checkFolder, u"Check"_s, 14, 12, 40, 1);
+    makeSet(checkFolder, u"Check"_s, 8, 8, 40, 1);
+    writeFile(checkFolder + u"/textures/broken.gif"_s, "GIF89a" + QByteArray(100, 'x')); // makes check read every block
     const QString checked = packSet(checkFolder, sets.filePath(u"Check.bset"_s));
     if (!editor.document.openBlockset(checked))
         fail(u"cannot open the check set"_s);
