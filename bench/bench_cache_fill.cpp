@@ -1,9 +1,10 @@
 // The cache manager's fill on a cache of 10,000 small blocksets in nested host
 // folders (100 hosts, 10 folders each, 10 blocksets per folder) with an index
-// listing every one, timed beside a bare loop over the same files that walks
-// the folders, opens each archive with libzip and lists its entries. Both run
-// in the same process, alternately, several times; the best run of each counts
-// and the ratio is printed. Wall clock and this process's CPU time are shown.
+// listing every one, beside a bare loop over the same files that walks the
+// folders, opens each archive with libzip and lists its entries, and beside the
+// manager window showing the same cache (offscreen). Each measurement runs in a
+// fresh process of this program, so that its peak memory (VmHWM) is its own;
+// the best time of several runs counts. Wall clock and CPU time are shown.
 //
 // The cache lives in a fake Wine prefix (WINEPREFIX) in a temporary folder, so
 // the fill starts exactly as the window's does: lookup, walk, archives, index.
@@ -12,14 +13,17 @@
 
 #include "cache/CacheLocation.h"
 #include "cache/CacheManager.h"
+#include "cache/ui/frmManager.h"
 #include "common/HiveRegistry.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
+#include "storage/PlatformFile.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <zip.h>
@@ -28,8 +32,8 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
-#include <functional>
 #include <limits>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -84,26 +88,107 @@ double cpuSeconds()
     return double(std::clock()) / CLOCKS_PER_SEC;
 }
 
-struct Timing {
+// This process's peak resident memory so far, in KiB.
+long peakKiB()
+{
+    QFile status(u"/proc/self/status"_s);
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (QByteArray line = status.readLine(); !line.isEmpty(); line = status.readLine()) {
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').first().toLong();
+    }
+    return -1;
+}
+
+void bareLoop(const QString &cache)
+{
+    qint64 entries = 0;
+    QDirIterator it(cache, {u"*.bset"_s}, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        int code = 0;
+        zip_t *za = zip_open(QFile::encodeName(it.next()).constData(), ZIP_RDONLY, &code);
+        if (!za)
+            continue;
+        const zip_int64_t n = zip_get_num_entries(za, 0);
+        for (zip_int64_t e = 0; e < n; ++e)
+            entries += zip_get_name(za, zip_uint64_t(e), ZIP_FL_ENC_GUESS) != nullptr;
+        zip_discard(za);
+    }
+    std::printf("rows %lld\n", (long long)entries / 6);
+}
+
+// One measurement in this process: "wall cpu peakKiB startKiB".
+int measureOne(int argc, char *argv[], const QString &what, const QString &folder)
+{
+    PlatformFile::readTimeZoneOnce(); // as both programs do
+    std::unique_ptr<QCoreApplication> app;
+    if (what == u"window"_s)
+        app = std::make_unique<QApplication>(argc, argv);
+    else
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    HiveRegistry settingsHive(folder + u"/settings.reg"_s);
+    RegistryWrapper settings(settingsHive);
+    SilentPrompts prompts;
+    RoverMachine machine;
+    const long start = peakKiB();
+    const auto wallStart = std::chrono::steady_clock::now();
+    const double cpuStart = cpuSeconds();
+    if (what == u"fill"_s) {
+        CacheManager manager(machine, prompts, settings);
+        manager.load();
+        std::printf("rows %lld\n", (long long)manager.rows().size());
+    } else if (what == u"window"_s) {
+        frmManager window(machine, prompts, settings);
+        window.show();
+        QApplication::processEvents();
+        std::printf("rows %lld\n", (long long)window.manager().rows().size());
+    } else {
+        bareLoop(folder + u"/prefix/drive_c/Program Files (x86)/Rover/Flatland"_s);
+    }
+    const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - wallStart).count();
+    std::printf("measured %.4f %.4f %ld %ld\n", wall, cpuSeconds() - cpuStart, peakKiB(), start);
+    return 0;
+}
+
+struct Figures {
     double wall = std::numeric_limits<double>::max();
     double cpu = std::numeric_limits<double>::max();
+    long peak = 0;
+    long start = 0;
+    QByteArray rows;
 };
 
-void measure(Timing &best, const std::function<void()> &work)
+bool runChild(const QString &what, const QString &folder, Figures &best)
 {
-    const auto start = std::chrono::steady_clock::now();
-    const double cpuStart = cpuSeconds();
-    work();
-    const double cpu = cpuSeconds() - cpuStart;
-    const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    best.wall = std::min(best.wall, wall);
-    best.cpu = std::min(best.cpu, cpu);
+    QProcess child;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(), {u"--measure"_s, what, folder});
+    if (!child.waitForFinished(600000) || child.exitCode() != 0)
+        return false;
+    for (const QByteArray &line : child.readAllStandardOutput().split('\n')) {
+        const QList<QByteArray> parts = line.split(' ');
+        if (parts.first() == "rows")
+            best.rows = parts.value(1);
+        if (parts.first() != "measured" || parts.size() != 5)
+            continue;
+        best.wall = std::min(best.wall, parts[1].toDouble());
+        best.cpu = std::min(best.cpu, parts[2].toDouble());
+        best.peak = std::max(best.peak, parts[3].toLong());
+        best.start = parts[4].toLong();
+        return true;
+    }
+    return false;
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    if (argc == 4 && QByteArrayView(argv[1]) == "--measure")
+        return measureOne(argc, argv, QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
     QCoreApplication app(argc, argv);
     const int count = argc > 1 ? std::max(1, std::atoi(argv[1])) : 10000;
     const int runs = argc > 2 ? std::max(1, std::atoi(argv[2])) : 3;
@@ -142,38 +227,21 @@ int main(int argc, char *argv[])
         return 1;
     indexFile.close();
 
-    HiveRegistry settingsHive(dir.path() + u"/settings.reg"_s);
-    RegistryWrapper settings(settingsHive);
-    SilentPrompts prompts;
-    RoverMachine machine;
-
-    Timing fill, bare;
-    qsizetype rows = 0;
-    qint64 entries = 0;
+    const QStringList kinds = {u"fill"_s, u"bare"_s, u"window"_s};
+    QList<Figures> best(kinds.size());
     for (int run = 0; run < runs; ++run) {
-        measure(fill, [&] {
-            CacheManager manager(machine, prompts, settings);
-            manager.load();
-            rows = manager.rows().size();
-        });
-        measure(bare, [&] {
-            entries = 0;
-            QDirIterator it(cache, {u"*.bset"_s}, QDir::Files, QDirIterator::Subdirectories);
-            while (it.hasNext()) {
-                int code = 0;
-                zip_t *za = zip_open(QFile::encodeName(it.next()).constData(), ZIP_RDONLY, &code);
-                if (!za)
-                    continue;
-                const zip_int64_t n = zip_get_num_entries(za, 0);
-                for (zip_int64_t e = 0; e < n; ++e)
-                    entries += zip_get_name(za, zip_uint64_t(e), ZIP_FL_ENC_GUESS) != nullptr;
-                zip_discard(za);
+        for (int k = 0; k < kinds.size(); ++k) {
+            if (!runChild(kinds[k], dir.path(), best[k])) {
+                std::printf("the %s measurement failed\n", qPrintable(kinds[k]));
+                return 1;
             }
-        });
+        }
     }
-    std::printf("rows filled: %lld, entries listed by the bare loop: %lld\n", (long long)rows, (long long)entries);
-    std::printf("manager fill : %.3f s wall, %.3f s CPU (best of %d)\n", fill.wall, fill.cpu, runs);
-    std::printf("bare libzip  : %.3f s wall, %.3f s CPU (best of %d)\n", bare.wall, bare.cpu, runs);
-    std::printf("ratio        : %.2fx wall, %.2fx CPU\n", fill.wall / bare.wall, fill.cpu / bare.cpu);
+    const char *names[] = {"manager fill ", "bare libzip  ", "window shown "};
+    for (int k = 0; k < kinds.size(); ++k)
+        std::printf("%s: %.3f s wall, %.3f s CPU (best of %d), peak %.1f MB (%.1f MB before), %s rows\n", names[k],
+                    best[k].wall, best[k].cpu, runs, double(best[k].peak) / 1024, double(best[k].start) / 1024,
+                    best[k].rows.constData());
+    std::printf("fill / bare  : %.2fx wall, %.2fx CPU\n", best[0].wall / best[1].wall, best[0].cpu / best[1].cpu);
     return 0;
 }

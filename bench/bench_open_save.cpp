@@ -55,6 +55,10 @@ public:
         ++shown;
         return buttons == PromptButtons::Ok ? PromptAnswer::Ok : PromptAnswer::Yes;
     }
+    int choose(const QString &, const QString &, const QString &, const QStringList &, PromptIcon) override
+    {
+        return -1;
+    }
     QString openFile(const QString &, const QString &, const QString &) override { return QString(); }
     QStringList openFiles(const QString &, const QString &, const QString &) override { return {}; }
     QString saveFile(const QString &, const QString &, const QString &, const QString &) override { return target; }

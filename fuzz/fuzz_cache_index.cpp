@@ -1,19 +1,30 @@
 // Rover's cache index as the cache manager reads it, and the index it writes
-// back, which Rover must accept whatever the old one held.
+// back after a change, which Rover must accept whatever the old one held and
+// which must still hold every other element it read.
 #include "FuzzSupport.h"
-#include "cache/CacheIndex.h"
+#include "cache/CacheIndexFile.h"
 #include "rover/RoverCacheRules.h"
 
 CUBRIX_FUZZ_ENTRY(fuzzCacheIndex)
 {
-    QList<CacheRow> rows(2);
-    rows[0].fileName = QStringLiteral("castle.bset");
-    rows[1].fileName = QStringLiteral("a.bset");
-    readCacheIndex(fuzzBytes(data, size), rows);
-    QByteArray written;
-    if (cacheIndexBytes(rows, written) && hasRoverError(checkRoverCache(written))) {
-        std::fprintf(stderr, "Rover refuses the written index:\n%s\n", written.constData());
-        std::abort();
+    const CacheIndexFile index(fuzzBytes(data, size));
+    if (!index.usable())
+        return 0;
+    QList<int> all;
+    for (int i = 0; i < index.elements().size(); ++i)
+        all.append(i);
+    const QList<int> first = all.mid(0, 1);
+    const struct {
+        QByteArray bytes;
+        qsizetype elements;
+    } written[] = {{index.rewritten({}, all), all.size()}, {index.rewritten(first, {}), all.size() - first.size()}};
+    for (const auto &[bytes, elements] : written) {
+        const CacheIndexFile again(bytes);
+        if (hasRoverError(checkRoverCache(bytes)) || again.elements().size() != elements
+            || !again.rejected().isEmpty()) {
+            std::fprintf(stderr, "The written index is refused or lost elements:\n%s\n", bytes.constData());
+            std::abort();
+        }
     }
     return 0;
 }

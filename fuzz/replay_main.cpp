@@ -26,6 +26,7 @@ int fuzzCacheIndex(const uint8_t *, size_t);
 int fuzzRover(const uint8_t *, size_t);
 int fuzzRoverBlock(const uint8_t *, size_t);
 int fuzzMedia(const uint8_t *, size_t);
+int fuzzBsp(const uint8_t *, size_t);
 }
 
 int main(int argc, char **argv)
@@ -37,7 +38,7 @@ int main(int argc, char **argv)
         {QStringLiteral("values"), fuzzValues},       {QStringLiteral("hive"), fuzzHive},
         {QStringLiteral("archive"), fuzzArchive},     {QStringLiteral("cache_index"), fuzzCacheIndex},
         {QStringLiteral("rover"), fuzzRover},         {QStringLiteral("rover_block"), fuzzRoverBlock},
-        {QStringLiteral("media"), fuzzMedia}};
+        {QStringLiteral("media"), fuzzMedia},         {QStringLiteral("bsp"), fuzzBsp}};
     const QStringList arguments = app.arguments();
     const FuzzFunction target = targets.value(arguments.value(1));
     if (!target) {

@@ -9,6 +9,7 @@
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
 #include "storage/ArchiveReader.h"
+#include "storage/PairSwitch.h"
 #include "storage/WorkingFolder.h"
 #include "symbols/SymbolScheme.h"
 
@@ -178,6 +179,9 @@ Result BlocksetDocument::openBlockset(const QString &file)
 
     setBusy(true);
     letEventsRun();
+    // A save killed halfway left a journal beside the archive: finish or undo it first.
+    if (Result recovered = PairSwitch::recover(m_blocksetPath); !recovered)
+        return failOpen(recovered.reason());
     {
         ArchiveReader archive;
         std::vector<ArchiveEntryOrigin> origins;
@@ -316,24 +320,37 @@ Result BlocksetDocument::saveBlockset()
     QString updateName;
     QByteArray styleBytes;
     QByteArray updateBytes;
+    const bool writeUpdate = m_settings.getBoolSetting(u"updateFile"_s) && (m_updateChanged || m_blocksetChanged);
     if (m_blocksetChanged) {
         showProcess(u"Saving blockset..."_s);
         styleName = nativeBaseName(m_blocksetFileName) + u".style"_s;
         if (Result written = writer.writeStyle(styleName, m_content, styleBytes); !written)
             return failSave(u"Unable to write style file!"_s, written);
-        if (Result packed = writer.packArchive(m_blocksetPath, m_packed); !packed)
-            return failSave(u"Unable to save blockset!"_s, packed);
-        result = u"Blockset "_s;
-    }
-
-    if (m_settings.getBoolSetting(u"updateFile"_s) && (m_updateChanged || m_blocksetChanged)) {
+        if (writeUpdate) {
+            // The archive and its update file go in place together, or neither does.
+            bool updateFailed = false;
+            if (Result packed = writer.packPair(m_blocksetPath, m_packed, updateFilePath(), m_content.style.version,
+                                                m_updateComment, updateBytes, updateFailed);
+                !packed)
+                return failSave(updateFailed ? u"Unable to save update information!\nThe blockset was not saved: it "
+                                               "stays on disk as it was."_s
+                                             : u"Unable to save blockset!"_s,
+                                packed);
+            updateName = QFileInfo(updateFilePath()).fileName();
+            result = u"Blockset and update file "_s;
+        } else {
+            if (Result packed = writer.packArchive(m_blocksetPath, m_packed); !packed)
+                return failSave(u"Unable to save blockset!"_s, packed);
+            result = u"Blockset "_s;
+        }
+    } else if (writeUpdate) {
         showProcess(u"Saving update file..."_s);
         if (Result written = BlocksetWriter::writeUpdateFile(updateFilePath(), m_blocksetPath, m_content.style.version,
                                                              m_updateComment, updateBytes);
             !written)
             return failSave(u"Unable to save update information!"_s, written);
         updateName = QFileInfo(updateFilePath()).fileName();
-        result = result.isEmpty() ? u"Update file "_s : result + u"and update file "_s;
+        result = u"Update file "_s;
     }
 
     m_blocksetChanged = false;
@@ -380,19 +397,12 @@ Result BlocksetDocument::saveCommand()
     return m_blocksetUntitled ? saveBlocksetAs() : saveBlockset();
 }
 
-void BlocksetDocument::askSaveOnUnload()
+bool BlocksetDocument::askSaveOnUnload()
 {
     if (!m_blocksetOpen || !isChanged())
-        return;
-    const PromptAnswer answer = m_prompts.message(u"The blockset has been changed. Do you want to save it first?"_s,
-                                                  u"Blockset Changed"_s, PromptButtons::YesNo, PromptIcon::Question);
-    if (answer != PromptAnswer::Yes)
-        return;
-    // An untitled blockset has no archive yet: ask for a name rather than fail.
-    if (m_blocksetUntitled || m_blocksetPath.isEmpty())
-        (void)saveBlocksetAs();
-    else
-        (void)saveBlockset();
+        return true;
+    return askSave(u"The blockset has been changed. Do you want to save it first?"_s, u"Blockset Changed"_s)
+           != SaveQuestion::Cancel;
 }
 
 void BlocksetDocument::editStyleValue(StyleField field, const QString &value)

@@ -42,8 +42,10 @@ public:
     Result saveBlocksetAs();
     // The Save command: Save As while the blockset is untitled.
     Result saveCommand();
-    // The unload question of the main window (asked only for a changed open blockset).
-    void askSaveOnUnload();
+    // The unload question of the main window (asked only for a changed open
+    // blockset): false when the user cancelled, or a save the user asked for did
+    // not happen, so the window stays open and nothing is lost.
+    bool askSaveOnUnload();
 
     // Runs an edit of the open blockset (an item or symbol operation) and
     // announces what it changed.

@@ -132,9 +132,7 @@ Result BlocksetReader::read(const QString &archivePath, const QString &updatePat
         QByteArray bytes;
         if (Result update = readWholeFile(updatePath, bytes); !update)
             return update;
-        Parser parser;
-        parser.setBuffer(bytes);
-        read.updateComment = readUpdate(parser);
+        read.updateComment = readUpdate(bytes);
     }
     return Result();
 }

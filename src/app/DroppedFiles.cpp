@@ -9,9 +9,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The type of a dropped file: its extension, ignoring case as Windows and Rover do.
 QString dropType(const QString &path)
 {
-    return getExtension(nativeFileName(path));
+    return getExtension(nativeFileName(path)).toLower();
 }
 
 } // namespace
@@ -36,6 +37,17 @@ DropOutcome dropFiles(BlocksetDocument &document, const QStringList &paths)
         return isItemFile(ItemKind::Block, path) || isItemFile(ItemKind::Texture, path)
                || isItemFile(ItemKind::Sound, path);
     });
+    QStringList skipped;
+    for (const QString &path : paths) {
+        if (!isDroppableFile(path))
+            skipped.append(u"\""_s + nativeFileName(path) + u'"');
+    }
+    if (!skipped.isEmpty()) {
+        document.prompts().message(skipped.join(u", "_s)
+                                       + u" cannot be added: a blockset takes block, texture and "
+                                         "sound files (.block, .gif, .jpg, .wav)."_s,
+                                   u"Dropped Files"_s, PromptButtons::Ok, PromptIcon::Exclamation);
+    }
     if (!anyItem)
         return DropOutcome::Nothing;
     if (!document.blocksetOpen()) {

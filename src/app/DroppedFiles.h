@@ -5,8 +5,8 @@
 class BlocksetDocument;
 
 // Files dropped on the editor window. The type of a file is the text after its
-// last "." as written: "bset", "block", "gif", "jpg" and "wav" are taken,
-// "photo.JPG" is not.
+// last ".", ignoring case: "bset", "block", "gif", "jpg" and "wav" are taken
+// ("photo.JPG" too); every other file is named in one message.
 bool isDroppableFile(const QString &path);
 
 enum class DropOutcome { Nothing, OpenedBlockset, AddedItems };

@@ -1,22 +1,11 @@
 #include "cache/CacheIndex.h"
 
-#include "common/CommonFunctions.h"
-#include "storage/Cp1252.h"
-#include "formats/Parser.h"
-
-#include <QHash>
-#include <QSaveFile>
-
-#include <algorithm>
-#include <limits>
+#include "cache/CacheAddress.h"
+#include "cache/CacheIndexFile.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-struct IndexEntry {
-    QString href, version, name, synopsis, updated;
-};
 
 void fillUnknown(QString &column, const QString &value)
 {
@@ -24,48 +13,34 @@ void fillUnknown(QString &column, const QString &value)
         column = value;
 }
 
-qint32 toSeconds(const QString &text)
+QString elements(int count)
 {
-    bool ok = false;
-    const qlonglong value = text.trimmed().toLongLong(&ok);
-    if (!ok)
-        return 0;
-    return qint32(std::clamp<qlonglong>(value, std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max()));
-}
-
-void apply(const IndexEntry &entry, QList<CacheRow> &rows, const QHash<QString, QList<int>> &byName)
-{
-    if (entry.href.isEmpty())
-        return;
-    const auto found = byName.constFind(getUrlFileName(entry.href));
-    if (found == byName.cend())
-        return;
-    for (int index : *found) {
-        CacheRow &row = rows[index];
-        if (entry.updated == u"0"_s) {
-            row.updated = CacheRow::Updated::ForceDownload;
-        } else {
-            row.updated = CacheRow::Updated::Date;
-            row.updatedTime = toSeconds(entry.updated);
-        }
-        fillUnknown(row.version, entry.version);
-        fillUnknown(row.name, entry.name);
-        fillUnknown(row.synopsis, entry.synopsis);
-    }
-}
-
-void appendAttribute(QString &line, QLatin1StringView name, const QString &value)
-{
-    // Rover's strings have no escape: a double quote inside would end the value early.
-    QString clean = value;
-    clean.replace(u'"', u'\'');
-    // Rover reads the index line by line and cuts a line at a NUL: a value keeps
-    // to its line and holds no NUL, or the whole index would be refused.
-    clean.remove(QChar(0)).remove(u'\r').remove(u'\n');
-    line += u' ' + name + u"=\""_s + clean + u'"';
+    return count == 1 ? u"1 element"_s : QString::number(count) + u" elements"_s;
 }
 
 } // namespace
+
+CacheRowLookup::CacheRowLookup(const QList<CacheRow> &rows) : m_rows(rows)
+{
+    m_byKey.reserve(rows.size());
+    for (int i = 0; i < rows.size(); ++i)
+        m_byKey.insert(cacheKeyOfFile(rows[i].path, rows[i].fileName), i);
+}
+
+int CacheRowLookup::find(const QString &href) const
+{
+    const QString key = cacheKeyOfAddress(href);
+    if (!key.isEmpty())
+        return m_byKey.value(key, -1);
+    if (m_byName.isEmpty()) {
+        // Only an address of no folder needs the names: made at the first.
+        for (int i = 0; i < m_rows.size(); ++i) {
+            const QString name = cacheKeyOfFile({}, m_rows[i].fileName);
+            m_byName.insert(name, m_byName.contains(name) ? -1 : i);
+        }
+    }
+    return m_byName.value(cacheKeyOfName(href), -1);
+}
 
 void markNoCacheIndex(QList<CacheRow> &rows)
 {
@@ -73,78 +48,69 @@ void markNoCacheIndex(QList<CacheRow> &rows)
         row.updated = CacheRow::Updated::NoIndex;
 }
 
-void readCacheIndex(const QByteArray &bytes, QList<CacheRow> &rows)
+void applyCacheIndex(const CacheIndexFile &index, QList<CacheRow> &rows)
 {
-    QHash<QString, QList<int>> byName;
-    for (int i = 0; i < rows.size(); ++i) {
-        rows[i].updated = CacheRow::Updated::NotListed;
-        byName[rows[i].fileName].append(i);
-    }
-    Parser parser;
-    parser.setBuffer(bytes);
-    parser.normaliseBuffer();
-    QByteArrayView tag;
-    while (parser.getNextTagView(tag)) {
-        QByteArrayView word;
-        if (!getNextWordView(tag, word))
-            continue; // a comment
-        if (nameEquals(word, "/cache"_L1))
-            break;
-        if (!nameEquals(word, "blockset"_L1))
+    for (CacheRow &row : rows)
+        row.updated = CacheRow::Updated::NotListed;
+    const CacheRowLookup lookup(rows);
+    for (const CacheIndexFile::Element &element : index.elements()) {
+        const int found = lookup.find(element.href);
+        if (found < 0)
             continue;
-        IndexEntry entry;
-        QByteArrayView name, value;
-        while (getNextAttributeView(tag, name, value)) {
-            QString *target = nameEquals(name, "href"_L1)       ? &entry.href
-                              : nameEquals(name, "version"_L1)  ? &entry.version
-                              : nameEquals(name, "name"_L1)     ? &entry.name
-                              : nameEquals(name, "synopsis"_L1) ? &entry.synopsis
-                              : nameEquals(name, "updated"_L1)  ? &entry.updated
-                                                                : nullptr;
-            if (target)
-                *target = fromCp1252(value);
+        CacheRow &row = rows[found];
+        row.updated = element.updated == 0 ? CacheRow::Updated::ForceDownload : CacheRow::Updated::Date;
+        row.updatedTime = element.updated;
+        fillUnknown(row.version, element.version);
+        fillUnknown(row.name, element.name);
+        fillUnknown(row.synopsis, element.synopsis);
+    }
+}
+
+QStringList cacheIndexNotes(const CacheIndexFile &index)
+{
+    QStringList notes;
+    if (!index.usable())
+        return {u"cache.txt: "_s + index.problem() + u". Rover discards it and builds a new index from the files."_s};
+    for (const CacheIndexFile::Rejected &part : index.rejected()) {
+        notes.append(u"cache.txt line %1: %2. Rover would discard the whole index for it; the next change here "
+                     "leaves it out."_s.arg(part.line)
+                         .arg(part.reason));
+    }
+    if (index.endMissing())
+        notes.append(u"cache.txt ends before </CACHE>. Rover would discard the whole index; the next change here "
+                     "adds the end."_s);
+    return notes;
+}
+
+QString CacheIndexEdit::droppedText() const
+{
+    QStringList parts;
+    if (rejected > 0)
+        parts.append(elements(rejected) + u" Rover would reject (for any one of them it discards the whole index)"_s);
+    if (missing > 0)
+        parts.append(elements(missing)
+                     + u" whose blockset file is not in the cache (Rover would fail to load that blockset and never "
+                       "download it again)"_s);
+    return parts.isEmpty() ? QString() : u"Left out of cache.txt: "_s + parts.join(u" and "_s) + u'.';
+}
+
+CacheIndexEdit editCacheIndex(const CacheIndexFile &index, const QList<CacheRow> &files, const QString &key,
+                              CacheIndexChange change)
+{
+    CacheIndexEdit edit;
+    edit.rejected = int(index.rejected().size());
+    const CacheRowLookup lookup(files);
+    QList<int> dropped, forced;
+    for (int i = 0; i < index.elements().size(); ++i) {
+        const int found = lookup.find(index.elements()[i].href);
+        if (found < 0) {
+            ++edit.missing;
+            dropped.append(i);
+        } else if (cacheKeyOfFile(files[found].path, files[found].fileName) == key) {
+            ++edit.changed;
+            (change == CacheIndexChange::Remove ? dropped : forced).append(i);
         }
-        apply(entry, rows, byName);
     }
-}
-
-bool cacheIndexBytes(const QList<CacheRow> &rows, QByteArray &bytes)
-{
-    QString text = u"<CACHE>\r\n"_s;
-    for (const CacheRow &row : rows) {
-        if (row.updated == CacheRow::Updated::NotListed)
-            continue;
-        if (row.updated == CacheRow::Updated::NoIndex)
-            return false;
-        QString line = u"\t<BLOCKSET"_s;
-        appendAttribute(line, "HREF"_L1, row.url());
-        appendAttribute(line, "SIZE"_L1, QString::number(row.size));
-        appendAttribute(line, "UPDATED"_L1,
-                        row.updated == CacheRow::Updated::ForceDownload ? u"0"_s : QString::number(row.updatedTime));
-        if (row.name != u"?"_s)
-            appendAttribute(line, "NAME"_L1, row.name);
-        if (row.synopsis != u"?"_s)
-            appendAttribute(line, "SYNOPSIS"_L1, row.synopsis);
-        if (row.version != u"?"_s)
-            appendAttribute(line, "VERSION"_L1, row.version);
-        text += line + u"/>\r\n"_s;
-    }
-    text += u"</CACHE>\r\n"_s;
-    bytes = toCp1252(text);
-    return true;
-}
-
-bool writeCacheIndexFile(const QString &file, const QList<CacheRow> &rows)
-{
-    QByteArray bytes;
-    if (!cacheIndexBytes(rows, bytes))
-        return false;
-    QSaveFile out(file);
-    if (!out.open(QIODevice::WriteOnly))
-        return false;
-    if (out.write(bytes) != bytes.size()) {
-        out.cancelWriting();
-        return false;
-    }
-    return out.commit();
+    edit.bytes = index.rewritten(dropped, forced);
+    return edit;
 }

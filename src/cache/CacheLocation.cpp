@@ -26,23 +26,38 @@ bool readText(Registry &registry, const QString &key, const QString &name, QStri
     return true;
 }
 
-} // namespace
-
-QString findCacheFolderIE(Registry &registry)
+// The "Location" of the Internet Explorer registration: the plug-in file.
+bool readLocation(Registry &registry, QString &location)
 {
     for (const QString &view : kViews) {
         const QString key = view + u"Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml"_s;
-        if (!registry.regKeyExists(RegRoot::LocalMachine, key))
-            continue;
-        QString location;
-        if (!readText(registry, key, u"Location"_s, location))
-            continue;
-        return (getFolder(location) + u"\\flatland"_s).toLower();
+        if (registry.regKeyExists(RegRoot::LocalMachine, key) && readText(registry, key, u"Location"_s, location))
+            return true;
     }
-    return {};
+    return false;
+}
+
+} // namespace
+
+QString findPluginFileIE(Registry &registry)
+{
+    QString location;
+    return readLocation(registry, location) ? location : QString();
+}
+
+QString findCacheFolderIE(Registry &registry)
+{
+    QString location;
+    return readLocation(registry, location) ? (getFolder(location) + u"\\flatland"_s).toLower() : QString();
 }
 
 QString findCacheFolderNetscape(Registry &registry, const std::function<QString(const QString &)> &hostPath)
+{
+    const QString plugin = findPluginFileNetscape(registry, hostPath);
+    return plugin.isEmpty() ? QString() : (getFolder(plugin) + u"\\flatland"_s).toLower();
+}
+
+QString findPluginFileNetscape(Registry &registry, const std::function<QString(const QString &)> &hostPath)
 {
     for (const QString &view : kViews) {
         const QString key = view + u"Netscape\\Netscape Navigator"_s;
@@ -56,7 +71,7 @@ QString findCacheFolderNetscape(Registry &registry, const std::function<QString(
         const QString plugin = hostPath(plugins + u"\\NPRover.dll"_s);
         if (plugin.isEmpty() || !QFileInfo(plugin).isFile())
             continue;
-        return (plugins + u"\\flatland"_s).toLower();
+        return plugins + u"\\NPRover.dll"_s;
     }
     return {};
 }
@@ -92,4 +107,14 @@ QString RoverMachine::cacheFolderNetscape()
 {
     const QString folder = findCacheFolderNetscape(*m_registry, [this](const QString &path) { return hostPath(path); });
     return hostPath(folder).isEmpty() ? QString() : folder;
+}
+
+QString RoverMachine::pluginFileIE()
+{
+    return hostPath(findPluginFileIE(*m_registry));
+}
+
+QString RoverMachine::pluginFileNetscape()
+{
+    return hostPath(findPluginFileNetscape(*m_registry, [this](const QString &path) { return hostPath(path); }));
 }

@@ -16,6 +16,9 @@ QString findCacheFolderIE(Registry &registry);
 // `hostPath` turns a Windows path into a host path ("" when it cannot); the
 // plug-in file "NPRover.dll" must exist there.
 QString findCacheFolderNetscape(Registry &registry, const std::function<QString(const QString &)> &hostPath);
+// The plug-in file each registration names (a Windows path as registered); "" when not found.
+QString findPluginFileIE(Registry &registry);
+QString findPluginFileNetscape(Registry &registry, const std::function<QString(const QString &)> &hostPath);
 
 // This machine's view of Rover: the registry holding HKEY_LOCAL_MACHINE (on
 // Windows the real one; elsewhere the Wine prefix's system.reg, opened read-only)
@@ -35,6 +38,9 @@ public:
     // drive in the prefix, a UNC path).
     QString cacheFolderIE();
     QString cacheFolderNetscape();
+    // The host path of the plug-in file of each registration; "" when not found.
+    QString pluginFileIE();
+    QString pluginFileNetscape();
 
 private:
     std::unique_ptr<Registry> m_registry;

@@ -1,17 +1,20 @@
 #include "cache/CacheManager.h"
 
-#include "cache/CacheIndex.h"
+#include "cache/CacheAddress.h"
+#include "cache/CacheIndexFile.h"
+#include "cache/CacheIndexStore.h"
 #include "cache/CacheLocation.h"
 #include "cache/CachedBlockset.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
+#include "storage/PlatformFile.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -19,6 +22,7 @@ namespace {
 
 const QString kNotInstalled = u"Flatland Rover is not installed. No blockset cache found."_s;
 const QString kWriteFailed = u"Couldn't write cache file to disk"_s;
+const QString kTitle = u"Cache Manager"_s;
 
 // Sort key of a numeric column; text columns give none.
 std::optional<qint64> numericKey(const CacheRow &row, int column)
@@ -54,6 +58,9 @@ void CacheManager::load()
                                               : Browser::None;
     const QString folder = m_browser == Browser::InternetExplorer ? m_ieFolder : m_netscapeFolder;
     m_cacheFolder = folder.isEmpty() ? QString() : m_machine.hostPath(folder);
+    m_pluginFile = m_browser == Browser::InternetExplorer ? m_machine.pluginFileIE()
+                   : m_browser == Browser::Netscape       ? m_machine.pluginFileNetscape()
+                                                          : QString();
     fill();
 }
 
@@ -65,58 +72,133 @@ void CacheManager::chooseBrowser(Browser browser)
     const QString folder =
         browser == Browser::InternetExplorer ? m_machine.cacheFolderIE() : m_machine.cacheFolderNetscape();
     m_cacheFolder = folder.isEmpty() ? QString() : m_machine.hostPath(folder);
+    m_pluginFile = browser == Browser::InternetExplorer ? m_machine.pluginFileIE() : m_machine.pluginFileNetscape();
     fill();
 }
 
 void CacheManager::fill()
 {
     m_rows.clear();
-    if (m_cacheFolder.isEmpty()) {
-        m_process = kNotInstalled;
-        return;
+    m_indexNotes.clear();
+    if (!m_cacheFolder.isEmpty()) {
+        walk(m_cacheFolder, QString(), true, m_rows);
+        readArchives();
+        sortByFolder();
+        QByteArray bytes;
+        bool exists = false;
+        const Result read = readCacheIndexFile(indexPath(), bytes, exists);
+        const CacheIndexFile index(bytes);
+        if (!read)
+            m_indexNotes.append(read.reason());
+        else if (exists)
+            m_indexNotes = cacheIndexNotes(index);
+        if (read && exists && index.usable())
+            applyCacheIndex(index, m_rows);
+        else
+            markNoCacheIndex(m_rows);
     }
-    walk(m_cacheFolder, QString());
-    std::stable_sort(m_rows.begin(), m_rows.end(), [](const CacheRow &a, const CacheRow &b) {
-        const int byPath = a.path.compare(b.path, Qt::CaseInsensitive);
-        return byPath != 0 ? byPath < 0 : a.fileName.compare(b.fileName, Qt::CaseInsensitive) < 0;
-    });
-    QFile index(m_cacheFolder + u"/cache.txt"_s);
-    if (index.open(QIODevice::ReadOnly))
-        readCacheIndex(index.readAll(), m_rows);
-    else
-        markNoCacheIndex(m_rows);
-    m_process.clear();
+    checkRover();
 }
 
-void CacheManager::walk(const QString &folder, const QString &relative)
+void CacheManager::checkRover()
 {
-    m_process = u"Checking "_s + QDir::toNativeSeparators(folder);
-    if (m_checking)
-        m_checking(m_process);
-    // One pass over the folder's entries, unsorted: the rows are sorted once the
-    // whole tree is walked.
+    m_roverProgram = m_pluginFile.isEmpty() ? QString() : PlatformFile::processUsingFile(m_pluginFile);
+    updateProcessText();
+}
+
+void CacheManager::updateProcessText()
+{
+    m_process = m_cacheFolder.isEmpty() ? kNotInstalled
+                : m_roverProgram.isEmpty()
+                    ? QString()
+                    : u"Rover is running ("_s + m_roverProgram
+                          + u"): changes to its cache would be undone. Close the browser first."_s;
+}
+
+QString CacheManager::indexPath() const
+{
+    // Rover names it "cache.txt"; Windows finds it whatever the case of its name.
+    const QString exact = m_cacheFolder + u"/cache.txt"_s;
+    if (QFileInfo::exists(exact))
+        return exact;
+    const QStringList found =
+        QDir(m_cacheFolder).entryList({u"cache.txt"_s}, QDir::Files | QDir::Hidden | QDir::System);
+    return found.isEmpty() ? exact : m_cacheFolder + u'/' + found.first();
+}
+
+void CacheManager::sortByFolder()
+{
+    // By Path, then File Name, ignoring case: each key is folded once, not at
+    // every comparison.
+    struct Key {
+        QString path, name;
+        int row;
+    };
+    std::vector<Key> keys;
+    keys.reserve(size_t(m_rows.size()));
+    for (int i = 0; i < m_rows.size(); ++i)
+        keys.push_back({cacheKeyOfFile({}, m_rows[i].path), cacheKeyOfFile({}, m_rows[i].fileName), i});
+    std::stable_sort(keys.begin(), keys.end(), [](const Key &a, const Key &b) {
+        const int byPath = a.path.compare(b.path);
+        return byPath != 0 ? byPath < 0 : a.name < b.name;
+    });
+    QList<CacheRow> sorted;
+    sorted.reserve(m_rows.size());
+    for (const Key &key : keys)
+        sorted.append(std::move(m_rows[key.row]));
+    m_rows = std::move(sorted);
+}
+
+void CacheManager::readArchives()
+{
+    for (int i = 0; i < m_rows.size(); ++i) {
+        const QString path = fullPath(i);
+        m_rows[i].size = QFileInfo(path).size();
+        readCachedBlockset(path, m_rows[i]);
+    }
+}
+
+void CacheManager::walk(const QString &folder, const QString &relative, bool progress, QList<CacheRow> &rows)
+{
+    PlatformFile::Folder root;
+    int err = 0;
+    if (PlatformFile::openFolder(PlatformFile::encodeName(folder), true, root, err))
+        walk(root, folder, relative, progress, rows);
+}
+
+void CacheManager::walk(const PlatformFile::Folder &dir, const QString &folder, const QString &relative, bool progress,
+                        QList<CacheRow> &rows)
+{
+    if (progress) {
+        m_process = u"Checking "_s + QDir::toNativeSeparators(folder);
+        if (m_checking)
+            m_checking(m_process);
+    }
+    // One pass over the folder's entries, unsorted and without a look at each
+    // file: the rows are sorted once the whole tree is walked. Links to folders
+    // are not followed.
+    std::vector<PlatformFile::Entry> entries;
+    int err = 0;
+    if (!PlatformFile::listFolder(dir, entries, err))
+        return;
     QStringList folders;
-    QDirIterator it(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
-    while (it.hasNext()) {
-        it.next();
-        const QFileInfo file = it.fileInfo();
-        if (file.isDir()) {
-            if (!file.isSymLink())
-                folders.append(file.fileName());
-            continue;
+    for (const PlatformFile::Entry &entry : entries) {
+        const QString name = PlatformFile::decodeName(entry.name);
+        if (entry.kind == PlatformFile::Kind::Folder) {
+            folders.append(name);
+        } else if (name.endsWith(u".bset"_s, Qt::CaseInsensitive)) {
+            CacheRow row;
+            row.fileName = name;
+            row.path = relative;
+            rows.append(std::move(row));
         }
-        if (!file.fileName().endsWith(u".bset"_s, Qt::CaseInsensitive))
-            continue;
-        CacheRow row;
-        row.fileName = file.fileName();
-        row.path = relative;
-        row.size = file.size();
-        readCachedBlockset(file.filePath(), row);
-        m_rows.append(row);
     }
     folders.sort(Qt::CaseInsensitive);
-    for (const QString &sub : std::as_const(folders))
-        walk(folder + u'/' + sub, relative.isEmpty() ? sub : relative + u'\\' + sub);
+    for (const QString &sub : std::as_const(folders)) {
+        PlatformFile::Folder child;
+        if (PlatformFile::openFolderAt(dir, PlatformFile::encodeName(sub), false, child, err))
+            walk(child, folder + u'/' + sub, relative.isEmpty() ? sub : relative + u'\\' + sub, progress, rows);
+    }
 }
 
 QString CacheManager::cellText(const CacheRow &row, int column)
@@ -159,45 +241,90 @@ QString CacheManager::fullPath(int row) const
     return m_cacheFolder + u'/' + (relative.isEmpty() ? QString() : relative + u'/') + r.fileName;
 }
 
+bool CacheManager::refuseWhileRoverRuns()
+{
+    checkRover();
+    if (m_roverProgram.isEmpty())
+        return false;
+    m_prompts.message(m_process, kTitle, PromptButtons::Ok, PromptIcon::Exclamation);
+    return true;
+}
+
+bool CacheManager::changeIndex(const CacheRow &target, CacheIndexChange change, QByteArray &before)
+{
+    const QString cannot = change == CacheIndexChange::Remove ? u"\nThe blockset stays in the cache."_s : QString();
+    QByteArray bytes;
+    bool exists = false;
+    if (const Result read = readCacheIndexFile(indexPath(), bytes, exists); !read) {
+        m_prompts.message(kWriteFailed + u'\n' + read.reason() + cannot, kTitle, PromptButtons::Ok,
+                          PromptIcon::Exclamation);
+        return false;
+    }
+    const CacheIndexFile index(bytes);
+    if (!exists || !index.usable()) {
+        // Rover builds a new index from the files it finds, each to be checked.
+        if (change == CacheIndexChange::ForceDownload)
+            m_prompts.message(u"Rover has no index it can use: it checks every blockset for an update when it "
+                              "next starts."_s,
+                              kTitle, PromptButtons::Ok, PromptIcon::Information);
+        return true;
+    }
+    QList<CacheRow> files;
+    walk(m_cacheFolder, QString(), false, files);
+    const CacheIndexEdit edit = editCacheIndex(index, files, cacheKeyOfFile(target.path, target.fileName), change);
+    if (edit.changed == 0) {
+        if (change == CacheIndexChange::ForceDownload)
+            m_prompts.message(u"cache.txt does not list "_s + target.fileName
+                                  + u": Rover downloads it again at its next use."_s,
+                              kTitle, PromptButtons::Ok, PromptIcon::Information);
+        return true;
+    }
+    if (const Result wrote = writeCacheIndexFile(indexPath(), edit.bytes); !wrote) {
+        m_prompts.message(kWriteFailed + u'\n' + wrote.reason() + cannot, kTitle, PromptButtons::Ok,
+                          PromptIcon::Exclamation);
+        return false;
+    }
+    before = bytes;
+    if (const QString dropped = edit.droppedText(); !dropped.isEmpty())
+        m_prompts.message(dropped, kTitle, PromptButtons::Ok, PromptIcon::Information);
+    return true;
+}
+
 bool CacheManager::remove(int row)
 {
-    if (row < 0 || row >= m_rows.size())
+    if (row < 0 || row >= m_rows.size() || refuseWhileRoverRuns())
         return false;
-    const QString fileName = m_rows.at(row).fileName;
+    const CacheRow target = m_rows.at(row);
     if (m_settings.getBoolSetting(u"showWarnings"_s)
-        && m_prompts.message(u"Are you sure to remove "_s + fileName + u'?', u"Remove Blockset from Cache"_s,
+        && m_prompts.message(u"Are you sure to remove "_s + target.fileName + u'?', u"Remove Blockset from Cache"_s,
                              PromptButtons::YesNo, PromptIcon::Question)
                != PromptAnswer::Yes)
         return false;
-    QFile file(fullPath(row));
-    if (!file.remove()) {
-        m_prompts.message(file.errorString(), u"Error"_s, PromptButtons::Ok, PromptIcon::Critical);
-        return false;
+    const QString path = fullPath(row);
+    QByteArray before;
+    bool removed = changeIndex(target, CacheIndexChange::Remove, before);
+    QFile file(path);
+    if (removed && !file.remove() && file.exists()) {
+        removed = false;
+        QString text = QDir::toNativeSeparators(path) + u": "_s + file.errorString();
+        if (!before.isEmpty()) {
+            if (const Result back = writeCacheIndexFile(indexPath(), before); !back)
+                text += u"\nThe index could not be put back: "_s + back.reason();
+        }
+        m_prompts.message(text, u"Error"_s, PromptButtons::Ok, PromptIcon::Critical);
     }
-    m_rows.removeAt(row);
-    writeIndex();
-    return true;
+    fill();
+    return removed;
 }
 
 bool CacheManager::forceDownload(int row)
 {
-    if (row < 0 || row >= m_rows.size())
+    if (row < 0 || row >= m_rows.size() || refuseWhileRoverRuns())
         return false;
-    // When the index cannot be written the row keeps what the index on disk says.
-    const CacheRow::Updated before = m_rows.at(row).updated;
-    m_rows[row].updated = CacheRow::Updated::ForceDownload;
-    if (writeIndex())
-        return true;
-    m_rows[row].updated = before;
-    return false;
-}
-
-bool CacheManager::writeIndex()
-{
-    if (writeCacheIndexFile(m_cacheFolder + u"/cache.txt"_s, m_rows))
-        return true;
-    m_prompts.message(kWriteFailed, u"Cache Manager"_s, PromptButtons::Ok, PromptIcon::Exclamation);
-    return false;
+    QByteArray before;
+    const bool done = changeIndex(m_rows.at(row), CacheIndexChange::ForceDownload, before);
+    fill();
+    return done;
 }
 
 QString CacheManager::blocksetsText() const

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "cache/CacheIndex.h"
 #include "cache/CacheRow.h"
+#include "storage/PlatformFile.h"
 
 #include <QList>
 #include <QString>
@@ -49,7 +51,8 @@ public:
     QString cacheFolder() const { return m_cacheFolder; }
 
     // Walks the cache folder for "*.bset" files, reads each archive's directory
-    // and style, then the index. `checking` hears each folder as it is walked.
+    // and style, then the index, and looks whether Rover runs. `checking` hears
+    // each folder as it is walked.
     void fill();
     void setProgress(std::function<void(const QString &)> checking) { m_checking = std::move(checking); }
 
@@ -61,11 +64,24 @@ public:
 
     // Host path of the row's file.
     QString fullPath(int row) const;
-    // Asks (when showWarnings is on), deletes the file, drops the row and writes
-    // the index. False when nothing was removed.
+    // Asks (when showWarnings is on), takes the file's elements out of the index
+    // as it is on disk now, then deletes the file (putting the index back when
+    // that fails), and fills the list again. False when nothing was removed.
     bool remove(int row);
-    // Marks the row for download at Rover's next use and writes the index.
+    // Sets UPDATED to 0 in the file's elements of the index as it is on disk now,
+    // so that Rover checks the blockset for an update at its next use, and fills
+    // the list again.
     bool forceDownload(int row);
+    // Neither changes anything while Rover runs: it would write its own list
+    // over the change.
+
+    // Looks again whether a program with Rover's plug-in loaded runs (the
+    // plug-in of the chosen browser's registration).
+    void checkRover();
+    // That program's name ("iexplore.exe"); "" when Rover does not run.
+    QString roverProgram() const { return m_roverProgram; }
+    // What the manager says of parts of the index Rover would reject.
+    const QStringList &indexNotes() const { return m_indexNotes; }
 
     // Status bar panels.
     QString blocksetsText() const;
@@ -75,8 +91,20 @@ public:
     static QString sizeInUnits(qint64 bytes);
 
 private:
-    void walk(const QString &folder, const QString &relative);
-    bool writeIndex();
+    // The "*.bset" files below `folder` (only their names); `progress`: the
+    // checking callback hears each folder.
+    void walk(const QString &folder, const QString &relative, bool progress, QList<CacheRow> &rows);
+    void walk(const PlatformFile::Folder &dir, const QString &folder, const QString &relative, bool progress,
+              QList<CacheRow> &rows);
+    // Each row's size and what its archive tells.
+    void readArchives();
+    void sortByFolder();
+    void updateProcessText();
+    bool refuseWhileRoverRuns();
+    // Makes the change to the index on disk; `before` keeps the old index when
+    // it was written over. False (after saying why) when it could not be written.
+    bool changeIndex(const CacheRow &target, CacheIndexChange change, QByteArray &before);
+    QString indexPath() const;
 
     RoverMachine &m_machine;
     Prompts &m_prompts;
@@ -86,6 +114,9 @@ private:
     QString m_ieFolder; // the lookups' Windows paths
     QString m_netscapeFolder;
     QString m_cacheFolder;
+    QString m_pluginFile; // host path
+    QString m_roverProgram;
     QString m_process;
+    QStringList m_indexNotes;
     QList<CacheRow> m_rows;
 };

@@ -111,7 +111,7 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
                 options.json = true;
             else if (argument == "--no"_L1)
                 options.answerNo = true;
-            else if (argument == "--all"_L1 || argument == "--sync-double"_L1)
+            else if (argument == "--all"_L1 || argument == "--sync-double"_L1 || argument == "--rebuild"_L1)
                 options.commandOptions.append(argument);
             else if ((argument == "--prefix"_L1 || argument == "--from"_L1 || CliShrink::takesValue(argument))
                      && i + 1 < arguments.size())

@@ -1,5 +1,6 @@
 #include "cli/CliCache.h"
 
+#include "cache/CacheAddress.h"
 #include "cache/CacheLocation.h"
 #include "cache/CacheManager.h"
 #include "cli/CliPrompts.h"
@@ -67,22 +68,22 @@ QString parse(const QStringList &arguments, CacheOptions &options)
     return QString();
 }
 
-// The row named `name`: -1 when none, -2 when several.
-int findRow(const CacheManager &manager, const QString &name)
+// The rows `name` names: a file name, or the path as the listing prints it
+// (with either slash) or the address as "cache url" prints it; case is ignored,
+// as Rover's file system does.
+QList<int> findRows(const CacheManager &manager, QString name)
 {
-    int found = -1;
+    const bool address = name.startsWith(u"http://"_s, Qt::CaseInsensitive);
+    if (address)
+        name.remove(0, 7);
+    name.replace(u'/', u'\\');
+    const bool byPath = address || name.contains(u'\\');
+    const QString wanted = cacheKeyOfFile({}, name.split(u'\\', Qt::SkipEmptyParts).join(u'\\'));
+    QList<int> found;
     for (int i = 0; i < manager.rows().size(); ++i) {
         const CacheRow &row = manager.rows().at(i);
-        QString joined = row.path;
-        joined.replace(u'\\', u'/');
-        joined += (joined.isEmpty() ? QString() : u"/"_s) + row.fileName;
-        if (row.fileName != name && joined != name)
-            continue;
-        if (found >= 0 && joined != name)
-            return -2;
-        found = i;
-        if (joined == name)
-            break;
+        if (cacheKeyOfFile(byPath ? row.path : QString(), row.fileName) == wanted)
+            found.append(i);
     }
     return found;
 }
@@ -113,6 +114,8 @@ QByteArray listingJson(const CacheManager &manager, const CliPrompts &prompts)
         });
     }
     QJsonArray messages;
+    for (const QString &note : manager.indexNotes())
+        messages.append(QJsonObject{{u"title"_s, u"Cache index"_s}, {u"text"_s, note}});
     for (const CliPrompts::Message &message : prompts.messages())
         messages.append(QJsonObject{{u"title"_s, message.title}, {u"text"_s, message.text}});
     const CacheManager::Browser browser = manager.browser();
@@ -138,6 +141,8 @@ QString listingText(const CacheManager &manager)
                    + manager.blocksetsText() + u", "_s + manager.sizeText() + u'\n';
     if (!manager.processText().isEmpty())
         text += manager.processText() + u'\n';
+    for (const QString &note : manager.indexNotes())
+        text += note + u'\n';
     for (const CacheRow &row : manager.rows()) {
         QStringList cells;
         for (int column = 0; column < CacheManager::ColumnCount; ++column)
@@ -171,6 +176,14 @@ int runCacheCommand(const QStringList &arguments, std::FILE *out, std::FILE *err
     RoverMachine machine;
     CacheManager manager(machine, prompts, settings);
     manager.load();
+    if (options.browser == "ie"_L1 && !manager.ieFound()) {
+        print(err, u"cubrix-cli: Rover is not installed for IE\n"_s);
+        return Failed;
+    }
+    if (options.browser == "netscape"_L1 && !manager.netscapeFound()) {
+        print(err, u"cubrix-cli: Rover is not installed for Netscape\n"_s);
+        return Failed;
+    }
     if (options.browser == "ie"_L1)
         manager.chooseBrowser(CacheManager::Browser::InternetExplorer);
     else if (options.browser == "netscape"_L1)
@@ -180,12 +193,18 @@ int runCacheCommand(const QStringList &arguments, std::FILE *out, std::FILE *err
         print(out, options.json ? QString::fromUtf8(listingJson(manager, prompts)) : listingText(manager));
         return Success;
     }
-    const int row = findRow(manager, options.name);
-    if (row < 0) {
-        print(err, u"cubrix-cli: "_s + (row == -1 ? u"no cached blockset \""_s : u"several cached blocksets \""_s)
-                       + options.name + u"\"; name it by its path\n"_s);
+    if (manager.cacheFolder().isEmpty()) {
+        print(err, u"cubrix-cli: "_s + manager.processText() + u'\n');
+        return Failed;
+    }
+    const QList<int> rows = findRows(manager, options.name);
+    if (rows.size() != 1) {
+        print(err, rows.isEmpty()
+                       ? u"cubrix-cli: no cached blockset \""_s + options.name + u"\"\n"_s
+                       : u"cubrix-cli: several cached blocksets \""_s + options.name + u"\"; name it by its path\n"_s);
         return UsageError;
     }
+    const int row = rows.first();
     bool done = true;
     if (options.command == "tag"_L1)
         print(out, manager.rows().at(row).tag() + u'\n');

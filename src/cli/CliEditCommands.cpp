@@ -1,12 +1,14 @@
 #include "cli/CliEditCommands.h"
 
 #include "app/BlocksetDocument.h"
+#include "cli/CliBsp.h"
 #include "cli/CliOutput.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliReport.h"
 #include "common/RegistryWrapper.h"
 #include "formats/ValueFormats.h"
 #include "items/AddItems.h"
+#include "items/FileNameRules.h"
 #include "items/RemoveItems.h"
 #include "items/RenameItem.h"
 #include "items/ReplaceBlocks.h"
@@ -155,7 +157,7 @@ bool CliEditCommands::handles(const QString &command)
 {
     static const QStringList commands{u"add"_s,     u"remove"_s, u"rename"_s, u"replace"_s,
                                       u"symbols"_s, u"remap"_s,  u"prefix"_s, u"set"_s};
-    return commands.contains(command);
+    return commands.contains(command) || command == "bsp"_L1;
 }
 
 QString CliEditCommands::check(const QString &command, const QStringList &arguments, const QStringList &options)
@@ -180,6 +182,8 @@ QString CliEditCommands::check(const QString &command, const QStringList &argume
             return u"replace takes only --from PATH"_s;
         return QString();
     }
+    if (command == "bsp"_L1)
+        return CliBsp::check(arguments, options);
     if (!options.isEmpty())
         return options.first() + u" is not an option of "_s + command;
     if (command == "add"_L1) {
@@ -210,9 +214,6 @@ QString CliEditCommands::check(const QString &command, const QStringList &argume
             return u"unknown field \""_s + field + u'"';
         if (field == "strictPrefix"_L1 && arguments[2] != "on"_L1 && arguments[2] != "off"_L1)
             return u"strictPrefix takes on or off"_s;
-        // Style values are written between double quotes, which nothing can escape.
-        if (field != "update"_L1 && !isAcceptableAttributeValue(arguments[2]))
-            return field + u" cannot hold a double quote"_s;
     }
     return QString();
 }
@@ -226,7 +227,8 @@ QString CliEditCommands::usageLines()
            "       cubrix-cli symbols FILE.bset BLOCK SINGLE DOUBLE [--json] [--no]\n"
            "       cubrix-cli remap FILE.bset --all|--sync-double [--prefix C] [--json] [--no]\n"
            "       cubrix-cli prefix FILE.bset C [--json] [--no]\n"
-           "       cubrix-cli set FILE.bset FIELD VALUE [--json] [--no]\n"_s;
+           "       cubrix-cli set FILE.bset FIELD VALUE [--json] [--no]\n"_s
+           + CliBsp::usageLine();
 }
 
 QString CliEditCommands::helpLines()
@@ -255,10 +257,12 @@ QString CliEditCommands::helpLines()
            "  set FILE.bset FIELD VALUE\n"
            "                     Types VALUE into one settings or version control: FIELD is\n"
            "                     a key of \"style\" in info --json, update (the update\n"
-           "                     comment) or strictPrefix (on or off: the check box).\n"
-           "                     These eight commands save the blockset with Save when it\n"
-           "                     changed; with --json they print the info object read\n"
-           "                     after the save plus \"results\" (the status texts shown).\n"_s;
+           "                     comment) or strictPrefix (on or off: the check box).\n"_s
+           + CliBsp::helpLines()
+           + u"                     These nine commands save the blockset with Save when it\n"
+             "                     changed; with --json they print the info object read\n"
+             "                     after the save plus \"results\" (the status texts shown);\n"
+             "                     bsp adds \"bsp\", its lines per block as an object.\n"_s;
 }
 
 int CliEditCommands::run(const QString &command, const QStringList &arguments, const QStringList &options, bool json,
@@ -277,6 +281,7 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
     document.clearProcess();
     QString error;
     QStringList results;
+    QJsonObject extra; // keys a command adds to the --json report
     int code = Failed;
     if (command == "add"_L1)
         code = add(arguments.mid(1), document, prompts, results);
@@ -290,6 +295,8 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
         code = rename(arguments[1], arguments[2], document, error);
     else if (command == "remap"_L1)
         code = remap(options, document);
+    else if (command == "bsp"_L1)
+        code = CliBsp::run(arguments.mid(1), options, document, results, extra, error);
     else if (command == "prefix"_L1)
         code = prefix(arguments[1], document, error);
     else
@@ -316,6 +323,8 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
             printMessages(first);
         QJsonObject report = QJsonDocument::fromJson(CliReport::infoJson(file, document, prompts.messages())).object();
         report.insert(u"results"_s, QJsonArray::fromStringList(results));
+        for (auto it = extra.constBegin(); it != extra.constEnd(); ++it)
+            report.insert(it.key(), it.value());
         CliOutput::printBytes(m_out, QJsonDocument(report).toJson());
     } else {
         printMessages(first);
@@ -328,6 +337,7 @@ int CliEditCommands::run(const QString &command, const QStringList &arguments, c
 int CliEditCommands::add(const QStringList &paths, BlocksetDocument &document, CliPrompts &prompts,
                          QStringList &results)
 {
+    int added = 0;
     for (ItemKind kind : kKinds) {
         QStringList chosen;
         for (const QString &path : paths) {
@@ -337,10 +347,11 @@ int CliEditCommands::add(const QStringList &paths, BlocksetDocument &document, C
         if (chosen.isEmpty())
             continue;
         prompts.setMultiOpenAnswers({chosen});
-        addItems(document, kind);
+        added += addItems(document, kind);
         results.append(document.processText());
     }
-    return Success;
+    // Every path refused (each with its message): nothing changed, which is a failure.
+    return added > 0 ? Success : Failed;
 }
 
 int CliEditCommands::replace(const QStringList &names, const QStringList &options, BlocksetDocument &document,
@@ -453,6 +464,17 @@ int CliEditCommands::set(const QString &field, const QString &value, BlocksetDoc
             document.setSymbolSettings(symbols);
         }
         return Success;
+    }
+    // Style values are Windows-1252 text between double quotes, which nothing can escape.
+    const QString control = field == "update"_L1 ? u"fldUpdate"_s : QString(findSetField(field)->control);
+    if (const QString outside = firstCharacterOutsideCp1252(value); !outside.isEmpty()) {
+        error = control + u" does not take \""_s + value
+                + u"\": Windows-1252, the code page of the style file, has no \""_s + outside + u'"';
+        return Failed;
+    }
+    if (field != "update"_L1 && !isAcceptableAttributeValue(value)) {
+        error = control + u" does not take \""_s + value + u"\": a value cannot hold a double quote"_s;
+        return Failed;
     }
     if (field == "update"_L1) {
         if (value != document.updateComment())

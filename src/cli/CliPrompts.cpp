@@ -1,5 +1,7 @@
 #include "cli/CliPrompts.h"
 
+#include "symbols/SymbolScheme.h"
+
 using namespace Qt::StringLiterals;
 
 PromptAnswer CliPrompts::message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon)
@@ -17,6 +19,14 @@ PromptAnswer CliPrompts::message(const QString &text, const QString &title, cons
     case PromptButtons::YesNoCancel: return m_answerNo ? PromptAnswer::No : PromptAnswer::Yes;
     }
     return PromptAnswer::Ok;
+}
+
+int CliPrompts::choose(const QString &text, const QString &title, const QString &detail, const QStringList &buttons,
+                       PromptIcon icon)
+{
+    Q_UNUSED(buttons);
+    m_messages.append({text, title, PromptButtons::Ok, icon, detail});
+    return -1;
 }
 
 QString CliPrompts::openFile(const QString &title, const QString &filter, const QString &folder)
@@ -61,6 +71,18 @@ void CliPrompts::chooseSymbols(const QString &single, const QString &doubleSymbo
     m_chosenDouble = doubleSymbol;
 }
 
+namespace {
+
+// Why the dialog does not offer `symbol`: it is no symbol at all, or another block has it.
+QString whyNotOffered(const QString &symbol)
+{
+    if (symbol.size() != 1 || !symbolAlphabet().contains(symbol))
+        return u"it is not one of the "_s + QString::number(symbolAlphabet().size()) + u" symbol characters"_s;
+    return u"it is used by another block"_s;
+}
+
+} // namespace
+
 SymbolDialogAnswer CliPrompts::symbolDialog(const SymbolDialogSetup &setup)
 {
     if (!m_symbolsChosen)
@@ -71,8 +93,8 @@ SymbolDialogAnswer CliPrompts::symbolDialog(const SymbolDialogSetup &setup)
     };
     const int single = int(setup.singles.indexOf(m_chosenSingle));
     if (single < 0 && !(setup.singles.isEmpty() && m_chosenSingle.isEmpty()))
-        return refuse(u"the single symbol \""_s + m_chosenSingle
-                      + u"\" is not offered (it is used by another block)"_s);
+        return refuse(u"the single symbol \""_s + m_chosenSingle + u"\" is not offered ("_s
+                      + whyNotOffered(m_chosenSingle) + u')');
     if (!setup.strictPrefix) {
         if (!setup.acceptDouble(m_chosenDouble))
             return refuse(u"the dialog refused the double symbol \""_s + m_chosenDouble + u'"');
@@ -89,7 +111,7 @@ SymbolDialogAnswer CliPrompts::symbolDialog(const SymbolDialogSetup &setup)
         return refuse(u"with a strict prefix the double symbol is \""_s + setup.prefix
                       + u"\" followed by one character"_s);
     if (!setup.doubleChars.contains(m_chosenDouble.right(1)))
-        return refuse(u"the double symbol character \""_s + m_chosenDouble.right(1)
-                      + u"\" is not offered (it is used by another block)"_s);
+        return refuse(u"the double symbol character \""_s + m_chosenDouble.right(1) + u"\" is not offered ("_s
+                      + whyNotOffered(m_chosenDouble.right(1)) + u')');
     return {true, m_chosenSingle, m_chosenDouble};
 }

@@ -25,6 +25,9 @@ public:
     PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon) override;
     PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
                          PromptIcon icon) override;
+    // The command line has no such buttons: Cancel, recorded as a message.
+    int choose(const QString &text, const QString &title, const QString &detail, const QStringList &buttons,
+               PromptIcon icon) override;
     // The next of the paths set with setOpenAnswers, or "" (cancelled) when none is left.
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;
     // The next of the lists set with setMultiOpenAnswers, or none (cancelled).

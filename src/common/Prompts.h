@@ -34,6 +34,11 @@ public:
         Q_UNUSED(detail);
         return message(text, title, buttons, icon);
     }
+    // A question with buttons of its own (`buttons`, the first the default) and a
+    // Cancel that Escape and closing the box answer too: the index of the button
+    // chosen, or -1 for Cancel.
+    virtual int choose(const QString &text, const QString &title, const QString &detail, const QStringList &buttons,
+                       PromptIcon icon) = 0;
     // Full path of the chosen file, or "" when cancelled.
     virtual QString openFile(const QString &title, const QString &filter, const QString &folder) = 0;
     // Full paths in the dialog's order; empty when cancelled.

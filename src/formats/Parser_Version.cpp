@@ -1,7 +1,6 @@
 #include "formats/Parser_Version.h"
 
 #include "storage/Cp1252.h"
-#include "formats/Parser.h"
 
 using namespace Qt::StringLiterals;
 
@@ -31,20 +30,32 @@ QByteArray writeUpdate(const QString &version, const QString &comment, qint32 si
     return toCp1252(text);
 }
 
-// The comment comes back as one line: normalising deleted its line breaks and
-// tabs and closed up the blanks around "=". Id and size are Rover's concern.
-QString readUpdate(Parser &parser)
+QString readUpdate(QByteArrayView bytes)
 {
-    parser.normaliseBuffer();
-
-    QByteArrayView tag;
-    QByteArrayView word;
-    while (parser.getNextTagView(tag)) {
-        if (getNextWordView(tag, word) && nameEquals(word, "version"_L1))
+    const QString text = fromCp1252(bytes);
+    // The comment starts on the line after the version tag...
+    qsizetype start = text.indexOf(u'\n');
+    if (start < 0)
+        return QString();
+    ++start;
+    // ...and ends before the last "</version>" line, as writeUpdate wrote it.
+    qsizetype end = text.size();
+    for (qsizetype at = text.lastIndexOf(u"</version>"_s, -1, Qt::CaseInsensitive); at >= start;
+         at = text.lastIndexOf(u"</version>"_s, at - 1, Qt::CaseInsensitive)) {
+        const qsizetype lineStart = text.lastIndexOf(u'\n', at - 1) + 1;
+        if (text.mid(lineStart, at - lineStart).trimmed().isEmpty()) {
+            end = lineStart;
+            break;
+        }
+        if (at == 0)
             break;
     }
-    parser.cutAt("</");
-    const QString comment = parser.restText();
-    parser.clear();
-    return comment;
+    QString comment = text.mid(start, end - start);
+    // The line break before "</version>" belongs to the file, not to the comment.
+    if (comment.endsWith(u"\r\n"_s))
+        comment.chop(2);
+    else if (comment.endsWith(u'\n'))
+        comment.chop(1);
+    // Line breaks come back as the text box has them; writeUpdate makes them CR LF again.
+    return comment.replace(u"\r\n"_s, u"\n"_s);
 }

@@ -9,12 +9,11 @@
 #include "items/BlockNaming.h"
 #include "items/FileNameRules.h"
 #include "items/MediaVerdict.h"
+#include "storage/WholeFile.h"
 #include "symbols/OperationHost.h"
 #include "symbols/SymbolDialogs.h"
 #include "symbols/SymbolScheme.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -64,40 +63,41 @@ QString summary(ItemKind kind, int count)
     return QString::number(count) + u' ' + noun + u"s added."_s;
 }
 
-// Whether a row of the list already has this file name (exact, as the names
-// the list shows are compared).
+// Whether a row of the list already has this file name, ignoring case: to
+// Windows and to Rover "Wall.block" and "wall.block" are one file, so the
+// second would overwrite the first in the archive.
 bool isDuplicate(OperationHost &host, ItemKind kind, const QString &file)
 {
-    if (!itemFileNames(host, kind).contains(file))
-        return false;
-    if (host.settings().getBoolSetting(u"showWarnings"_s)) {
+    for (const QString &name : itemFileNames(host, kind)) {
+        if (!sameFileName(name, file))
+            continue;
         const QString what = kind == ItemKind::Block ? QString() : itemNoun(kind) + u' ';
-        host.prompts().message(u"There is already a "_s + what + u'"' + file + u"\" in the blockset!"_s,
+        host.prompts().message(u"There is already a "_s + what + u'"' + name + u"\" in the blockset!"_s,
                                u"Unable to add "_s + itemNoun(kind), PromptButtons::Ok, PromptIcon::Exclamation);
+        return true;
     }
-    return true;
+    return false;
 }
 
-// A name Windows or Windows-1252 cannot hold would make a blockset Rover cannot use there.
+// A name Windows or Windows-1252 cannot hold, or Rover cannot find, is refused with its reason.
 bool isRefusedName(OperationHost &host, ItemKind kind, const QString &file)
 {
-    if (isPortableFileName(file))
+    const QString problem = fileNameProblem(file);
+    if (problem.isEmpty())
         return false;
-    host.prompts().message(u"\""_s + file + u"\" cannot be used as a file name!"_s,
-                           u"Unable to add "_s + itemNoun(kind), PromptButtons::Ok, PromptIcon::Exclamation);
+    host.prompts().message(refusedNameText(file, problem), u"Unable to add "_s + itemNoun(kind), PromptButtons::Ok,
+                           PromptIcon::Exclamation);
     return true;
 }
 
+// A folder, a pipe, a device, a missing or unreadable file is refused with its reason.
 bool readSource(OperationHost &host, ItemKind kind, const QString &path, QByteArray &bytes)
 {
-    QFile source(path);
-    if (source.open(QIODevice::ReadOnly)) {
-        bytes = source.readAll();
-        if (source.error() == QFileDevice::NoError)
-            return true;
-    }
+    const Result read = readWholeFile(path, bytes);
+    if (read)
+        return true;
     host.prompts().message(u"Unable to read \""_s + path + u"\"!"_s, u"Unable to add "_s + itemNoun(kind),
-                           source.errorString(), PromptButtons::Ok, PromptIcon::Critical);
+                           read.reason(), PromptButtons::Ok, PromptIcon::Critical);
     return false;
 }
 
@@ -118,7 +118,12 @@ bool writeCopy(OperationHost &host, ItemKind kind, const QString &file, const QB
 
 bool isItemFile(ItemKind kind, const QString &path)
 {
-    return addCommand(kind).extensions.contains(getExtension(nativeFileName(path)));
+    return addCommand(kind).extensions.contains(getExtension(nativeFileName(path)).toLower());
+}
+
+QString itemExtensionsText(ItemKind kind)
+{
+    return u"."_s + addCommand(kind).extensions.join(u", ."_s);
 }
 
 bool blockLimitAllows(OperationHost &host)
@@ -135,14 +140,14 @@ void showBlockLimitMessage(OperationHost &host)
 bool addBlockFile(OperationHost &host, const QString &path)
 {
     const QString file = nativeFileName(path);
-    if (isDuplicate(host, ItemKind::Block, file) || !QFileInfo(path).isFile()
-        || isRefusedName(host, ItemKind::Block, file))
+    QByteArray bytes;
+    if (isDuplicate(host, ItemKind::Block, file) || isRefusedName(host, ItemKind::Block, file)
+        || !readSource(host, ItemKind::Block, path, bytes))
         return false;
 
     BlocksetContent &content = host.content();
     const SymbolDialogAnswer symbols = host.symbolPrompt().symbolDialog(addBlockSetup(host.prompts(), content, file));
-    QByteArray bytes;
-    if (!symbols.accepted || !readSource(host, ItemKind::Block, path, bytes))
+    if (!symbols.accepted)
         return false;
 
     BlockRow row;
@@ -178,8 +183,8 @@ bool addPlainFile(OperationHost &host, ItemKind kind, const QString &path)
 {
     const QString file = nativeFileName(path);
     QByteArray bytes;
-    if (isDuplicate(host, kind, file) || !QFileInfo(path).isFile() || isRefusedName(host, kind, file)
-        || !readSource(host, kind, path, bytes) || !writeCopy(host, kind, file, bytes))
+    if (isDuplicate(host, kind, file) || isRefusedName(host, kind, file) || !readSource(host, kind, path, bytes)
+        || !writeCopy(host, kind, file, bytes))
         return false;
     ItemRow row;
     row.file = file;
@@ -227,8 +232,12 @@ int addItems(OperationHost &host, ItemKind kind)
 
     int added = 0;
     for (const QString &path : std::as_const(paths)) {
-        if (!isItemFile(kind, path))
+        if (!isItemFile(kind, path)) {
+            host.prompts().message(u"\""_s + path + u"\" is not a "_s + itemNoun(kind) + u" file ("_s
+                                       + itemExtensionsText(kind) + u")!"_s,
+                                   command.title, PromptButtons::Ok, PromptIcon::Exclamation);
             continue;
+        }
         if (kind == ItemKind::Block && !blockLimitAllows(host)) {
             showBlockLimitMessage(host);
             break;

@@ -25,8 +25,10 @@ bool addSoundFile(OperationHost &host, const QString &path);
 bool addItemFile(OperationHost &host, ItemKind kind, const QString &path);
 
 // Whether the extension of `path` (after its last ".") is one the list takes,
-// compared exactly: "x.BLOCK" is not a block file.
+// ignoring case as Windows and Rover do: "x.BLOCK" is a block file.
 bool isItemFile(ItemKind kind, const QString &path);
+// The list's extensions for messages: ".gif, .jpg".
+QString itemExtensionsText(ItemKind kind);
 
 // The block limit: a block may be added while there are fewer blocks than
 // symbols in the alphabet.

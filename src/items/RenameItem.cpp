@@ -41,13 +41,13 @@ bool renameItem(OperationHost &host, ItemKind kind, int row, const QString &newN
         return false;
     }
     for (qsizetype i = 0; i < names.size(); ++i) {
-        if (i != row && names[i].compare(newName, Qt::CaseInsensitive) == 0) {
+        if (i != row && sameFileName(names[i], newName)) {
             refuse(host, u"There is already a \""_s + names[i] + u"\" in the blockset!"_s, title);
             return false;
         }
     }
-    if (!isPortableFileName(newName)) {
-        refuse(host, u"\""_s + newName + u"\" cannot be used as a file name!"_s, title);
+    if (const QString problem = fileNameProblem(newName); !problem.isEmpty()) {
+        refuse(host, refusedNameText(newName, problem), title);
         return false;
     }
 

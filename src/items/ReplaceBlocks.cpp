@@ -9,6 +9,7 @@
 #include "items/BlockNaming.h"
 #include "items/FileNameRules.h"
 #include "items/ItemKind.h"
+#include "storage/WholeFile.h"
 #include "symbols/OperationHost.h"
 
 #include <QDir>
@@ -44,14 +45,15 @@ QString sourceFor(OperationHost &host, BlockRow &row)
                                    host.settings().getStringSetting(u"pathBlocks"_s));
 }
 
-bool nameTakenByOtherRow(OperationHost &host, int row, const QString &file)
+// The file name of another row that is the same file as `file` (ignoring case), or "".
+QString nameTakenByOtherRow(OperationHost &host, int row, const QString &file)
 {
     const QList<BlockRow> &blocks = host.content().blocks;
     for (qsizetype i = 0; i < blocks.size(); ++i) {
-        if (i != row && blocks[i].file == file)
-            return true;
+        if (i != row && sameFileName(blocks[i].file, file))
+            return blocks[i].file;
     }
-    return false;
+    return QString();
 }
 
 // Replaces the row's file by `bytes` from `source`; false (row and files as they
@@ -103,24 +105,23 @@ int replaceBlocks(OperationHost &host, QList<int> rows)
         if (source.isEmpty())
             continue;
         const QString file = nativeFileName(source);
-        if (nameTakenByOtherRow(host, at, file)) {
-            if (host.settings().getBoolSetting(u"showWarnings"_s))
-                host.prompts().message(u"There is already a \""_s + file + u"\" in the blockset!"_s, kTitle,
-                                       PromptButtons::Ok, PromptIcon::Exclamation);
+        if (const QString taken = nameTakenByOtherRow(host, at, file); !taken.isEmpty()) {
+            host.prompts().message(u"There is already a \""_s + taken + u"\" in the blockset!"_s, kTitle,
+                                   PromptButtons::Ok, PromptIcon::Exclamation);
             continue;
         }
-        if (!isPortableFileName(file)) {
-            host.prompts().message(u"\""_s + file + u"\" cannot be used as a file name!"_s, kTitle, PromptButtons::Ok,
-                                   PromptIcon::Exclamation);
+        if (const QString problem = fileNameProblem(file); !problem.isEmpty()) {
+            host.prompts().message(refusedNameText(file, problem), kTitle, PromptButtons::Ok, PromptIcon::Exclamation);
             continue;
         }
-        QFile input(source);
-        if (!input.open(QIODevice::ReadOnly)) {
-            host.prompts().message(u"Unable to read \""_s + source + u"\"!"_s, kTitle, input.errorString(),
-                                   PromptButtons::Ok, PromptIcon::Critical);
+        // A folder, a pipe or a device is refused at once, never read.
+        QByteArray bytes;
+        if (const Result read = readWholeFile(source, bytes); !read) {
+            host.prompts().message(u"Unable to read \""_s + source + u"\"!"_s, kTitle, read.reason(), PromptButtons::Ok,
+                                   PromptIcon::Critical);
             continue;
         }
-        if (replaceRow(host, at, source, input.readAll()))
+        if (replaceRow(host, at, source, bytes))
             ++updated;
     }
     host.setBlocksetChanged();

@@ -1,5 +1,8 @@
 #include "rover/RoverReader.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace {
 
 bool isBlank(char c)
@@ -8,36 +11,46 @@ bool isBlank(char c)
 }
 
 // Lines end at CR, LF or CR LF and a NUL ends its line early: the text is
-// rebuilt with one '\n' per line so that line counting is trivial.
-QByteArray normalise(QByteArrayView bytes)
+// rebuilt with one '\n' per line so that line counting is trivial. The start of
+// each line in both texts is noted.
+QByteArray normalise(QByteArrayView bytes, QList<qsizetype> &lineStarts, QList<qsizetype> &sourceLineStarts)
 {
-    QByteArray out;
-    out.reserve(bytes.size());
-    bool cut = false;
-    for (qsizetype i = 0; i < bytes.size(); ++i) {
-        const char c = bytes[i];
-        if (c == '\r' || c == '\n') {
-            if (c == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
-                ++i;
-            out += '\n';
-            cut = false;
-        } else if (c == '\0') {
-            cut = true;
-        } else if (!cut) {
-            out += c;
-        }
+    QByteArray out(bytes.size(), Qt::Uninitialized);
+    char *to = out.data();
+    lineStarts = {0};
+    sourceLineStarts = {0};
+    const char *from = bytes.data();
+    const char *const end = from + bytes.size();
+    while (from < end) {
+        // One line: its text up to a NUL is kept, the rest of it dropped.
+        const char *stop = from;
+        while (stop < end && *stop != '\r' && *stop != '\n' && *stop != '\0')
+            ++stop;
+        std::memcpy(to, from, size_t(stop - from));
+        to += stop - from;
+        while (stop < end && *stop != '\r' && *stop != '\n')
+            ++stop;
+        if (stop == end)
+            break;
+        stop += *stop == '\r' && stop + 1 < end && stop[1] == '\n' ? 2 : 1;
+        *to++ = '\n';
+        lineStarts.append(to - out.data());
+        sourceLineStarts.append(stop - bytes.data());
+        from = stop;
     }
+    out.truncate(to - out.data());
     return out;
 }
 
-QByteArray trimmed(const QByteArray &v)
+// Without the blanks (spaces and tabs only) at both ends.
+QByteArrayView trimmed(QByteArrayView v)
 {
     qsizetype b = 0, e = v.size();
     while (b < e && isBlank(v[b]))
         ++b;
     while (e > b && isBlank(v[e - 1]))
         --e;
-    return v.mid(b, e - b);
+    return v.sliced(b, e - b);
 }
 
 } // namespace
@@ -47,7 +60,34 @@ QString roverText(const char *text)
     return QString::fromUtf8(text);
 }
 
-RoverReader::RoverReader(QByteArrayView bytes) : m_text(normalise(bytes)) {}
+RoverReader::RoverReader(QByteArrayView bytes)
+{
+    m_text = normalise(bytes, m_lineStarts, m_sourceLineStarts);
+}
+
+qsizetype RoverReader::sourceOffset(qsizetype pos) const
+{
+    // Reading goes forward: the line of the last position is where to look first.
+    qsizetype line = m_lineHint;
+    if (m_lineStarts[line] > pos)
+        line = std::upper_bound(m_lineStarts.cbegin(), m_lineStarts.cend(), pos) - m_lineStarts.cbegin() - 1;
+    while (line + 1 < m_lineStarts.size() && m_lineStarts[line + 1] <= pos)
+        ++line;
+    m_lineHint = line;
+    return m_sourceLineStarts[line] + (pos - m_lineStarts[line]);
+}
+
+bool RoverReader::resume()
+{
+    m_failed = false;
+    m_pos = std::max(m_pos, m_pieceStart + 1);
+    while (m_pos < m_text.size() && m_text[m_pos] != '<') {
+        if (m_text[m_pos] == '\n')
+            ++m_line;
+        ++m_pos;
+    }
+    return m_pos < m_text.size();
+}
 
 void RoverReader::error(int line, const QString &text)
 {
@@ -75,15 +115,18 @@ void RoverReader::skipSpace()
     }
 }
 
-bool RoverReader::readString(char quote, QByteArray *out)
+bool RoverReader::readString(char quote, QByteArray *out, qsizetype *from, qsizetype *to)
 {
     const qsizetype start = ++m_pos;
     while (m_pos < m_text.size() && m_text[m_pos] != quote && m_text[m_pos] != '\n')
         ++m_pos;
     if (m_pos >= m_text.size() || m_text[m_pos] != quote)
         return fail(roverText("String is missing closing quotation mark"));
-    if (out)
-        *out = trimmed(m_text.mid(start, m_pos - start));
+    if (out) {
+        *out = trimmed(QByteArrayView(m_text).sliced(start, m_pos - start)).toByteArray();
+        *from = sourceOffset(start);
+        *to = sourceOffset(m_pos);
+    }
     ++m_pos;
     return true;
 }
@@ -97,8 +140,11 @@ bool RoverReader::next(Tag &tag)
         while (m_pos < m_text.size() && m_text[m_pos] != '<') {
             const char c = m_text[m_pos];
             if (c == '"' || c == '\'') {
-                if (!readString(c, nullptr))
+                m_pieceStart = m_pos;
+                if (!readString(c, nullptr, nullptr, nullptr)) {
+                    tag.from = sourceOffset(m_pieceStart);
                     return false;
+                }
                 continue;
             }
             if (c == '\n')
@@ -107,18 +153,28 @@ bool RoverReader::next(Tag &tag)
         }
         if (m_pos >= m_text.size())
             return false;
-        if (!m_text.sliced(m_pos).startsWith("<!--"))
+        m_pieceStart = m_pos;
+        // Views, not copies: a copy of the rest of the text at every tag would make
+        // reading quadratic in the file's size.
+        if (!QByteArrayView(m_text).sliced(m_pos).startsWith("<!--"))
             break;
         const qsizetype close = m_text.indexOf("-->", m_pos + 4);
         if (close < 0) {
-            m_line += int(m_text.sliced(m_pos).count('\n'));
+            m_line += int(QByteArrayView(m_text).sliced(m_pos).count('\n'));
+            tag.from = sourceOffset(m_pos);
+            m_pos = m_text.size();
             return fail(roverText("Unexpected end of file"));
         }
-        m_line += int(m_text.sliced(m_pos, close - m_pos).count('\n'));
+        m_line += int(QByteArrayView(m_text).sliced(m_pos, close - m_pos).count('\n'));
         m_pos = close + 3;
     }
-    tag = Tag{};
+    // The attribute list keeps its room from the last tag.
+    tag.attributes.clear();
+    tag.end = false;
+    tag.selfClosing = false;
+    tag.to = 0;
     tag.line = m_line;
+    tag.from = sourceOffset(m_pos);
     ++m_pos;
     if (m_pos < m_text.size() && m_text[m_pos] == '/') {
         tag.end = true;
@@ -138,11 +194,13 @@ bool RoverReader::next(Tag &tag)
             return fail(roverText("Unexpected end of file"));
         if (m_text[m_pos] == '>') {
             ++m_pos;
+            tag.to = sourceOffset(m_pos);
             return true;
         }
-        if (m_text.sliced(m_pos).startsWith("/>")) {
+        if (QByteArrayView(m_text).sliced(m_pos).startsWith("/>")) {
             tag.selfClosing = true;
             m_pos += 2;
+            tag.to = sourceOffset(m_pos);
             return true;
         }
         const qsizetype attrStart = m_pos;
@@ -161,10 +219,10 @@ bool RoverReader::next(Tag &tag)
         const char quote = m_text[m_pos];
         if (quote != '"' && quote != '\'')
             return fail(roverText("Value of attribute \"%1\" is not quoted").arg(QString::fromLatin1(name)));
-        QByteArray value;
-        if (!readString(quote, &value))
+        Attribute attribute{name == "color" ? QByteArray("colour") : name, {}, 0, 0};
+        if (!readString(quote, &attribute.value, &attribute.valueFrom, &attribute.valueTo))
             return false;
-        tag.attributes.append({name == "color" ? QByteArray("colour") : name, value});
+        tag.attributes.append(std::move(attribute));
     }
 }
 
@@ -189,7 +247,6 @@ bool RoverReader::skipContent(const Tag &tag)
 QList<QByteArray> RoverReader::attributes(const Tag &tag, const QList<Rule> &rules)
 {
     QList<QByteArray> values(rules.size());
-    const QString tagName = QString::fromLatin1(tag.name);
     for (qsizetype r = 0; r < rules.size(); ++r) {
         const Rule &rule = rules[r];
         const Attribute *found = nullptr;
@@ -198,16 +255,17 @@ QList<QByteArray> RoverReader::attributes(const Tag &tag, const QList<Rule> &rul
                 found = &a; // the first of a repeated attribute counts
                 break;
             }
-        const QString attr = QString::fromLatin1(rule.name);
         if (!found) {
             if (rule.required)
-                error(tag.line, roverText("Tag \"%1\" is missing required attribute \"%2\"").arg(tagName, attr));
+                error(tag.line, roverText("Tag \"%1\" is missing required attribute \"%2\"")
+                                    .arg(QString::fromLatin1(tag.name), QString::fromLatin1(rule.name)));
             continue;
         }
         if (!isRoverValue(rule.type, found->value)) {
-            const QString text = roverText("Attribute \"%1\" of tag \"%2\" has an invalid %3 value \"%4\"")
-                                     .arg(attr, tagName, QString::fromLatin1(roverTypeName(rule.type)),
-                                          QString::fromLatin1(found->value));
+            const QString text =
+                roverText("Attribute \"%1\" of tag \"%2\" has an invalid %3 value \"%4\"")
+                    .arg(QString::fromLatin1(rule.name), QString::fromLatin1(tag.name),
+                         QString::fromLatin1(roverTypeName(rule.type)), QString::fromLatin1(found->value));
             if (rule.required)
                 error(tag.line, text);
             else

@@ -8,12 +8,16 @@
 
 // The strict tag reader Rover reads styles and its cache index with: quoted
 // values close on their own line, every attribute is name="value", comments
-// may span lines. Its first error stops reading (Rover rejects the file).
+// may span lines. Its first error stops reading (Rover rejects the file);
+// a caller that wants to know what follows the error can resume.
+// Offsets count bytes of the text as given to the constructor.
 class RoverReader {
 public:
     struct Attribute {
-        QByteArray name;  // lower case
-        QByteArray value; // trimmed of blanks
+        QByteArray name;         // lower case
+        QByteArray value;        // trimmed of blanks
+        qsizetype valueFrom = 0; // the text between the quotes, untrimmed
+        qsizetype valueTo = 0;
     };
     struct Tag {
         QByteArray name;          // lower case
@@ -21,6 +25,8 @@ public:
         bool selfClosing = false; // .../>
         int line = 0;
         QList<Attribute> attributes;
+        qsizetype from = 0; // its "<" (after an error: where the broken part starts)
+        qsizetype to = 0;   // just after its ">"
     };
 
     explicit RoverReader(QByteArrayView bytes);
@@ -30,7 +36,12 @@ public:
     // Skips an unexpected tag's whole content up to its own end tag.
     bool skipContent(const Tag &tag);
     bool failed() const { return m_failed; }
+    // After an error: goes on at the next "<" past the broken part, as a reader
+    // that drops that part would. False when no tag follows.
+    bool resume();
     int line() const { return m_line; }
+    // Where reading stands.
+    qsizetype offset() const { return sourceOffset(m_pos); }
     RoverFindings &findings() { return m_findings; }
 
     void error(int line, const QString &text);
@@ -47,11 +58,19 @@ public:
 
 private:
     bool fail(const QString &text);
-    bool readString(char quote, QByteArray *out);
+    // The quoted text at m_pos; `out` takes it trimmed, `from` and `to` where it lies.
+    bool readString(char quote, QByteArray *out, qsizetype *from, qsizetype *to);
     void skipSpace();
+    qsizetype sourceOffset(qsizetype pos) const;
 
     QByteArray m_text;
+    // Where each line starts in m_text and in the text given: the two differ by
+    // the CR of CR LF and the text a NUL cut off.
+    QList<qsizetype> m_lineStarts;
+    QList<qsizetype> m_sourceLineStarts;
+    mutable qsizetype m_lineHint = 0;
     qsizetype m_pos = 0;
+    qsizetype m_pieceStart = 0; // the tag, comment or string being read
     int m_line = 1;
     bool m_failed = false;
     RoverFindings m_findings;

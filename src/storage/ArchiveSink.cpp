@@ -103,8 +103,16 @@ bool ArchiveSink::commit()
         return fail(ZIP_ER_INTERNAL, 0);
     if (!flush())
         return false;
-    PlatformFile::SaveFailure failure = PlatformFile::SaveFailure::None;
     int err = 0;
+    if (m_keepAside) {
+        if (!PlatformFile::keepSaveFile(
+                m_dir, [this] { return newTempName(); }, m_file, err))
+            return fail(ZIP_ER_WRITE, err);
+        m_asideName = m_file.tempName;
+        m_file.named = false; // the file is the caller's now
+        return true;
+    }
+    PlatformFile::SaveFailure failure = PlatformFile::SaveFailure::None;
     if (PlatformFile::replaceWithSaveFile(
             m_dir, m_name, [this] { return newTempName(); }, m_file, failure, err))
         return true;

@@ -33,6 +33,11 @@ public:
     // zip_close, zip_discard or zip_source_free) before the sink is destroyed.
     zip_source_t *createSource(zip_error_t *error);
 
+    // When set, commit puts the finished file on disk under a hidden name of its
+    // own beside the target (asideName) and leaves the target as it is.
+    void setKeepAside(bool aside) { m_keepAside = aside; }
+    QByteArray asideName() const { return m_asideName; }
+
     // The write protocol, also usable without libzip.
     bool begin();
     bool write(const void *data, size_t length);
@@ -58,4 +63,6 @@ private:
     size_t m_bufferLength = 0;
     zip_uint64_t m_size = 0;
     zip_error_t m_error;
+    bool m_keepAside = false;
+    QByteArray m_asideName;
 };

@@ -143,7 +143,7 @@ Result ArchiveWriter::packFile(const PackedFile &file, PlatformFile::FileStamp &
     return Result();
 }
 
-Result ArchiveWriter::writeEntries(ArchiveSink &sink, const QString &target) const
+Result ArchiveWriter::writeEntries(ArchiveSink &sink, std::vector<PackedEntries::Written> &written) const
 {
     ZipWriter zip(sink);
     const auto failed = [&] { return Result::failure(u"cannot write \"%1\": %2"_s.arg(m_target, zip.error())); };
@@ -155,7 +155,6 @@ Result ArchiveWriter::writeEntries(ArchiveSink &sink, const QString &target) con
         if (!zip.addFolder(folder, std::time_t(stamp.exists ? stamp.mtimeNs / 1000000000 : std::time(nullptr))))
             return failed();
     }
-    std::vector<PackedEntries::Written> written;
     written.reserve(m_files.size());
     for (const PackedFile &file : m_files) {
         PlatformFile::FileStamp stamp;
@@ -174,12 +173,28 @@ Result ArchiveWriter::writeEntries(ArchiveSink &sink, const QString &target) con
     if (!sink.commit())
         return Result::failure(
             u"cannot write \"%1\": %2"_s.arg(m_target, QString::fromUtf8(zip_error_strerror(sink.error()))));
-    if (m_packed)
-        m_packed->adoptWritten(target, written);
     return Result();
 }
 
 Result ArchiveWriter::write()
+{
+    return writeTo(false, nullptr);
+}
+
+Result ArchiveWriter::writeAside(QByteArray &asideName)
+{
+    return writeTo(true, &asideName);
+}
+
+void ArchiveWriter::asidePutInPlace()
+{
+    // Renamed into place, the file keeps the stamp it was written with.
+    if (m_packed && !m_writtenTarget.isEmpty())
+        m_packed->adoptWritten(m_writtenTarget, m_written, m_writtenStamp);
+    m_writtenTarget.clear();
+}
+
+Result ArchiveWriter::writeTo(bool aside, QByteArray *asideName)
 {
     // A link as the target: the file it points to is replaced, not the link.
     QString target = m_target;
@@ -198,11 +213,20 @@ Result ArchiveWriter::write()
     ArchiveSink::removeStaleTemps(dir, name);
     PlatformFile::keepAllocatorMemory();
     ArchiveSink sink(dir, name);
-    if (m_files.empty() && m_emptyFolders.empty()) {
-        Result result = writeEmpty(sink);
-        if (result && m_packed)
-            m_packed->adoptWritten(target, {});
+    sink.setKeepAside(aside);
+    std::vector<PackedEntries::Written> written;
+    Result result = m_files.empty() && m_emptyFolders.empty() ? writeEmpty(sink) : writeEntries(sink, written);
+    if (result && asideName)
+        *asideName = sink.asideName();
+    if (!result || !m_packed)
         return result;
-    }
-    return writeEntries(sink, target);
+    // The archive is the packed forms' source from now on; one set aside only once
+    // it is in the target's place (asidePutInPlace).
+    m_written = std::move(written);
+    m_writtenTarget = target;
+    m_writtenStamp =
+        PlatformFile::fileStamp(aside ? dirPath + '/' + sink.asideName() : PlatformFile::encodeName(target));
+    if (!aside)
+        asidePutInPlace();
+    return result;
 }

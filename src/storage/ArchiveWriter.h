@@ -1,6 +1,6 @@
 #pragma once
 
-#include "storage/PackedEntry.h"
+#include "storage/PackedEntries.h"
 #include "storage/PlatformFile.h"
 #include "storage/Result.h"
 
@@ -11,7 +11,6 @@
 #include <vector>
 
 class ArchiveSink;
-class PackedEntries;
 
 // Writes a .bset archive from a folder: every file below it, with entry names
 // relative to it ("/" separated, sorted, names as ArchiveEntryNames stores them),
@@ -31,6 +30,13 @@ public:
     Result addFolder(const QString &folder);
     // Writes the archive and puts it in the target's place.
     Result write();
+    // Writes the archive beside the target under a hidden name (`asideName`), on
+    // disk, leaving the target as it is, for a save that puts it in place together
+    // with its update file (PairSwitch).
+    Result writeAside(QByteArray &asideName);
+    // The archive written aside is in the target's place now: `packed` takes
+    // its entries as the ones a later save copies.
+    void asidePutInPlace();
 
     // What write() puts into the archive: the files' entry names in order, and
     // the empty folders ("name/").
@@ -38,17 +44,21 @@ public:
     QStringList folderEntries() const;
 
 private:
+    Result writeTo(bool aside, QByteArray *asideName);
     struct PackedFile {
         QString entryName; // relative, "/" separated
         QByteArray path;   // on disk
     };
     Result packFile(const PackedFile &file, PlatformFile::FileStamp &stamp, PackedEntry &entry) const;
     Result writeEmpty(ArchiveSink &sink) const;
-    Result writeEntries(ArchiveSink &sink, const QString &target) const;
+    Result writeEntries(ArchiveSink &sink, std::vector<PackedEntries::Written> &written) const;
 
     QString m_target;
     PackedEntries *m_packed = nullptr;
     QByteArray m_root; // the folder added last
+    std::vector<PackedEntries::Written> m_written;
+    QString m_writtenTarget;
+    PlatformFile::FileStamp m_writtenStamp;
     std::vector<PackedFile> m_files;
     std::vector<QString> m_emptyFolders; // "name/" entries
 };

@@ -38,14 +38,15 @@ void PackedEntries::adoptArchive(const QString &archivePath, const QString &fold
     }
 }
 
-void PackedEntries::adoptWritten(const QString &archivePath, const std::vector<Written> &written)
+void PackedEntries::adoptWritten(const QString &archivePath, const std::vector<Written> &written,
+                                 const PlatformFile::FileStamp &archiveStamp)
 {
     // Forms of other files stay (an undo may bring a file back), but only in memory.
     for (auto it = m_forms.begin(); it != m_forms.end(); ++it)
         it->removeIf([](const Form &form) { return form.archiveIndex >= 0; });
     m_source.reset();
     m_sourcePath = archivePath;
-    m_sourceStamp = PlatformFile::fileStamp(PlatformFile::encodeName(archivePath));
+    m_sourceStamp = archiveStamp;
     for (const Written &entry : written) {
         // Its bytes are in the archive now: the copy in memory goes.
         m_forms[entry.path].removeIf([&](const Form &form) { return form.form == entry.form; });

@@ -44,9 +44,12 @@ public:
         quint64 index = 0;
         PackedForm form;
     };
-    // `archivePath` was just saved with `written`: it is the source from now on,
-    // and the forms held in memory are dropped.
-    void adoptWritten(const QString &archivePath, const std::vector<Written> &written);
+    // `archivePath` was just saved with `written` (`archiveStamp` names the file
+    // written, which may still wait beside the target to be renamed into its
+    // place): it is the source from now on, and the forms it holds are dropped
+    // from memory.
+    void adoptWritten(const QString &archivePath, const std::vector<Written> &written,
+                      const PlatformFile::FileStamp &archiveStamp);
 
     // A form made for the file `path` as `stamp` describes it.
     void remember(const QString &path, const PlatformFile::FileStamp &stamp, const PackedEntry &entry);

@@ -4,7 +4,6 @@
 #include <QByteArrayView>
 #include <QString>
 
-
 #include <ctime>
 #include <functional>
 #include <utility>
@@ -174,6 +173,12 @@ void keepAllocatorMemory();
 // reads). Called at the start of a program, before any other thread runs.
 void readTimeZoneOnce();
 
+// The program name ("iexplore.exe") of a running process other than this one
+// that has the file at `path` loaded; "" when none has. On Unix a process whose
+// memory maps show the file (as Wine maps a loaded DLL), on Windows one whose
+// module list holds it. Processes that cannot be looked at are skipped.
+QString processUsingFile(const QString &path);
+
 // A lock file held by this process: a second process cannot take it while this
 // one lives, and the lock ends with the process. flock on Unix; a QLockFile on
 // Windows (which takes over the lock file of a process that died).
@@ -221,6 +226,18 @@ bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const Name
 void dropSaveFile(const Folder &dir, SaveFile &file);
 // Removes `name`, the save file of an earlier save, unless a running save holds it.
 void removeStaleSaveFile(const Folder &dir, const QByteArray &name);
+// Puts the written file on disk under a hidden name of its own beside the target
+// (in `file.tempName`) and closes it, leaving the target as it is: for saves that
+// put several files in place together.
+bool keepSaveFile(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err);
+
+// Renames `from` to `to` in one folder, replacing `to` atomically.
+bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err);
+// A second name `to` for the file `from` (a hard link); false where the file
+// system has none.
+bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err);
+// Puts the folder's entries (renames, new names) on disk.
+bool syncFolder(const Folder &dir, int &err);
 
 #ifndef Q_OS_UNIX
 // The errno value nearest to a Windows error code, and to GetLastError().

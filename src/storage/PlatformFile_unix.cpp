@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -331,6 +332,81 @@ void readTimeZoneOnce()
 #endif
 }
 
+namespace {
+
+// A process's memory maps are read in pieces, up to a bound far above any real
+// process's, so that a look at all processes stays quick whatever they map.
+constexpr qint64 kMapsPiece = 64 * 1024;
+constexpr qint64 kMaxMaps = 64 * 1024 * 1024;
+
+// Whether the maps of `pid` list the file `target`: a line "address perms offset
+// device inode   path", the path ending the line (" (deleted)" when replaced).
+bool mapsFile(const char *pid, const QByteArray &target)
+{
+    const FileHandle maps(::open(("/proc/" + QByteArray(pid) + "/maps").constData(), O_RDONLY | O_CLOEXEC));
+    if (!maps.isOpen())
+        return false;
+    const QByteArray field = ' ' + target;
+    const QByteArray replaced = field + " (deleted)";
+    QByteArray pending;
+    qint64 total = 0;
+    char piece[kMapsPiece];
+    ssize_t got = 0;
+    while (total < kMaxMaps && (got = ::read(maps.get(), piece, sizeof piece)) > 0) {
+        total += got;
+        pending.append(piece, got);
+        qsizetype start = 0;
+        for (qsizetype end = pending.indexOf('\n'); end >= 0; end = pending.indexOf('\n', start)) {
+            const QByteArrayView line = QByteArrayView(pending).sliced(start, end - start);
+            if (line.endsWith(field) || line.endsWith(replaced))
+                return true;
+            start = end + 1;
+        }
+        pending.remove(0, start);
+    }
+    return false;
+}
+
+// The program of `pid` as its command line names it ("iexplore.exe" for a
+// Windows program under Wine), else the kernel's short name.
+QString programName(const char *pid)
+{
+    QFile cmdline(decodeName(QByteArray("/proc/") + pid + "/cmdline"));
+    QByteArray program = cmdline.open(QIODevice::ReadOnly) ? cmdline.read(4096) : QByteArray();
+    program.truncate(program.indexOf('\0') < 0 ? program.size() : program.indexOf('\0'));
+    program = program.mid(std::max(program.lastIndexOf('/'), program.lastIndexOf('\\')) + 1);
+    if (program.isEmpty()) {
+        QFile comm(decodeName(QByteArray("/proc/") + pid + "/comm"));
+        if (comm.open(QIODevice::ReadOnly))
+            program = comm.readLine().trimmed();
+    }
+    return decodeName(program);
+}
+
+} // namespace
+
+QString processUsingFile(const QString &path)
+{
+    const QByteArray target = encodeName(QFileInfo(path).canonicalFilePath());
+    DIR *proc = target.isEmpty() ? nullptr : opendir("/proc");
+    if (!proc)
+        return {};
+    const QByteArray self = QByteArray::number(getpid());
+    QString found;
+    while (const dirent *entry = readdir(proc)) {
+        const QByteArrayView pid(entry->d_name);
+        if (pid.isEmpty() || !std::all_of(pid.begin(), pid.end(), [](char c) { return c >= '0' && c <= '9'; })
+            || pid == self || !mapsFile(entry->d_name, target))
+            continue;
+        found = programName(entry->d_name);
+        if (found.isEmpty())
+            found = decodeName(QByteArray(entry->d_name));
+        break;
+    }
+    closedir(proc);
+    return found;
+}
+
 bool takeLock(const QByteArray &path, Lock &lock)
 {
     const int fd = ::open(path.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
@@ -469,6 +545,46 @@ void removeStaleSaveFile(const Folder &dir, const QByteArray &name)
     if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_uid == geteuid() && flock(fd, LOCK_EX | LOCK_NB) == 0)
         unlinkat(dir.fd, name.constData(), 0);
     close(fd);
+}
+
+bool keepSaveFile(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err)
+{
+    if (fsync(file.fd) != 0) {
+        err = errno;
+        dropSaveFile(dir, file);
+        return false;
+    }
+    if (!file.named && !linkUnnamed(dir, newName, file, err)) {
+        dropSaveFile(dir, file);
+        return false;
+    }
+    close(file.fd);
+    file.fd = -1;
+    return true;
+}
+
+bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (renameat(dir.fd, from.constData(), dir.fd, to.constData()) == 0)
+        return true;
+    err = errno;
+    return false;
+}
+
+bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (linkat(dir.fd, from.constData(), dir.fd, to.constData(), 0) == 0)
+        return true;
+    err = errno;
+    return false;
+}
+
+bool syncFolder(const Folder &dir, int &err)
+{
+    if (fsync(dir.fd) == 0 || errno == EINVAL)
+        return true;
+    err = errno;
+    return false;
 }
 
 void closeFile(int fd)

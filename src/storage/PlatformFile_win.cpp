@@ -22,6 +22,8 @@
 #include <io.h>
 #include <sys/utime.h>
 #include <windows.h>
+// After windows.h, which it needs.
+#include <tlhelp32.h>
 
 namespace PlatformFile {
 
@@ -403,6 +405,71 @@ void keepAllocatorMemory() {}
 
 void readTimeZoneOnce() {}
 
+namespace {
+
+// The long form of a path ("C:\\PROGRA~1\\..." becomes "C:\\Program Files\\..."),
+// so that two spellings of one file compare equal.
+std::wstring longPath(const std::wstring &path)
+{
+    const DWORD size = GetLongPathNameW(path.c_str(), nullptr, 0);
+    if (size == 0)
+        return path;
+    std::wstring full(size, L'\0');
+    const DWORD length = GetLongPathNameW(path.c_str(), full.data(), size);
+    if (length == 0 || length >= size)
+        return path;
+    full.resize(length);
+    return full;
+}
+
+bool samePath(const std::wstring &a, const std::wstring &b)
+{
+    return CompareStringOrdinal(a.c_str(), int(a.size()), b.c_str(), int(b.size()), TRUE) == CSTR_EQUAL;
+}
+
+// Whether process `pid` has the module `wanted` loaded; 32-bit modules of a
+// 32-bit process are listed too.
+bool hasModule(DWORD pid, const std::wstring &wanted)
+{
+    HANDLE modules = INVALID_HANDLE_VALUE;
+    // The list cannot be taken while the process loads a module: a few tries.
+    for (int attempt = 0; attempt < 3 && modules == INVALID_HANDLE_VALUE; ++attempt) {
+        modules = CreateToolhelp32Snapshot(TH32CS_SNAPMODULE | TH32CS_SNAPMODULE32, pid);
+        if (modules == INVALID_HANDLE_VALUE && GetLastError() != ERROR_BAD_LENGTH)
+            return false; // access denied, or the process has ended
+    }
+    if (modules == INVALID_HANDLE_VALUE)
+        return false;
+    MODULEENTRY32W module{};
+    module.dwSize = sizeof module;
+    bool found = false;
+    for (BOOL more = Module32FirstW(modules, &module); more && !found; more = Module32NextW(modules, &module))
+        found = samePath(longPath(module.szExePath), wanted);
+    CloseHandle(modules);
+    return found;
+}
+
+} // namespace
+
+QString processUsingFile(const QString &path)
+{
+    const std::wstring wanted = longPath(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()).toStdWString());
+    HANDLE processes = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (processes == INVALID_HANDLE_VALUE)
+        return {};
+    PROCESSENTRY32W process{};
+    process.dwSize = sizeof process;
+    QString found;
+    for (BOOL more = Process32FirstW(processes, &process); more && found.isEmpty();
+         more = Process32NextW(processes, &process)) {
+        if (process.th32ProcessID != 0 && process.th32ProcessID != GetCurrentProcessId()
+            && hasModule(process.th32ProcessID, wanted))
+            found = QString::fromWCharArray(process.szExeFile);
+    }
+    CloseHandle(processes);
+    return found;
+}
+
 // A lock file whose process is gone is taken over. One that is merely old is safe
 // too: a running process keeps its lock file open, so Windows refuses to delete it.
 bool takeLock(const QByteArray &path, Lock &lock)
@@ -494,6 +561,49 @@ bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const Name
         return false;
     }
     file.named = false; // the file now is the target
+    return true;
+}
+
+bool keepSaveFile(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err)
+{
+    Q_UNUSED(newName);
+    if (_commit(file.fd) != 0) {
+        err = errno;
+        dropSaveFile(dir, file);
+        return false;
+    }
+    const bool closed = closeFile(file.fd, err);
+    file.fd = -1;
+    if (!closed) {
+        dropSaveFile(dir, file);
+        return false;
+    }
+    SetFileAttributesW(widePath(childPath(dir, file.tempName)).c_str(), file.attributes);
+    return true;
+}
+
+bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (MoveFileExW(widePath(childPath(dir, from)).c_str(), widePath(childPath(dir, to)).c_str(),
+                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    err = lastSystemError();
+    return false;
+}
+
+bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
+{
+    if (CreateHardLinkW(widePath(childPath(dir, to)).c_str(), widePath(childPath(dir, from)).c_str(), nullptr))
+        return true;
+    err = lastSystemError();
+    return false;
+}
+
+bool syncFolder(const Folder &dir, int &err)
+{
+    // MOVEFILE_WRITE_THROUGH has put each rename on disk already.
+    Q_UNUSED(dir);
+    Q_UNUSED(err);
     return true;
 }
 

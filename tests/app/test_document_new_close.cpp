@@ -198,6 +198,7 @@ private slots:
         QTest::newRow("changed, no") << "style" << PromptAnswer::No;
         QTest::newRow("update comment only, yes") << "update" << PromptAnswer::Yes;
         QTest::newRow("untitled, yes") << "untitled" << PromptAnswer::Yes;
+        QTest::newRow("changed, cancel keeps the window") << "style" << PromptAnswer::Cancel;
     }
 
     // The unload question comes only for an open blockset that counts as changed.
@@ -228,11 +229,11 @@ private slots:
         const bool asked = answer != PromptAnswer::Ok;
         env.prompts.answers = {answer};
 
-        env.document.askSaveOnUnload();
+        QCOMPARE(env.document.askSaveOnUnload(), answer != PromptAnswer::Cancel);
 
         QCOMPARE(env.prompts.messages.size(), asked ? 1 : 0);
         if (asked)
-            verifyMessage(env.prompts, 0, kChanged, "Blockset Changed", PromptButtons::YesNo, PromptIcon::Question);
+            verifyMessage(env.prompts, 0, kChanged, "Blockset Changed", PromptButtons::YesNoCancel, PromptIcon::None);
         const bool saved = answer == PromptAnswer::Yes;
         QCOMPARE(env.document.isChanged(), (asked && !saved) || state == "closed");
         if (state == "untitled")

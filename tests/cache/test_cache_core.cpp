@@ -1,20 +1,29 @@
-// Rover lookups in fake Wine prefixes, the cache index and the manager's commands.
+// Rover lookups in fake Wine prefixes and the manager's commands on a cache.
 
-#include "storage/ArchiveWriter.h"
-#include "cache/CacheIndex.h"
 #include "cache/CacheLocation.h"
 #include "cache/CacheManager.h"
 #include "common/CommonFunctions.h"
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
-#include "rover/RoverCacheRules.h"
+#include "storage/ArchiveWriter.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <cstdio>
+#include <cstring>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -25,12 +34,6 @@ QByteArray section(QByteArray key, const QByteArray &values)
 {
     key.replace("\\", "\\\\");
     return "\n[" + key + "] 1\n#time=1\n" + values + "\n";
-}
-
-// What Rover's own index reader says of the bytes.
-bool roverAccepts(const QByteArray &index)
-{
-    return !hasRoverError(checkRoverCache(index));
 }
 
 } // namespace
@@ -142,85 +145,21 @@ private slots:
         QCOMPARE(machine.hostPath(u"\\\\server\\share\\rover"_s), QString());
     }
 
-    void readIndex_data()
-    {
-        QTest::addColumn<QByteArray>("index");
-        QTest::addColumn<QStringList>("updated"); // Last Updated of castle, house
-        QTest::addColumn<QString>("castleName");
-
-        const QString date = QLocale().toString(unixTimeToDate(1600000000), QLocale::ShortFormat);
-        QTest::newRow("markers") << QByteArray(
-            "<CACHE>\r\n\t<BLOCKSET HREF=\"http://h/castle.bset\" UPDATED=\"0\" NAME=\"Castle\"/>\r\n</CACHE>\r\n")
-                                 << QStringList{u"<force download>"_s, u"---"_s} << u"Castle"_s;
-        QTest::newRow("listed twice") << QByteArray(
-            "<cache><blockset href=\"http://h/castle.bset\" updated=\"0\" name=\"\"/>"
-            "<!-- a note --><blockset href = \"http://x/castle.bset\" updated=\"1600000000\" name=\"First\"/>"
-            "<blockset href=\"http://y/castle.bset\" name=\"Second\" updated=\"1600000000\"/></cache>")
-                                      << QStringList{date, u"---"_s} << u"First"_s;
-        QTest::newRow("no href, after end") << QByteArray(
-            "<CACHE><BLOCKSET UPDATED=\"5\" NAME=\"x\"/></CACHE><BLOCKSET HREF=\"house.bset\" UPDATED=\"0\"/>")
-                                            << QStringList{u"---"_s, u"---"_s} << u"?"_s;
-        QTest::newRow("case of file name")
-            << QByteArray("<CACHE><BLOCKSET HREF=\"h/Castle.bset\" UPDATED=\"0\"/></CACHE>")
-            << QStringList{u"---"_s, u"---"_s} << u"?"_s;
-    }
-    void readIndex()
-    {
-        QFETCH(QByteArray, index);
-        QFETCH(QStringList, updated);
-        QFETCH(QString, castleName);
-        QList<CacheRow> rows(2);
-        rows[0].fileName = u"castle.bset"_s;
-        rows[1].fileName = u"house.bset"_s;
-        rows[1].name = u"From archive"_s;
-        readCacheIndex(index, rows);
-        QCOMPARE((QStringList{rows[0].lastUpdatedText(), rows[1].lastUpdatedText()}), updated);
-        QCOMPARE(rows[0].name, castleName);
-        QCOMPARE(rows[1].name, u"From archive"_s);
-    }
-
-    void writeIndexRoundTrip()
-    {
-        QList<CacheRow> rows(3);
-        rows[0] = {u"a.bset"_s, u"www.host.com\\sets\\old"_s, 1234567, u"1.0"_s, u"Ä name"_s, u"say \"hi\""_s};
-        rows[0].updated = CacheRow::Updated::Date;
-        rows[0].updatedTime = 1600000059; // seconds a short date form would drop
-        rows[1] = {u"b.bset"_s, u"h"_s, 10};
-        rows[1].updated = CacheRow::Updated::ForceDownload;
-        rows[2] = {u"c.bset"_s, u"h"_s, 10};
-        rows[2].updated = CacheRow::Updated::NotListed;
-        QByteArray bytes;
-        QVERIFY(cacheIndexBytes(rows, bytes));
-        QVERIFY2(roverAccepts(bytes), bytes.constData());
-        QVERIFY(bytes.contains("HREF=\"http://www.host.com/sets/old/a.bset\" SIZE=\"1234567\" UPDATED=\"1600000059\""));
-        QVERIFY(!bytes.contains("c.bset"));
-
-        QList<CacheRow> back(3);
-        for (int i = 0; i < 3; ++i)
-            back[i].fileName = rows[i].fileName;
-        readCacheIndex(bytes, back);
-        QCOMPARE(back[0].updatedTime, 1600000059);
-        QCOMPARE(back[0].name, u"Ä name"_s);
-        QCOMPARE(back[0].synopsis, u"say 'hi'"_s);
-        QCOMPARE(back[0].version, u"1.0"_s);
-        QCOMPARE(back[1].lastUpdatedText(), u"<force download>"_s);
-        QCOMPARE(back[2].updated, CacheRow::Updated::NotListed);
-
-        rows[0].updated = CacheRow::Updated::NoIndex;
-        QVERIFY(!cacheIndexBytes(rows, bytes));
-    }
-
     void managerCommands()
     {
         makePrefix("win64", section("Software\\Wow6432Node\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml",
                                     "\"Location\"=\"C:\\\\Program Files (x86)\\\\Rover\\\\npRover.dll\""));
+        const QString plugin = prefix() + u"/drive_c/Program Files (x86)/Rover/npRover.dll"_s;
+        writeBytes(plugin, "dll");
         const QString cache = prefix() + u"/drive_c/Program Files (x86)/Rover/Flatland"_s;
         makeBlockset(cache + u"/www.Host.com/Sets/castle.bset"_s,
                      "<style name=\"Castle\" version=\"2.1\" author=\"Ann\"/>",
                      {u"a.block"_s, u"B.BLOCK"_s, u"t.gif"_s, u"u.JPG"_s, u"s.wav"_s, u"readme.txt"_s});
         writeBytes(cache + u"/broken.bset"_s, "not a zip");
-        const QByteArray index = "<CACHE>\r\n\t<BLOCKSET HREF=\"http://www.host.com/sets/castle.bset\" SIZE=\"1\" "
-                                 "UPDATED=\"1600000000\" NAME=\"Index\" SYNOPSIS=\"Towers\"/>\r\n</CACHE>\r\n";
+        const QByteArray castle = "\t<BLOCKSET HREF=\"http://www.host.com/sets/castle.bset\" SIZE=\"1\" "
+                                  "UPDATED=\"1600000000\" NAME=\"Index\" SYNOPSIS=\"Towers\"/>\r\n";
+        const QByteArray broken = "\t<BLOCKSET HREF='http://broken.bset' SIZE='9' UPDATED='1600000000'/>\r\n";
+        const QByteArray index = "<CACHE>\r\n" + castle + broken + "</CACHE>\r\n";
         writeBytes(cache + u"/cache.txt"_s, index);
 
         RoverMachine machine;
@@ -231,44 +170,57 @@ private slots:
         CacheManager manager(machine, prompts, settings);
         manager.load();
         QCOMPARE(manager.rows().size(), 2);
-        const CacheRow &broken = manager.rows().at(0);
-        QCOMPARE(
-            (QStringList{CacheManager::cellText(broken, CacheManager::Blocks), broken.lastUpdatedText(), broken.name}),
-            (QStringList{u"?"_s, u"---"_s, u"?"_s}));
-        const CacheRow &castle = manager.rows().at(1);
-        QCOMPARE(castle.path, u"www.Host.com\\Sets"_s);
-        QCOMPARE((QList<int>{castle.blocks, castle.textures, castle.sounds}), (QList<int>{2, 2, 1}));
-        QCOMPARE((QStringList{castle.name, castle.synopsis, castle.version, castle.author}),
+        const CacheRow &castleRow = manager.rows().at(1);
+        QCOMPARE(castleRow.path, u"www.Host.com\\Sets"_s);
+        QCOMPARE((QList<int>{castleRow.blocks, castleRow.textures, castleRow.sounds}), (QList<int>{2, 2, 1}));
+        QCOMPARE((QStringList{castleRow.name, castleRow.synopsis, castleRow.version, castleRow.author}),
                  (QStringList{u"Castle"_s, u"Towers"_s, u"2.1"_s, u"Ann"_s}));
-        QCOMPARE(manager.blocksetsText(), u"2 Blocksets"_s);
+        QCOMPARE(CacheManager::cellText(manager.rows().at(0), CacheManager::Blocks), u"?"_s);
 
         // Sorting by size puts the small broken file first, descending last.
         manager.sort(CacheManager::Size, false);
         QCOMPARE(manager.rows().at(1).fileName, u"broken.bset"_s);
 
-        // A read-only folder: the write fails with the message, the old index stays whole.
-        QFile::setPermissions(cache, QFile::ReadOwner | QFile::ExeOwner);
-        const bool folderLocked = !QFile(cache + u"/probe"_s).open(QIODevice::WriteOnly);
-        if (folderLocked) {
-            QVERIFY(!manager.forceDownload(0));
-            QCOMPARE(prompts.messageTexts(), QStringList{u"Couldn't write cache file to disk"_s});
-            QCOMPARE(readBytes(cache + u"/cache.txt"_s), index);
-            QCOMPARE(manager.rows().at(0).updated, CacheRow::Updated::Date);
-        }
-        QFile::setPermissions(cache, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        // A read-only index is not replaced, and then the file stays.
+        QFile::setPermissions(cache + u"/cache.txt"_s, QFile::ReadOwner);
+        prompts.answers = {PromptAnswer::Yes};
+        QVERIFY(!manager.remove(1));
+        QCOMPARE(prompts.messages.size(), 2);
+        QVERIFY(
+            prompts.messages[1].text.endsWith(u"cache.txt: the file is read-only\nThe blockset stays in the cache."_s));
+        QVERIFY(QFile::exists(cache + u"/broken.bset"_s));
+        QCOMPARE(readBytes(cache + u"/cache.txt"_s), index);
+        QFile::setPermissions(cache + u"/cache.txt"_s, QFile::ReadOwner | QFile::WriteOwner);
         prompts.messages.clear();
 
-        // Removal asks first; with showWarnings off it does not.
-        prompts.answers = {PromptAnswer::No};
-        QVERIFY(!manager.remove(1));
-        QCOMPARE(prompts.messageTexts(), QStringList{u"Are you sure to remove broken.bset?"_s});
+#ifdef Q_OS_UNIX
+        // A process with the plug-in loaded: Rover runs, nothing is changed.
+        QProcess browser;
+        browser.start(QCoreApplication::applicationFilePath(), {u"--map"_s, plugin});
+        QVERIFY(browser.waitForReadyRead(10000));
+        manager.fill();
+        const QString running = u"Rover is running ("_s + QFileInfo(QCoreApplication::applicationFilePath()).fileName()
+                                + u"): changes to its cache would be undone. Close the browser first."_s;
+        QCOMPARE(manager.processText(), running);
+        QVERIFY(!manager.forceDownload(0));
+        QCOMPARE(prompts.messageTexts(), QStringList{running});
+        browser.closeWriteChannel();
+        QVERIFY(browser.waitForFinished(10000));
+        manager.checkRover();
+        QCOMPARE(manager.processText(), QString());
+        prompts.messages.clear();
+#endif
+
+        // Removal with showWarnings off: the index loses that element only.
         QVERIFY(settings.setBoolSetting(u"showWarnings"_s, false));
-        QVERIFY(manager.remove(1));
+        QVERIFY(manager.remove(0));
         QVERIFY(!QFile::exists(cache + u"/broken.bset"_s));
         QCOMPARE(manager.rows().size(), 1);
-        const QByteArray written = readBytes(cache + u"/cache.txt"_s);
-        QVERIFY(roverAccepts(written));
-        QVERIFY(written.contains("UPDATED=\"1600000000\" NAME=\"Castle\" SYNOPSIS=\"Towers\" VERSION=\"2.1\"/>"));
+        QCOMPARE(readBytes(cache + u"/cache.txt"_s), "<CACHE>\r\n" + castle + "</CACHE>\r\n");
+        QVERIFY(manager.forceDownload(0));
+        QCOMPARE(manager.rows().at(0).lastUpdatedText(), u"<force download>"_s);
+        QVERIFY(readBytes(cache + u"/cache.txt"_s).contains("UPDATED=\"0\" NAME=\"Index\""));
+        QVERIFY(prompts.messages.isEmpty());
         QVERIFY(prompts.unexpected.isEmpty());
     }
 
@@ -289,5 +241,27 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCacheCore)
+// Started as "--map FILE", the program stands in for a browser with Rover's
+// plug-in loaded: it maps the file, says so, and waits for its input to close.
+int main(int argc, char *argv[])
+{
+#ifdef Q_OS_UNIX
+    if (argc == 3 && std::strcmp(argv[1], "--map") == 0) {
+        const int fd = ::open(argv[2], O_RDONLY);
+        struct stat info {};
+        if (fd < 0 || fstat(fd, &info) != 0
+            || mmap(nullptr, size_t(info.st_size), PROT_READ, MAP_PRIVATE, fd, 0) == MAP_FAILED)
+            return 1;
+        std::puts("mapped");
+        std::fflush(stdout);
+        while (std::getchar() != EOF) {
+        }
+        return 0;
+    }
+#endif
+    QCoreApplication app(argc, argv);
+    TestCacheCore test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "test_cache_core.moc"

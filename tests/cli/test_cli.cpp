@@ -132,6 +132,50 @@ private slots:
         QVERIFY(!QFileInfo::exists(dir.filePath(u"registry.reg"_s)));
     }
 
+    // The three ways to name a cached blockset, and a browser without Rover.
+    void cacheNames_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("printed"); // stdout when it succeeds, else stderr
+
+        const QString url = u"url"_s;
+        QTest::newRow("unique file name")
+            << QStringList{url, u"unique.BSET"_s} << 0 << u"http://b.example/Unique.bset\n"_s;
+        QTest::newRow("path as listed") << QStringList{url, u"a.example\\sets\\Castle.bset"_s} << 0
+                                        << u"http://a.example/sets/Castle.bset\n"_s;
+        QTest::newRow("address") << QStringList{url, u"HTTP://B.example/castle.bset"_s} << 0
+                                 << u"http://b.example/Castle.bset\n"_s;
+        QTest::newRow("name of two") << QStringList{
+            url,
+            u"Castle.bset"_s} << 2 << u"cubrix-cli: several cached blocksets \"Castle.bset\"; name it by its path\n"_s;
+        QTest::newRow("no such name") << QStringList{url, u"b.example/Tower.bset"_s} << 2
+                                      << u"cubrix-cli: no cached blockset \"b.example/Tower.bset\"\n"_s;
+        QTest::newRow("no Rover for Netscape") << QStringList{u"--browser"_s, u"netscape"_s} << 1
+                                               << u"cubrix-cli: Rover is not installed for Netscape\n"_s;
+    }
+
+    void cacheNames()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exitCode);
+        QTemporaryDir dir;
+        const QString prefix = dir.filePath(u"prefix"_s);
+        const QString cache = prefix + u"/drive_c/Rover/flatland"_s;
+        for (const QString &file :
+             {u"a.example/sets/Castle.bset"_s, u"b.example/Castle.bset"_s, u"b.example/Unique.bset"_s})
+            QVERIFY(QDir().mkpath(QFileInfo(cache + u'/' + file).path()) && writeFile(cache + u'/' + file, "x"));
+        QVERIFY(QDir().mkpath(prefix + u"/dosdevices"_s));
+        QVERIFY(QFile::link(u"../drive_c"_s, prefix + u"/dosdevices/c:"_s));
+        QVERIFY(writeFile(prefix + u"/system.reg"_s,
+                          "WINE REGISTRY Version 2\n\n[Software\\\\Microsoft\\\\Internet Explorer\\\\"
+                          "Plugins\\\\Extension\\\\.3dml] 1\n\"Location\"=\"C:\\\\Rover\\\\np.dll\"\n"));
+        qputenv("WINEPREFIX", QFile::encodeName(prefix));
+        const CliResult result = runCli(dir, QStringList{u"cache"_s} + arguments);
+        QCOMPARE(result.exitCode, exitCode);
+        QTEST(QString::fromUtf8(exitCode == 0 ? result.out : result.err), "printed");
+    }
+
     // The command runs the editor's Save As (whose rules are the document's tests):
     // OUT gets the blockset with a style of its own name, IN stays as it was.
     void saveAs()

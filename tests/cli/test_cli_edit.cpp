@@ -3,6 +3,7 @@
 
 #include "CliRun.h"
 #include "support/BlocksetFiles.h"
+#include "support/BspTestBlocks.h"
 
 #include <QtTest>
 
@@ -80,7 +81,7 @@ private slots:
                                     << QStringList{u"(1,2,3)"_s};
         QTest::newRow("set bad colour") << QStringList{u"set"_s, u"skyColor"_s, u"(1,2,300)"_s} << 1 << u"skyColor"_s
                                         << QStringList{u"(96,160,255)"_s};
-        QTest::newRow("set a quote") << QStringList{u"set"_s, u"synopsis"_s, u"The \"Stone\" castle"_s} << 2
+        QTest::newRow("set a quote") << QStringList{u"set"_s, u"synopsis"_s, u"The \"Stone\" castle"_s} << 1
                                      << u"synopsis"_s << QStringList{u"Stone walls, a gate, a tower and a torch"_s};
     }
 
@@ -131,6 +132,30 @@ private slots:
                 errors << f.value(u"file"_s).toString() + u':' + QString::number(f.value(u"line"_s).toInt());
         }
         QCOMPARE(errors, QStringList({u"Broken.style:2"_s, u"Broken.style:3"_s, u"Broken.txt:1"_s}));
+    }
+
+    // bsp builds a tree once, keeps it the next time, and passes a sprite by.
+    void bsp()
+    {
+        const QString file = m_dir.filePath(u"Trees.bset"_s);
+        const QByteArray walls =
+            blockText(blockOf(box({0, 0, 120}, {256, 256, 136}) + box({120, 0, 0}, {136, 256, 256})));
+        QVERIFY(
+            writeBset(file, {{u"Trees.style"_s, dosText(u"<style name=\"T\" version=\"1.0\">\n"
+                                                        "<block symbol=\"a\" file=\"walls.block\"/>\n"
+                                                        "<block symbol=\"b\" file=\"torch.block\"/>\n</style>\n"_s)},
+                             {u"blocks/walls.block"_s, walls},
+                             {u"blocks/torch.block"_s, blockFile(u"torch"_s, u"facing sprite"_s)}}));
+        for (const QString &outcome : {u"built"_s, u"kept"_s}) {
+            const auto [code, report] = cli({u"bsp"_s, file});
+            QCOMPARE(code, 0);
+            const QJsonObject built = report.value(u"bsp"_s).toObject().value(u"walls.block"_s).toObject();
+            QCOMPARE(built.value(u"outcome"_s).toString(), outcome);
+            QCOMPARE(built.value(u"splits"_s).toInt() > 0, outcome == u"built"_s);
+            QCOMPARE(report.value(u"bsp"_s).toObject().value(u"torch.block"_s).toObject().value(u"outcome"_s),
+                     u"skipped"_s);
+            QCOMPARE(values(report, u"bsp"_s), QStringList({u"n/a"_s, u"yes"_s}));
+        }
     }
 };
 

@@ -55,27 +55,21 @@ private slots:
         const auto written = [](const char *name, const QString &comment, const QString &readBack) {
             QTest::newRow(name) << writeUpdate("1.2", comment, 48213) << readBack;
         };
+        // What the text box held comes back byte for byte through the file.
         written("one line", "Added two gates.", "Added two gates.");
-        written("blanks around equals closed up", "Fixed a = b", "Fixed a=b");
-        written("lines joined without separator", "one\ntwo", "onetwo");
-        written("cut at the first </", "a </b> c", "a ");
+        written("blanks, tabs and lines kept", "Fixed a = b\n\tand c\n", "Fixed a = b\n\tand c\n");
+        written("a line that is only a closing tag's start", "a </b> c", "a </b> c");
+        written("empty", "", "");
         written("Windows-1252", "Gr\u00f6\u00dfer \u20ac \u0081", "Gr\u00f6\u00dfer \u20ac \u0081");
-        QTest::newRow("tabs lost, blanks kept untrimmed") << QByteArray("<version>  a\tb  </version>") << "  ab  ";
-        QTest::newRow("missing end tag keeps the rest") << QByteArray("<version>all of it\r\n") << "all of it";
-        QTest::newRow("capitals and comments") << QByteArray("<!-- note --><VERSION ID=\"3\">new</VERSION>") << "new";
-        QTest::newRow("no version tag") << QByteArray("<other>text</other>") << "";
-        QTest::newRow("no tags at all") << QByteArray("plain text") << "plain text";
+        QTest::newRow("missing end tag keeps the rest") << QByteArray("<version>\r\nall of it\r\n") << "all of it";
+        QTest::newRow("capitals, LF only") << QByteArray("<VERSION ID=\"3\">\nnew\n</VERSION>\n") << "new";
     }
 
     void read()
     {
         QFETCH(QByteArray, file);
-        Parser parser;
-        parser.setBuffer(file);
-        QTEST(readUpdate(parser), "comment");
-        QVERIFY(parser.isEmpty());
+        QTEST(readUpdate(file), "comment");
     }
 };
-
 QTEST_APPLESS_MAIN(TestParserVersion)
 #include "test_parser_version.moc"

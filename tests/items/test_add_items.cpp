@@ -1,10 +1,10 @@
 #include "common/RegistryWrapper.h"
 #include "formats/ValueFormats.h"
-#include "support/FakeHost.h"
-#include "support/TestFiles.h"
 #include "items/AddItems.h"
 #include "items/BlockNaming.h"
 #include "items/ReplaceBlocks.h"
+#include "support/FakeHost.h"
+#include "support/TestFiles.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QtTest>
@@ -60,21 +60,24 @@ private slots:
 
         QCOMPARE(addItems(host, ItemKind::Block), 2);
         QCOMPARE(host.scripted.fileRequests.first().title, u"Add Block"_s);
-        // Sorted by character code: A, B, a, b; A is a duplicate (told), B cancelled,
-        // x.BLOCK and the missing file skipped without a word.
-        QCOMPARE(host.scripted.messageTexts(), QStringList{u"There is already a \"A.block\" in the blockset!"_s});
+        // Sorted by character code: A, B, a, b, gone, x. A and a are the existing
+        // A.block to Windows and Rover (told), B cancelled, the missing file named
+        // with its reason; b and x.BLOCK (extensions ignore case) added.
+        const QString taken = u"There is already a \"A.block\" in the blockset!"_s;
+        QCOMPARE(host.scripted.messageTexts(),
+                 QStringList({taken, taken, u"Unable to read \""_s + host.sourceFolder() + u"/gone.block\"!"_s}));
         QStringList captions;
         for (const SymbolDialogSetup &setup : std::as_const(host.scripted.symbolRequests))
             captions << setup.caption;
-        QCOMPARE(captions, QStringList({u"Add symbols for B.block"_s, u"Add symbols for a.block"_s,
-                                        u"Add symbols for b.block"_s}));
-        QCOMPARE(blockFiles(host), QStringList({u"A.block"_s, u"a.block"_s, u"b.block"_s}));
+        QCOMPARE(captions, QStringList({u"Add symbols for B.block"_s, u"Add symbols for b.block"_s,
+                                        u"Add symbols for x.BLOCK"_s}));
+        QCOMPARE(blockFiles(host), QStringList({u"A.block"_s, u"b.block"_s, u"x.BLOCK"_s}));
         QCOMPARE(QDir(itemFolder(host, ItemKind::Block)).entryList(QDir::Files),
-                 QStringList({u"a.block"_s, u"b.block"_s}));
+                 QStringList({u"b.block"_s, u"x.BLOCK"_s}));
         // Offered first: the free symbols after A.
         QCOMPARE(host.blockset.blocks[1].symbol, u"B"_s);
         QCOMPARE(host.blockset.blocks[2].symbol, u"C"_s);
-        QCOMPARE(host.blockset.blocks[1].source, chosen[3]);
+        QCOMPARE(host.blockset.blocks[1].source, chosen[0]);
         QCOMPARE(host.processTexts, QStringList({u"Add Block..."_s, u"2 blocks added."_s}));
         QCOMPARE(host.settings().getStringSetting(u"pathBlocks"_s), host.sourceFolder());
         QVERIFY(host.changed);
@@ -151,16 +154,19 @@ private slots:
                                  source(host, u"wall.jpg"_s, QByteArray(1234567, 'j')),
                                  source(host, u"a:b.gif"_s, "GIF")};
         host.scripted.multiAnswers << chosen;
-        QCOMPARE(addItems(host, ItemKind::Texture), 1);
+        QCOMPARE(addItems(host, ItemKind::Texture), 2);
         QCOMPARE(host.scripted.messageTexts(),
-                 QStringList({u"There is already a texture \"sky.gif\" in the blockset!"_s,
-                              u"Rover cannot use the texture \"wall.jpg\": neither a GIF nor a JPEG image.\nIt is "
-                              "added, but Rover draws the parts that use it untextured."_s,
-                              u"\"a:b.gif\" cannot be used as a file name!"_s}));
+                 QStringList(
+                     {u"There is already a texture \"sky.gif\" in the blockset!"_s,
+                      u"Rover cannot use the texture \"photo.JPG\": neither a GIF nor a JPEG image.\nIt is added, but "
+                      "Rover draws the parts that use it untextured."_s,
+                      u"Rover cannot use the texture \"wall.jpg\": neither a GIF nor a JPEG image.\nIt is added, but "
+                      "Rover draws the parts that use it untextured."_s,
+                      u"\"a:b.gif\" cannot be used as a file name: Windows does not allow \":\" in a file name!"_s}));
         QCOMPARE(host.blockset.textures.last().sizeText, u" 1,234,567"_s);
-        QCOMPARE(host.processTexts.last(), u"1 texture added."_s);
+        QCOMPARE(host.processTexts.last(), u"2 textures added."_s);
 
-        // With showWarnings off a duplicate is skipped silently; cancel shows no summary.
+        // A duplicate is refused also with showWarnings off; cancel shows no summary.
         host.settings().setBoolSetting(u"showWarnings"_s, false);
         const QString sound = source(host, u"a.wav"_s, "");
         QVERIFY(addSoundFile(host, sound));
@@ -169,7 +175,7 @@ private slots:
         QCOMPARE(addItems(host, ItemKind::Sound), 0);
         QCOMPARE(host.processTexts.last(), QString());
         QCOMPARE(host.blockset.sounds.size(), 1);
-        QCOMPARE(host.scripted.messages.size(), 3);
+        QCOMPARE(host.scripted.messages.size(), 5);
     }
 
     void failedCopyLeavesNothing()

@@ -1,7 +1,7 @@
-#include "support/FakeHost.h"
-#include "support/TestFiles.h"
 #include "items/RemoveItems.h"
 #include "items/RenameItem.h"
+#include "support/FakeHost.h"
+#include "support/TestFiles.h"
 
 #include <QtTest>
 
@@ -97,10 +97,18 @@ private slots:
                                          << u"wall.block"_s;
         QTest::newRow("name of another row")
             << u"DOOR.block"_s << true << u"There is already a \"door.block\" in the blockset!"_s << u"wall.block"_s;
-        QTest::newRow("not a file name") << u"a:b.block"_s << true << u"\"a:b.block\" cannot be used as a file name!"_s
-                                         << u"wall.block"_s;
+        QTest::newRow("not a file name")
+            << u"a:b.block"_s << true
+            << u"\"a:b.block\" cannot be used as a file name: Windows does not allow \":\" in a file name!"_s
+            << u"wall.block"_s;
+        QTest::newRow("leading blank") << u" wall2.block"_s << true
+                                       << u"\" wall2.block\" cannot be used as a file name: it starts or ends with a "
+                                          "blank, which Rover drops, so it would never find the file!"_s
+                                       << u"wall.block"_s;
         QTest::newRow("beyond Windows-1252")
-            << u"\u0416.block"_s << true << u"\"\u0416.block\" cannot be used as a file name!"_s << u"wall.block"_s;
+            << u"\u0416.block"_s << true
+            << u"\"\u0416.block\" cannot be used as a file name: Windows-1252, the code page of the style file, has no \"\u0416\"!"_s
+            << u"wall.block"_s;
     }
 
     void rename()

@@ -10,7 +10,7 @@ PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title,
 PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title, const QString &detail,
                                       PromptButtons buttons, PromptIcon icon)
 {
-    messages.append({text, title, buttons, icon, detail});
+    messages.append({text, title, buttons, icon, detail, {}});
     // Every save checks what it wrote against Rover's readers and reports here:
     // a file Rover would reject fails the running test unless it expects that.
     if (title == QStringLiteral("Rover compatibility") && !roverRejectionExpected)
@@ -22,6 +22,17 @@ PromptAnswer ScriptedPrompts::message(const QString &text, const QString &title,
         return PromptAnswer::Cancel;
     }
     return answers.takeFirst();
+}
+
+int ScriptedPrompts::choose(const QString &text, const QString &title, const QString &detail,
+                            const QStringList &buttons, PromptIcon icon)
+{
+    messages.append({text, title, PromptButtons::Ok, icon, detail, buttons});
+    if (choices.isEmpty()) {
+        unexpected.append(QStringLiteral("choose: ") + text);
+        return -1;
+    }
+    return choices.takeFirst();
 }
 
 QString ScriptedPrompts::openFile(const QString &title, const QString &filter, const QString &folder)

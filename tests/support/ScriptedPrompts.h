@@ -19,6 +19,7 @@ public:
         PromptButtons buttons;
         PromptIcon icon;
         QString detail;
+        QStringList choices; // the buttons of a choose() question
     };
     struct FileRequest {
         QString kind; // "open", "openMulti", "save"
@@ -31,6 +32,9 @@ public:
     PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon) override;
     PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
                          PromptIcon icon) override;
+    // Answers from `choices` (-1 = Cancel).
+    int choose(const QString &text, const QString &title, const QString &detail, const QStringList &buttons,
+               PromptIcon icon) override;
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;
     QStringList openFiles(const QString &title, const QString &filter, const QString &folder) override;
     QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,
@@ -49,6 +53,7 @@ public:
 
     // Queues.
     QList<PromptAnswer> answers;
+    QList<int> choices;
     QStringList fileAnswers;         // for openFile and saveFile ("" = cancel)
     QList<QStringList> multiAnswers; // for openFiles
     QList<NewBlocksetChoice> newAnswers;

@@ -5,6 +5,7 @@
 #include "app/ui/ItemListPage.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
+#include "items/AddBspTrees.h"
 #include "items/AddItems.h"
 #include "items/RemoveItems.h"
 #include "items/RenameItem.h"
@@ -115,9 +116,11 @@ void ItemCommands::previewItem()
 
 void ItemCommands::addBSP()
 {
-    // The command exists but does nothing else in this version, deliberately.
-    showOops();
+    // The selected blocks, or all of them when none is selected.
     m_presenter.checkInterface(true);
+    const QList<int> rows = m_presenter.page(ItemKind::Block)->selectedRows();
+    m_document.edit([&] { addBspTrees(m_document, rows, BspRebuild::Ask); });
+    m_presenter.checkInterface(false);
 }
 
 void ItemCommands::previewTexture()

@@ -248,22 +248,28 @@ void frmMain::load()
     m_document->showProcess(welcomeText());
 }
 
-void frmMain::unload()
+bool frmMain::unload()
 {
     if (m_unloaded)
-        return;
-    m_unloaded = true;
+        return true;
     // A texture typed into a box that still has the focus counts as an edit.
     m_settingsTab->commitTextureEdit();
-    m_document->askSaveOnUnload();
+    if (!m_document->askSaveOnUnload()) {
+        checkInterface();
+        return false;
+    }
+    m_unloaded = true;
     m_folder->removeWorkingFolders();
+    return true;
 }
 
 void frmMain::closeEvent(QCloseEvent *event)
 {
-    // Closing cannot be stopped: the save question has Yes and No only.
-    unload();
-    event->accept();
+    // Cancel (or Escape, or a save that did not happen) keeps the window and the edits.
+    if (unload())
+        event->accept();
+    else
+        event->ignore();
 }
 
 // ---------------------------------------------------------------------------

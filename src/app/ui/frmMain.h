@@ -84,7 +84,7 @@ private:
     void connectPages();
 
     void load();
-    void unload();
+    bool unload();
 
     // Runs a document command and brings the window in line with its outcome. The
     // document ends its commands with its own checkInterface and then shows a result

@@ -5,7 +5,7 @@
 
 void showCacheManager(frmMain &editor)
 {
-    auto *manager = new frmManager(editor.prompts(), editor.settings());
+    auto *manager = new frmManager(editor.settings());
     manager->setAttribute(Qt::WA_DeleteOnClose);
     const auto bringUp = [&editor] {
         editor.show();
@@ -17,7 +17,6 @@ void showCacheManager(frmMain &editor)
         bringUp();
         editor.openBlocksetFile(path);
     });
-    QObject::connect(manager, &frmManager::aboutRequested, &editor, &frmMain::showAbout);
     QObject::connect(&editor, &QObject::destroyed, manager, &QObject::deleteLater);
     manager->show();
 }

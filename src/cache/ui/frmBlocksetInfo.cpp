@@ -59,8 +59,8 @@ frmBlocksetInfo::frmBlocksetInfo(const CacheRow &row, QWidget *parent) : QDialog
     layout->addLayout(buttons);
     setMinimumWidth(420);
 
-    // Centred over the window that is active now.
-    if (QWidget *active = QApplication::activeWindow()) {
+    // Centred over the window that asked for it, else the one active now.
+    if (QWidget *active = parent ? parent->window() : QApplication::activeWindow()) {
         adjustSize();
         const QRect frame = active->geometry();
         move(frame.center() - QPoint(width() / 2, height() / 2));

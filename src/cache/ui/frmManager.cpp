@@ -1,12 +1,15 @@
 #include "cache/ui/frmManager.h"
 
+#include "app/ui/frmAbout.h"
 #include "cache/CacheLocation.h"
 #include "cache/ui/frmBlocksetInfo.h"
 #include "common/RegistryWrapper.h"
+#include "common/ui/GuiPrompts.h"
 #include "common/ui/frmOptions.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenuBar>
@@ -21,28 +24,26 @@ namespace {
 const QStringList kCaptions = {u"File Name"_s,    u"Path"_s, u"Version"_s,  u"Size"_s,
                                u"Last Updated"_s, u"Name"_s, u"Synopsis"_s, u"Author"_s,
                                u"Copyright"_s,    u"B"_s,    u"T"_s,        u"S"_s};
-// Commands that need a row.
-const QStringList kRowCommands = {u"Open"_s,          u"Remove"_s,  u"Properties"_s,
-                                  u"ForceDownload"_s, u"CopyTag"_s, u"CopyURL"_s};
+// Commands that need a row; the ones that change Rover's cache also need Rover closed.
+const QStringList kRowCommands = {u"Open"_s, u"Properties"_s, u"CopyTag"_s, u"CopyURL"_s};
+const QStringList kChangeCommands = {u"Remove"_s, u"ForceDownload"_s};
 
 } // namespace
 
 frmManager::frmManager(RoverMachine &machine, Prompts &prompts, RegistryWrapper &settings, QWidget *parent)
-    : frmManager(&machine, nullptr, prompts, settings, parent)
+    : frmManager(&machine, &prompts, settings, parent)
 {
 }
 
-frmManager::frmManager(Prompts &prompts, RegistryWrapper &settings, QWidget *parent)
-    : frmManager(nullptr, std::make_unique<RoverMachine>(), prompts, settings, parent)
-{
-}
+frmManager::frmManager(RegistryWrapper &settings, QWidget *parent) : frmManager(nullptr, nullptr, settings, parent) {}
 
-frmManager::frmManager(RoverMachine *machine, std::unique_ptr<RoverMachine> own, Prompts &prompts,
-                       RegistryWrapper &settings, QWidget *parent)
+frmManager::frmManager(RoverMachine *machine, Prompts *prompts, RegistryWrapper &settings, QWidget *parent)
     : QMainWindow(parent),
-      m_ownMachine(std::move(own)),
-      m_manager(machine ? *machine : *m_ownMachine, prompts, settings),
-      m_settings(settings)
+      m_ownMachine(machine ? nullptr : std::make_unique<RoverMachine>()),
+      m_ownPrompts(prompts ? nullptr : std::make_unique<GuiPrompts>(this)),
+      m_manager(machine ? *machine : *m_ownMachine, prompts ? *prompts : *m_ownPrompts, settings),
+      m_settings(settings),
+      m_widthSet(CacheManager::ColumnCount, false)
 {
     setObjectName(u"frmManager"_s);
     setWindowTitle(u"Cubrix Cache Manager"_s);
@@ -59,6 +60,10 @@ frmManager::frmManager(RoverMachine *machine, std::unique_ptr<RoverMachine> own,
         BlocksetList->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     setCentralWidget(BlocksetList);
     connect(BlocksetList->header(), &QHeaderView::sectionClicked, this, &frmManager::sortByColumn);
+    connect(BlocksetList->header(), &QHeaderView::sectionResized, this, [this](int column) {
+        if (!m_fitting)
+            m_widthSet[column] = true;
+    });
     connect(BlocksetList, &QTreeWidget::itemSelectionChanged, this, &frmManager::updateState);
     connect(BlocksetList, &QTreeWidget::itemDoubleClicked, this, &frmManager::showProperties);
 
@@ -167,13 +172,21 @@ void frmManager::buildCommands()
 
     QMenu *help = menuBar()->addMenu(u"&Help"_s);
     help->setObjectName(u"mnuHelp"_s);
-    QAction *about = help->addAction(u"&About..."_s, this, &frmManager::aboutRequested);
+    QAction *about = help->addAction(u"&About..."_s, this, [this] {
+        frmAbout dialog(this);
+        dialog.exec();
+    });
     about->setObjectName(u"mnuAbout"_s);
 }
 
 void frmManager::refresh()
 {
     m_manager.fill();
+    showSorted();
+}
+
+void frmManager::showSorted()
+{
     if (m_sortColumn >= 0)
         m_manager.sort(m_sortColumn, m_sortAscending);
     showRows();
@@ -194,11 +207,29 @@ void frmManager::showRows()
         items.append(item);
     }
     BlocksetList->addTopLevelItems(items);
-    for (int column : {CacheManager::FileName, CacheManager::Path, CacheManager::Size, CacheManager::Blocks,
-                       CacheManager::Textures, CacheManager::Sounds})
-        BlocksetList->resizeColumnToContents(column);
+    fitColumns();
     mnuIE->setChecked(m_manager.browser() == CacheManager::Browser::InternetExplorer);
     mnuNS->setChecked(m_manager.browser() == CacheManager::Browser::Netscape);
+    stbProcess->setText(m_manager.processText());
+    updateState();
+}
+
+void frmManager::fitColumns()
+{
+    m_fitting = true;
+    for (int column = 0; column < CacheManager::ColumnCount; ++column) {
+        if (!m_widthSet[column])
+            BlocksetList->resizeColumnToContents(column);
+    }
+    m_fitting = false;
+}
+
+void frmManager::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow())
+        return;
+    m_manager.checkRover();
     stbProcess->setText(m_manager.processText());
     updateState();
 }
@@ -209,6 +240,11 @@ void frmManager::updateState()
     for (const QString &key : kRowCommands) {
         m_buttons.value(key)->setEnabled(hasRows);
         m_menus.value(key)->setEnabled(hasRows);
+    }
+    const bool canChange = hasRows && m_manager.roverProgram().isEmpty();
+    for (const QString &key : kChangeCommands) {
+        m_buttons.value(key)->setEnabled(canChange);
+        m_menus.value(key)->setEnabled(canChange);
     }
     const bool folder = !m_manager.cacheFolder().isEmpty();
     m_buttons.value(u"Refresh"_s)->setEnabled(folder);
@@ -234,8 +270,11 @@ void frmManager::openSelected()
 void frmManager::removeSelected()
 {
     const int row = selectedRow();
-    if (row >= 0 && m_manager.remove(row))
-        showRows();
+    if (row < 0)
+        return;
+    // The list is filled again from disk whatever happened.
+    m_manager.remove(row);
+    showSorted();
 }
 
 void frmManager::showProperties()
@@ -252,8 +291,14 @@ void frmManager::forceDownloadSelected()
     const int row = selectedRow();
     if (row < 0)
         return;
+    const QString key = m_manager.rows().at(row).path + u'\\' + m_manager.rows().at(row).fileName;
     m_manager.forceDownload(row);
-    BlocksetList->topLevelItem(row)->setText(CacheManager::LastUpdated, m_manager.rows().at(row).lastUpdatedText());
+    showSorted();
+    // The same file stays selected.
+    for (int i = 0; i < m_manager.rows().size(); ++i) {
+        if (m_manager.rows().at(i).path + u'\\' + m_manager.rows().at(i).fileName == key)
+            BlocksetList->topLevelItem(i)->setSelected(true);
+    }
 }
 
 void frmManager::copyToClipboard(const QString &text)

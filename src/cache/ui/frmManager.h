@@ -7,6 +7,7 @@
 
 #include <memory>
 
+class GuiPrompts;
 class QAction;
 class QLabel;
 class QTreeWidget;
@@ -16,15 +17,18 @@ class RoverMachine;
 
 // The cache manager window: Rover's cached blocksets in a list with commands on
 // the selected one. The editor-related entries are signals; the program's entry
-// and the editor window connect them.
+// and the editor window connect them. Remove and Force Download are off while
+// Rover runs (looked at again whenever the window becomes active); the columns
+// fit their content after each fill until the user sets a width.
 class frmManager : public QMainWindow {
     Q_OBJECT
 
 public:
     // Looks Rover up and fills the list at once.
     frmManager(RoverMachine &machine, Prompts &prompts, RegistryWrapper &settings, QWidget *parent = nullptr);
-    // The same on this machine's registry and Wine prefix.
-    frmManager(Prompts &prompts, RegistryWrapper &settings, QWidget *parent = nullptr);
+    // The same on this machine's registry and Wine prefix, with message boxes
+    // and questions of its own.
+    explicit frmManager(RegistryWrapper &settings, QWidget *parent = nullptr);
     ~frmManager() override;
 
     CacheManager &manager() { return m_manager; }
@@ -34,16 +38,20 @@ signals:
     void editorRequested();
     // "Open Blockset in Editor": the host path of the selected file.
     void openRequested(const QString &path);
-    void aboutRequested();
+
+protected:
+    void changeEvent(QEvent *event) override;
 
 private:
-    // `machine`, or when null the one in `own`.
-    frmManager(RoverMachine *machine, std::unique_ptr<RoverMachine> own, Prompts &prompts, RegistryWrapper &settings,
-               QWidget *parent);
+    // `machine` and `prompts`, or when null ones of its own.
+    frmManager(RoverMachine *machine, Prompts *prompts, RegistryWrapper &settings, QWidget *parent);
     void buildCommands();
     void addCommand(const QString &key, const QString &caption, const QString &menuCaption, void (frmManager::*slot)());
     void refresh();
+    // The rows again, in the order the user chose.
+    void showSorted();
     void showRows();
+    void fitColumns();
     void updateState();
     int selectedRow() const;
     void copyToClipboard(const QString &text);
@@ -57,6 +65,7 @@ private:
     void sortByColumn(int column);
 
     std::unique_ptr<RoverMachine> m_ownMachine;
+    std::unique_ptr<GuiPrompts> m_ownPrompts;
     CacheManager m_manager;
     RegistryWrapper &m_settings;
     QTreeWidget *BlocksetList = nullptr;
@@ -69,4 +78,6 @@ private:
     QHash<QString, QAction *> m_menus;   // mnuX
     int m_sortColumn = -1;
     bool m_sortAscending = true;
+    QList<bool> m_widthSet; // per column: the user has set its width
+    bool m_fitting = false;
 };

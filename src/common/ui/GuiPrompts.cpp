@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPushButton>
 
 using namespace Qt::StringLiterals;
 
@@ -100,6 +101,22 @@ PromptAnswer GuiPrompts::message(const QString &text, const QString &title, cons
     case QMessageBox::Cancel: return PromptAnswer::Cancel;
     default: return closedAnswer(buttons);
     }
+}
+
+int GuiPrompts::choose(const QString &text, const QString &title, const QString &detail, const QStringList &buttons,
+                       PromptIcon icon)
+{
+    QMessageBox box(boxIcon(icon), title, text, QMessageBox::NoButton, owner());
+    box.setDetailedText(detail);
+    box.setTextFormat(Qt::PlainText);
+    QList<QAbstractButton *> choices;
+    for (const QString &caption : buttons)
+        choices.append(box.addButton(caption, QMessageBox::AcceptRole));
+    box.setEscapeButton(box.addButton(QMessageBox::Cancel));
+    if (!choices.isEmpty())
+        box.setDefaultButton(qobject_cast<QPushButton *>(choices.first()));
+    box.exec();
+    return int(choices.indexOf(box.clickedButton()));
 }
 
 void GuiPrompts::prepareFileDialog(QFileDialog &dialog, const QString &title, const QString &filter,

@@ -22,6 +22,8 @@ public:
     PromptAnswer message(const QString &text, const QString &title, const QString &detail, PromptButtons buttons,
                          PromptIcon icon) override;
     PromptAnswer message(const QString &text, const QString &title, PromptButtons buttons, PromptIcon icon) override;
+    int choose(const QString &text, const QString &title, const QString &detail, const QStringList &buttons,
+               PromptIcon icon) override;
     QString openFile(const QString &title, const QString &filter, const QString &folder) override;
     QStringList openFiles(const QString &title, const QString &filter, const QString &folder) override;
     QString saveFile(const QString &title, const QString &filter, const QString &defaultExt,

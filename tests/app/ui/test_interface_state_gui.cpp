@@ -68,7 +68,6 @@ private slots:
         QTest::addColumn<QString>("command");
         QTest::addColumn<bool>("oops");
         QTest::addColumn<bool>("skipEdit");
-        QTest::newRow("add bsp menu") << 1 << "mnuAddBSP" << true << false;
         QTest::newRow("preview block") << 0 << "btnPreviewItem" << true << false;
         QTest::newRow("edit block, skipEdit on") << 0 << "mnuEditItem" << true << true;
         QTest::newRow("edit block: the symbol dialog") << 0 << "mnuEditItem" << false << false;

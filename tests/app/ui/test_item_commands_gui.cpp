@@ -4,6 +4,7 @@
 // Leaves out: the rules themselves (tests/symbols) and the remap dialog alone.
 
 #include "MainWindowFixture.h"
+#include "rover/RoverTestBlocks.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
@@ -64,6 +65,22 @@ private slots:
         QCOMPARE(fixture->rows("BlockList"), 2);
         QCOMPARE(list->currentItem()->text(0), QString("block002.block"));
         QCOMPARE(list->selectedItems(), QList<QTreeWidgetItem *>{list->currentItem()});
+    }
+
+    // Add BSP Trees on the selected block: its file gets a tree, its BSP cell
+    // says so, the blockset counts as changed.
+    void addBspTree()
+    {
+        QVERIFY(fixture->openBlockset({.name = "Trees", .blocks = 2}) && fixture->show());
+        const QString file = fixture->document().workingFolder() + "/blocks/block001.block";
+        QVERIFY(writeFile(file, QByteArray(fullBlock).replace("<BSP_TREE ROOT=\"1\"/>\r\n", "")));
+        QTreeWidget *list = fixture->list("BlockList");
+        list->setCurrentItem(list->topLevelItem(1));
+        fixture->action("mnuAddBSP")->trigger();
+        QCOMPARE(list->topLevelItem(1)->text(5), QString("yes"));
+        QCOMPARE(fixture->panel("stbProcess"), QString("BSP trees added to 1 blocks (0 splits)"));
+        QVERIFY(fixture->caption().endsWith('*'));
+        QVERIFY(readBytes(file).contains("<BSP_TREE ROOT=\"1\"/>"));
     }
 
     void strictPrefixControls()

@@ -1,7 +1,9 @@
-// The manager window's enabling, sorting and clipboard.
+// The manager window's enabling, sorting and clipboard, and its list after a
+// change that Rover made on disk while the window was open.
 
 #include "cache/CacheLocation.h"
 #include "cache/ui/frmManager.h"
+#include "common/CommonFunctions.h"
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
 #include "support/ScriptedPrompts.h"
@@ -31,6 +33,21 @@ class TestFrmManager : public QObject {
             widget.grab().save(folder + u'/' + name + u".png"_s);
     }
 
+    // A fake Wine prefix with Rover registered for Internet Explorer and its cache
+    // folder, whose host path is returned.
+    QString makePrefix(const QString &prefix)
+    {
+        const QString cache = prefix + u"/drive_c/Rover/flatland"_s;
+        QDir().mkpath(cache + u"/www.host.com/a"_s);
+        QDir().mkpath(prefix + u"/dosdevices"_s);
+        QFile::link(u"../drive_c"_s, prefix + u"/dosdevices/c:"_s);
+        writeBytes(prefix + u"/system.reg"_s,
+                   "WINE REGISTRY Version 2\n\n[Software\\\\Microsoft\\\\Internet Explorer\\\\"
+                   "Plugins\\\\Extension\\\\.3dml] 1\n\"Location\"=\"C:\\\\Rover\\\\npRover.dll\"\n");
+        qputenv("WINEPREFIX", prefix.toLocal8Bit());
+        return cache;
+    }
+
 private slots:
     void enablingAndSorting_data()
     {
@@ -43,17 +60,11 @@ private slots:
     {
         QFETCH(int, files);
         const QString prefix = m_dir.path() + u"/p"_s + QString::number(files + 1);
-        const QString cache = prefix + u"/drive_c/Rover/flatland/www.host.com/a"_s;
-        QVERIFY(QDir().mkpath(cache));
-        QVERIFY(QDir().mkpath(prefix + u"/dosdevices"_s));
-        QFile::link(u"../drive_c"_s, prefix + u"/dosdevices/c:"_s);
-        if (files >= 0)
-            writeBytes(prefix + u"/system.reg"_s,
-                       "WINE REGISTRY Version 2\n\n[Software\\\\Microsoft\\\\Internet Explorer\\\\"
-                       "Plugins\\\\Extension\\\\.3dml] 1\n\"Location\"=\"C:\\\\Rover\\\\npRover.dll\"\n");
+        const QString cache = makePrefix(prefix) + u"/www.host.com/a"_s;
+        if (files < 0)
+            QFile::remove(prefix + u"/system.reg"_s);
         for (int i = 0; i < files; ++i) // sizes 30, 20, 10 in name order
             writeBytes(cache + u"/set"_s + QString::number(i) + u".bset"_s, QByteArray(30 - 10 * i, 'x'));
-        qputenv("WINEPREFIX", prefix.toLocal8Bit());
 
         RoverMachine machine;
         HiveRegistry hive(m_dir.path() + u"/settings.reg"_s);
@@ -90,6 +101,47 @@ private slots:
         QCOMPARE(QApplication::clipboard()->text(), u"<blockset href=\"http://www.host.com/a/set1.bset\"/>"_s);
         window.findChild<QAction *>(u"mnuCopyURL"_s)->trigger();
         QCOMPARE(QApplication::clipboard()->text(), u"http://www.host.com/a/set1.bset"_s);
+    }
+
+    void removeKeepsWhatRoverWroteMeanwhile()
+    {
+        const QString cache = makePrefix(m_dir.path() + u"/outside"_s);
+        for (const QString &name : {u"a"_s, u"b"_s})
+            writeBytes(cache + u"/www.host.com/a/"_s + name + u".bset"_s, "x");
+        const auto element = [](const char *name, const char *updated) {
+            return "\t<BLOCKSET HREF=\"http://www.host.com/a/" + QByteArray(name) + ".bset\" SIZE=\"1\" UPDATED=\""
+                   + updated + "\"/>\r\n";
+        };
+        writeBytes(cache + u"/cache.txt"_s,
+                   "<CACHE>\r\n" + element("a", "1600000000") + element("b", "1600000000") + "</CACHE>\r\n");
+
+        RoverMachine machine;
+        HiveRegistry hive(m_dir.path() + u"/outside.reg"_s);
+        RegistryWrapper settings(hive);
+        QVERIFY(settings.loadSettings());
+        QVERIFY(settings.setBoolSetting(u"showWarnings"_s, false));
+        ScriptedPrompts prompts;
+        frmManager window(machine, prompts, settings);
+        window.show();
+        auto *list = window.findChild<QTreeWidget *>(u"BlocksetList"_s);
+        QCOMPARE(list->topLevelItemCount(), 2);
+        const int updated = 4;
+        QVERIFY(list->columnWidth(updated)
+                >= list->fontMetrics().horizontalAdvance(list->topLevelItem(0)->text(updated)));
+
+        // Rover downloads c.bset and checks b.bset while the list is shown.
+        writeBytes(cache + u"/www.host.com/a/c.bset"_s, "x");
+        writeBytes(cache + u"/cache.txt"_s, "<CACHE>\r\n" + element("a", "1600000000") + element("b", "1700000000")
+                                                + element("c", "1700000000") + "</CACHE>\r\n");
+        list->topLevelItem(0)->setSelected(true);
+        window.findChild<QAction *>(u"btnRemove"_s)->trigger();
+        QCOMPARE(readBytes(cache + u"/cache.txt"_s),
+                 "<CACHE>\r\n" + element("b", "1700000000") + element("c", "1700000000") + "</CACHE>\r\n");
+        QCOMPARE(list->topLevelItemCount(), 2);
+        QCOMPARE(list->topLevelItem(0)->text(0), u"b.bset"_s);
+        QCOMPARE(list->topLevelItem(0)->text(updated),
+                 QLocale().toString(unixTimeToDate(1700000000), QLocale::ShortFormat));
+        QVERIFY(prompts.messages.isEmpty());
     }
 };
 
