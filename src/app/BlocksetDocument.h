@@ -5,6 +5,7 @@
 #include "app/RecoveryRecord.h"
 #include "formats/BlocksetModel.h"
 #include "items/ItemKind.h"
+#include "storage/PackedEntries.h"
 #include "storage/Result.h"
 #include "symbols/OperationHost.h"
 
@@ -134,6 +135,8 @@ public:
     // Lets pending window messages run once (long commands call it between steps).
     void letEventsRun();
     WorkingFolder &folder() { return m_folder; }
+    // The packed forms of the working folder's files that a save can copy as they are.
+    PackedEntries &packedEntries() { return m_packed; }
 
     // Text for stbProcess after open and new, from the symbol check boxes.
     QString symbolModeText() const;
@@ -191,4 +194,5 @@ private:
     BlocksetContent m_content;
     QString m_updateComment;
     QString m_recoveryPath;
+    PackedEntries m_packed;
 };

@@ -152,6 +152,10 @@ private slots:
         QCOMPARE(host.scripted.messageTexts(),
                  QStringList(
                      {u"There is already a texture \"sky.gif\" in the blockset!"_s,
+                      u"Rover cannot use the texture \"photo.JPG\": neither a GIF nor a JPEG image.\nIt is added, but "
+                      "Rover draws the parts that use it untextured."_s,
+                      u"Rover cannot use the texture \"wall.jpg\": neither a GIF nor a JPEG image.\nIt is added, but "
+                      "Rover draws the parts that use it untextured."_s,
                       u"\"a:b.gif\" cannot be used as a file name: Windows does not allow \":\" in a file name!"_s}));
         QCOMPARE(host.blockset.textures.last().sizeText, u" 1,234,567"_s);
         QCOMPARE(host.processTexts.last(), u"2 textures added."_s);
@@ -165,7 +169,7 @@ private slots:
         QCOMPARE(addItems(host, ItemKind::Sound), 0);
         QCOMPARE(host.processTexts.last(), QString());
         QCOMPARE(host.blockset.sounds.size(), 1);
-        QCOMPARE(host.scripted.messages.size(), 3);
+        QCOMPARE(host.scripted.messages.size(), 5);
     }
 
     void failedCopyLeavesNothing()

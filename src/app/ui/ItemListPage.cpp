@@ -1,5 +1,6 @@
 #include "app/ui/ItemListPage.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QIcon>
@@ -8,12 +9,32 @@
 #include <QScrollArea>
 #include <QSignalBlocker>
 #include <QSplitter>
+#include <QStyle>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// The row's place in the document's list, whatever the sorting shows.
+constexpr int kRowRole = Qt::UserRole + 1;
+
+// Sizes are right-justified digits, so comparing texts compares numbers too;
+// names compare ignoring case.
+class ListItem : public QTreeWidgetItem {
+public:
+    using QTreeWidgetItem::QTreeWidgetItem;
+    bool operator<(const QTreeWidgetItem &other) const override
+    {
+        const int column = treeWidget() ? treeWidget()->sortColumn() : 0;
+        return text(column).compare(other.text(column), Qt::CaseInsensitive) < 0;
+    }
+};
+
+} // namespace
 
 ItemListPage::ItemListPage(const QString &listName, const QStringList &columns, const QList<int> &widths,
                            Preview preview, QWidget *parent)
@@ -38,6 +59,8 @@ ItemListPage::ItemListPage(const QString &listName, const QStringList &columns, 
     // The size column is the last one: its numbers line up on the right.
     m_list->headerItem()->setTextAlignment(int(columns.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
     connect(m_list, &QTreeWidget::itemChanged, this, &ItemListPage::itemChanged);
+    m_list->header()->setSectionsClickable(true);
+    connect(m_list->header(), &QHeaderView::sectionClicked, this, &ItemListPage::sortByColumn);
 
     if (preview == Preview::None) {
         auto *layout = new QVBoxLayout(this);
@@ -79,33 +102,104 @@ void ItemListPage::showRows(const QList<QStringList> &rows)
     QList<QTreeWidgetItem *> items;
     items.reserve(rows.size());
     for (const QStringList &cells : rows) {
-        auto *item = new QTreeWidgetItem(cells);
+        auto *item = new ListItem(cells);
+        item->setData(0, kRowRole, int(items.size()));
         item->setTextAlignment(int(cells.size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
         if (m_editable)
             item->setFlags(item->flags() | Qt::ItemIsEditable);
         items.append(item);
     }
     m_list->addTopLevelItems(items);
+    applyExtras();
+    if (m_sortColumn >= 0)
+        m_list->sortItems(m_sortColumn, m_sortOrder);
     // As in a report-style list, the first row is the selected one after filling.
     if (!items.isEmpty())
-        m_list->setCurrentItem(items.first());
+        m_list->setCurrentItem(m_list->topLevelItem(0));
     m_filling = false;
     emit rowsShown();
+}
+
+int ItemListPage::addColumn(const QString &title, int width)
+{
+    const int column = m_list->columnCount();
+    m_list->setColumnCount(column + 1);
+    m_list->headerItem()->setText(column, title);
+    m_list->setColumnWidth(column, width);
+    return column;
+}
+
+void ItemListPage::setColumnCells(int column, const QStringList &cells)
+{
+    m_list->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
+    m_columnCells.insert(column, cells);
+    applyExtras();
+    if (m_sortColumn == column)
+        m_list->sortItems(m_sortColumn, m_sortOrder);
+}
+
+void ItemListPage::setRowWarnings(const QStringList &warnings)
+{
+    m_warnings = warnings;
+    m_showsWarnings = true;
+    applyExtras();
+}
+
+void ItemListPage::applyExtras()
+{
+    const QSignalBlocker blocker(m_list);
+    const QIcon warning = QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
+    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
+        QTreeWidgetItem *item = m_list->topLevelItem(i);
+        const int row = rowOf(item);
+        for (auto it = m_columnCells.cbegin(); it != m_columnCells.cend(); ++it) {
+            item->setText(it.key(), it.value().value(row));
+            item->setTextAlignment(it.key(), Qt::AlignRight | Qt::AlignVCenter);
+        }
+        if (!m_showsWarnings)
+            continue;
+        const QString text = m_warnings.value(row);
+        item->setIcon(0, text.isEmpty() ? QIcon() : warning);
+        item->setToolTip(0, text);
+    }
+}
+
+void ItemListPage::sortByColumn(int column)
+{
+    m_sortOrder =
+        column == m_sortColumn && m_sortOrder == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder;
+    m_sortColumn = column;
+    m_list->header()->setSortIndicatorShown(true);
+    m_list->header()->setSortIndicator(column, m_sortOrder);
+    m_list->sortItems(column, m_sortOrder);
+}
+
+int ItemListPage::rowOf(const QTreeWidgetItem *item) const
+{
+    return item ? item->data(0, kRowRole).toInt() : -1;
+}
+
+QTreeWidgetItem *ItemListPage::itemOfRow(int row) const
+{
+    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
+        if (rowOf(m_list->topLevelItem(i)) == row)
+            return m_list->topLevelItem(i);
+    }
+    return nullptr;
 }
 
 QList<int> ItemListPage::selectedRows() const
 {
     QList<int> rows;
     for (QTreeWidgetItem *item : m_list->selectedItems())
-        rows.append(m_list->indexOfTopLevelItem(item));
+        rows.append(rowOf(item));
     std::sort(rows.begin(), rows.end());
     return rows;
 }
 
 int ItemListPage::currentRow() const
 {
-    QTreeWidgetItem *item = m_list->currentItem();
-    return item ? m_list->indexOfTopLevelItem(item) : -1;
+    return rowOf(m_list->currentItem());
 }
 
 QString ItemListPage::selectedFile() const
@@ -121,7 +215,7 @@ QString ItemListPage::selectedFile() const
 
 void ItemListPage::selectRow(int row)
 {
-    QTreeWidgetItem *item = m_list->topLevelItem(row);
+    QTreeWidgetItem *item = itemOfRow(row);
     if (!item)
         return;
     m_list->clearSelection();
@@ -145,8 +239,10 @@ void ItemListPage::editCurrentLabel()
 
 void ItemListPage::itemChanged(QTreeWidgetItem *item, int column)
 {
-    const int row = m_list->indexOfTopLevelItem(item);
+    const int row = rowOf(item);
     if (m_filling || row < 0 || row >= m_shownRows.size())
+        return;
+    if (m_columnCells.contains(column))
         return;
     if (column != 0) { // only the file name is a label; other cells show the document
         const QSignalBlocker blocker(m_list);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QStringList>
 #include <QWidget>
@@ -27,8 +28,17 @@ public:
     QTreeWidget *list() const { return m_list; }
 
     // Shows `rows` (the last cell of a row is its size, aligned right); rows equal
-    // to the ones shown leave the list and its selection alone.
+    // to the ones shown leave the list and its selection alone. Rows are given
+    // in the document's order; a click on a column header sorts the list by
+    // that column (again: the other way), and rows keep their document number.
     void showRows(const QList<QStringList> &rows);
+    // Adds a column after the others; returns its number.
+    int addColumn(const QString &title, int width);
+    // The cells of a column the document's rows do not hold (the packed size),
+    // in the document's order, aligned right; kept across showRows.
+    void setColumnCells(int column, const QStringList &cells);
+    // A warning mark on each row with a text (its tooltip); "" for none.
+    void setRowWarnings(const QStringList &warnings);
     // Rewrites the list at the next showRows, e.g. after a refused label edit.
     void forgetShownRows()
     {
@@ -67,6 +77,10 @@ signals:
 
 private:
     void itemChanged(QTreeWidgetItem *item, int column);
+    void applyExtras();
+    void sortByColumn(int column);
+    int rowOf(const QTreeWidgetItem *item) const;
+    QTreeWidgetItem *itemOfRow(int row) const;
 
     QTreeWidget *m_list = nullptr;
     QLabel *m_picture = nullptr;
@@ -77,4 +91,9 @@ private:
     bool m_shownValid = false;
     bool m_filling = false;
     bool m_editable = false;
+    QHash<int, QStringList> m_columnCells;
+    QStringList m_warnings;
+    bool m_showsWarnings = false; // a list with pictures of its own keeps their icons
+    int m_sortColumn = -1;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
 };

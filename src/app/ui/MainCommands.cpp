@@ -37,6 +37,10 @@ const Command kCommands[] = {
     {u"btnManager", u"Cache Manager...", u"mnuManager", u"Cubrix &Cache Manager"},
     {nullptr, nullptr, u"mnuOptions", u"O&ptions..."},
     {nullptr, nullptr, u"mnuRemapSymbols", u"&Remap Symbols..."},
+    {nullptr, nullptr, u"mnuBlocksetSize", u"Blockset &Size..."},
+    {nullptr, nullptr, u"mnuShrinkBlockset", u"&Shrink Blockset..."},
+    {nullptr, nullptr, u"mnuFitBlockset", u"&Fit Blockset for the Web..."},
+    {nullptr, nullptr, u"mnuCheckBlockset", u"&Check Blockset"},
     {nullptr, nullptr, u"mnuAbout", u"&About Cubrix..."},
     {nullptr, nullptr, u"mnuExit", u"&Exit"},
 };
@@ -52,7 +56,10 @@ const Menu kMenus[] = {
      u"&File",
      {u"mnuNew", u"mnuOpen", u"mnuClose", u"mnuSave", u"mnuSaveAs", u"mnuSep1", u"mnuOptions", u"mnuSep2", u"mnuExit"}},
     {u"mnuEdit", u"&Edit", {u"mnuAddItem", u"mnuRemoveItem", u"mnuReplaceItem", u"mnuEditItem", u"mnuPreviewItem"}},
-    {u"mnuTools", u"&Tools", {u"mnuRemapSymbols", u"mnuAddBSP"}},
+    {u"mnuView", u"&View", {u"mnuBlocksetSize"}},
+    {u"mnuTools",
+     u"&Tools",
+     {u"mnuRemapSymbols", u"mnuAddBSP", u"mnuSep3", u"mnuShrinkBlockset", u"mnuFitBlockset", u"mnuCheckBlockset"}},
     {u"mnuWindow", u"&Window", {u"mnuManager"}},
     {u"mnuHelp", u"&?", {u"mnuAbout"}},
 };
