@@ -3,7 +3,7 @@
 // line (chooseStart). checkInterface on the window: result texts that vanish at
 // the next refresh, the options dialog's effect on the update group, the focus
 // on a tab switch, the window's own item commands (texture preview, "Oops..."),
-// the keyboard shortcuts and the toolbar icons. The item and symbol commands as
+// and the toolbar icons. The item and symbol commands as
 // only the window shows them: a label edited in the list renames the item (or
 // springs back), Remove keeps a selection on the list, the strict prefix box and
 // list drive the symbols on the settings page. Closing: every way out asks the
@@ -233,30 +233,6 @@ private slots:
         fixture->action("btnClose")->trigger();
         QVERIFY(preview->isHidden());
         QCOMPARE(fixture->panel("TextureName") + fixture->panel("TextureSize"), QString());
-    }
-
-    void shortcuts_data()
-    {
-        addColumns<QKeySequence, QString>("keys", "command");
-        addRow("new", QKeySequence(QKeySequence::New), "mnuNew");
-        addRow("open", QKeySequence(QKeySequence::Open), "mnuOpen");
-        addRow("close", QKeySequence("Ctrl+W"), "mnuClose");
-        addRow("save", QKeySequence(QKeySequence::Save), "mnuSave");
-    }
-
-    void shortcuts()
-    {
-        QFETCH(QKeySequence, keys);
-        QFETCH(QString, command);
-        QVERIFY(fixture->show());
-        QApplication::setActiveWindow(fixture->window.get());
-        QAction *action = fixture->action(command);
-        QVERIFY(action);
-        action->setEnabled(true); // reached by its keys whatever the state
-        QSignalSpy triggered(action, &QAction::triggered);
-        QTest::keySequence(fixture->window.get(), keys);
-        QCOMPARE(triggered.count(), 1);
-        fixture->prompts.unexpected.clear(); // what the command asks is not this test's matter
     }
 
     // Every toolbar command and the program itself have an icon that draws at a

@@ -143,32 +143,6 @@ private slots:
         QCOMPARE(changes->count(), text == start ? 0 : 1);
         QCOMPARE(arrows->value(), text.toInt());
     }
-
-    void clearEmptiesEveryBox()
-    {
-        for (const char *kind : {"color", "percentage", "position"}) {
-            AnyControl control(kind);
-            control.setText(control.sample);
-            QCOMPARE(control.text(), control.sample);
-            const auto changes = control.changes();
-            QVERIFY(QMetaObject::invokeMethod(control.widget.get(), "clear"));
-            for (QLineEdit *edit : control.widget->findChildren<QLineEdit *>())
-                QCOMPARE(edit->text(), "");
-            QVERIFY(changes->count() > 0);
-        }
-    }
-
-    void boxesAreSizedForThreeDigits()
-    {
-        // Wide enough to show "-90" and "255" whole, yet much narrower than a text field.
-        usrPosition position;
-        position.show();
-        QLineEdit plain;
-        for (auto *edit : position.findChildren<QLineEdit *>()) {
-            QVERIFY(edit->width() > edit->fontMetrics().horizontalAdvance("-90"));
-            QVERIFY(edit->width() < plain.sizeHint().width() / 2);
-        }
-    }
 };
 
 QTEST_MAIN(TestValueControls)
