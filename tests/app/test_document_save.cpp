@@ -450,10 +450,6 @@ private slots:
             << u"textures/t.gif"_s << gif(8, true)
             << u"warning: Rover cannot use this texture (a frame has a colour table of its own)"_s + untextured
             << u"Rover cannot use the texture \"t.gif\": a frame has a colour table of its own."_s;
-        QTest::newRow("GIF 300 pixels wide")
-            << u"textures/t.gif"_s << gif(300, false)
-            << u"warning: Rover cannot use this texture (300×8 pixels: wider or taller than 256)"_s + untextured
-            << u"Rover cannot use the texture \"t.gif\": 300×8 pixels: wider or taller than 256."_s;
         QTest::newRow("CMYK JPEG unused")
             << u"textures/print.jpg"_s << jpeg(4)
             << u"error: Rover cannot use this texture (a four-channel (CMYK or YCCK) JPEG overruns Rover's line "
