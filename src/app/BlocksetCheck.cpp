@@ -2,6 +2,8 @@
 
 #include "app/BlockFilesCheck.h"
 #include "app/BlocksetDocument.h"
+#include "app/BlocksetSize.h"
+#include "app/MediaFilesCheck.h"
 #include "common/CommonFunctions.h"
 #include "common/RegistryWrapper.h"
 #include "rover/RoverStyleRules.h"
@@ -88,6 +90,15 @@ BlocksetCheck checkBlockset(BlocksetDocument &document)
     }
     checkRows(check, document);
     checkTextures(check, document);
+    for (const MediaProblem &problem : findMediaProblems(document.workingFolder()))
+        check.findings.append(
+            {problem.error ? RoverFinding::Error : RoverFinding::Warning, problem.file, 0, problem.text()});
+    // Blocksets are published on the web, where Rover refuses a larger file.
+    if (const qint64 size = QFileInfo(document.blocksetPath()).size(); !BlocksetSize::fitsWeb(size)) {
+        check.findings.append(
+            {RoverFinding::Error, nativeFileName(document.blocksetPath()), 0, BlocksetSize::webLimitFinding(size)});
+        check.roverLoadsBlockset = false;
+    }
 
     const QString updatePath = document.updateFilePath();
     const QString updateName = nativeFileName(updatePath);

@@ -242,6 +242,7 @@ Result BlocksetDocument::openBlockset(const QString &file)
         return claimed;
     }
     m_blocksetPath = path;
+    m_packed.clear();
     m_folder.clearWorkingFolders();
     clearHistory(true);
     resetView();
@@ -258,11 +259,13 @@ Result BlocksetDocument::openBlockset(const QString &file)
     }
     {
         ArchiveReader archive;
+        std::vector<ArchiveEntryOrigin> origins;
         Result read = archive.open(m_blocksetPath);
         if (read)
-            read = archive.extractAll(m_folder.workingFolder());
+            read = archive.extractAll(m_folder.workingFolder(), &origins);
         if (!read)
             return failOpen(read.reason());
+        m_packed.adoptArchive(m_blocksetPath, m_folder.workingFolder(), origins);
     }
     m_blocksetFileName = nativeFileName(m_blocksetPath);
     BlocksetRead read;
@@ -356,6 +359,7 @@ Result BlocksetDocument::newBlockset()
     m_folder.clearWorkingFolders();
     clearHistory(true);
     m_access.release();
+    m_packed.clear();
     resetView();
     m_blocksetOpen = false;
     checkInterface();
@@ -409,6 +413,7 @@ Result BlocksetDocument::closeBlockset()
     m_folder.clearWorkingFolders();
     clearHistory(true);
     m_access.release();
+    m_packed.clear();
     resetView();
     m_versionText.clear();
     m_blocksetOpen = false;
@@ -457,7 +462,7 @@ Result BlocksetDocument::saveBlockset()
         if (writeUpdate) {
             // The archive and its update file go in place together, or neither does.
             bool updateFailed = false;
-            if (Result packed = writer.packPair(m_blocksetPath, updateFilePath(), m_content.style.version,
+            if (Result packed = writer.packPair(m_blocksetPath, m_packed, updateFilePath(), m_content.style.version,
                                                 m_updateComment, updateBytes, updateFailed);
                 !packed)
                 return failSave(updateFailed ? u"Unable to save update information!\nThe blockset was not saved: it "
@@ -467,7 +472,7 @@ Result BlocksetDocument::saveBlockset()
             updateName = QFileInfo(updateFilePath()).fileName();
             result = u"Blockset and update file "_s;
         } else {
-            if (Result packed = writer.packArchive(m_blocksetPath); !packed)
+            if (Result packed = writer.packArchive(m_blocksetPath, m_packed); !packed)
                 return failSave(u"Unable to save blockset!"_s, packed);
             result = u"Blockset "_s;
         }
@@ -495,7 +500,7 @@ Result BlocksetDocument::saveBlockset()
     setBusy(false);
     if (m_settings.getBoolSetting(u"showWarnings"_s))
         reportRoverCompatibility(m_prompts, styleName, styleBytes, QDir(m_folder.blocksFolder()).entryList(QDir::Files),
-                                 updateName, updateBytes);
+                                 updateName, updateBytes, m_blocksetFileName, QFileInfo(m_blocksetPath).size());
     return Result();
 }
 

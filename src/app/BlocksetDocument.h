@@ -6,6 +6,7 @@
 #include "app/UndoHistory.h"
 #include "formats/BlocksetModel.h"
 #include "items/ItemKind.h"
+#include "storage/PackedEntries.h"
 #include "storage/Result.h"
 #include "symbols/OperationHost.h"
 
@@ -152,6 +153,8 @@ public:
     // Lets pending window messages run once (long commands call it between steps).
     void letEventsRun();
     WorkingFolder &folder() { return m_folder; }
+    // The packed forms of the working folder's files that a save can copy as they are.
+    PackedEntries &packedEntries() { return m_packed; }
 
     // Text for stbProcess after open and new, from the symbol check boxes.
     QString symbolModeText() const;
@@ -230,4 +233,5 @@ private:
     int m_editDepth = 0;
     quint64 m_generation = 0;      // counts the blocksets opened, made and closed
     bool m_stepSetChanged = false; // setBlocksetChanged was called during the edit
+    PackedEntries m_packed;
 };

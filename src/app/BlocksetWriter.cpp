@@ -28,11 +28,11 @@ Result BlocksetWriter::writeStyle(const QString &styleName, const BlocksetConten
     return Result();
 }
 
-Result BlocksetWriter::packArchive(const QString &archivePath)
+Result BlocksetWriter::packArchive(const QString &archivePath, PackedEntries &known)
 {
     if (archivePath.isEmpty())
         return Result::failure(u"the blockset has no file yet"_s);
-    ArchiveWriter archive(archivePath);
+    ArchiveWriter archive(archivePath, &known);
     if (Result added = archive.addFolder(m_folder.workingFolder()); !added)
         return added;
     return archive.write();
@@ -51,13 +51,14 @@ Result updateBytesFor(qint64 archiveSize, const QString &archivePath, const QStr
 
 } // namespace
 
-Result BlocksetWriter::packPair(const QString &archivePath, const QString &updatePath, const QString &version,
-                                const QString &comment, QByteArray &updateBytes, bool &updateFailed)
+Result BlocksetWriter::packPair(const QString &archivePath, PackedEntries &known, const QString &updatePath,
+                                const QString &version, const QString &comment, QByteArray &updateBytes,
+                                bool &updateFailed)
 {
     updateFailed = false;
     if (archivePath.isEmpty())
         return Result::failure(u"the blockset has no file yet"_s);
-    ArchiveWriter archive(archivePath);
+    ArchiveWriter archive(archivePath, &known);
     QByteArray newArchive;
     if (Result packed = archive.addFolder(m_folder.workingFolder()); !packed)
         return packed;
@@ -74,6 +75,8 @@ Result BlocksetWriter::packPair(const QString &archivePath, const QString &updat
         return written;
     }
     Result switched = PairSwitch::switchPair(archivePath, newArchive, updatePath, newUpdate);
+    if (switched)
+        archive.asidePutInPlace();
     // The reason names the file that could not be put in place.
     updateFailed = !switched && switched.reason().contains(QFileInfo(updatePath).fileName());
     return switched;

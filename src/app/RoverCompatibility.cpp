@@ -1,5 +1,6 @@
 #include "app/RoverCompatibility.h"
 
+#include "app/BlocksetSize.h"
 #include "common/Prompts.h"
 #include "rover/RoverStyleRules.h"
 #include "rover/RoverUpdateRules.h"
@@ -20,9 +21,12 @@ void listErrors(QStringList &lines, const QString &fileName, const RoverFindings
 } // namespace
 
 void reportRoverCompatibility(Prompts &prompts, const QString &styleName, const QByteArray &style,
-                              const QStringList &blockFiles, const QString &updateName, const QByteArray &update)
+                              const QStringList &blockFiles, const QString &updateName, const QByteArray &update,
+                              const QString &archiveName, qint64 archiveSize)
 {
     QStringList lines;
+    if (!archiveName.isEmpty() && !BlocksetSize::fitsWeb(archiveSize))
+        lines.append(archiveName + u": "_s + BlocksetSize::webLimitFinding(archiveSize));
     if (!styleName.isEmpty())
         listErrors(lines, styleName, checkRoverStyle(style, &blockFiles));
     if (!updateName.isEmpty())

@@ -10,6 +10,7 @@
 #include "cli/CliPrompts.h"
 #include "cli/CliRender.h"
 #include "cli/CliReport.h"
+#include "cli/CliShrink.h"
 #include "common/ProgramVersion.h"
 #include "common/Registry.h"
 #include "common/RegistryWrapper.h"
@@ -39,7 +40,8 @@ QString CliApp::usageText()
            "       cubrix-cli check FILE.bset [--json]\n"
            "       cubrix-cli cache [--browser ie|netscape] [--json]\n"
            "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s
-           + CliEditCommands::usageLines() + CliRender::usageLines() + u"       cubrix-cli --help | --version\n"_s;
+           + CliEditCommands::usageLines() + CliRender::usageLines() + CliShrink::usageLines()
+           + u"       cubrix-cli --help | --version\n"_s;
 }
 
 QString CliApp::helpText()
@@ -67,10 +69,13 @@ QString CliApp::helpText()
              "                     naming files the blockset does not hold, duplicate\n"
              "                     symbols and names, textures that are missing, and\n"
              "                     whether Rover loads the blockset and sees its update.\n"
+             "                     A blockset over 307,200 bytes, which Rover refuses from a\n"
+             "                     web address, and textures and sounds Rover's readers\n"
+             "                     cannot use are reported too.\n"
              "                     Exit 0 when Rover loads it and reads its update file\n"
-             "                     (where there is one), 1 when it would reject either.\n"
+             "                     (where there is one) and no finding is an error, else 1.\n"
              "                     Nothing on disk is changed.\n"_s
-           + CliEditCommands::helpLines() + CliRender::helpLines()
+           + CliEditCommands::helpLines() + CliRender::helpLines() + CliShrink::helpLines()
            + u"\n"
              "Options:\n"
              "  --json             (info) Print one JSON object (UTF-8) with the keys file,\n"
@@ -118,8 +123,11 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
                 options.breakLock = true;
             else if (argument == "--all"_L1 || argument == "--sync-double"_L1 || argument == "--rebuild"_L1)
                 options.commandOptions.append(argument);
-            else if ((argument == "--prefix"_L1 || argument == "--from"_L1) && i + 1 < arguments.size())
+            else if ((argument == "--prefix"_L1 || argument == "--from"_L1 || CliShrink::takesValue(argument))
+                     && i + 1 < arguments.size())
                 options.commandOptions << argument << arguments[++i];
+            else if (CliShrink::isOption(argument) && !CliShrink::takesValue(argument))
+                options.commandOptions.append(argument);
             else
                 return u"unknown option \""_s + argument + u'"';
             continue;
@@ -141,6 +149,9 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
             return u"save takes two files"_s;
         if (options.json)
             return u"--json is an option of info"_s;
+    } else if (options.command == "shrink"_L1) {
+        if (const QString problem = CliShrink::check(options.files, options.commandOptions); !problem.isEmpty())
+            return problem;
     } else if (CliEditCommands::handles(options.command)) {
         const QString problem = CliEditCommands::check(options.command, options.files, options.commandOptions);
         if (!problem.isEmpty())
@@ -148,7 +159,8 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
     } else {
         return u"unknown command \""_s + options.command + u'"';
     }
-    if (!CliEditCommands::handles(options.command) && !options.commandOptions.isEmpty())
+    const bool takesOptions = CliEditCommands::handles(options.command) || options.command == "shrink"_L1;
+    if (!takesOptions && !options.commandOptions.isEmpty())
         return options.commandOptions.first() + u" is not an option of "_s + options.command;
     // Names and values after the blockset's file may be empty (an empty value clears).
     const QStringList files = CliEditCommands::handles(options.command) ? options.files.mid(0, 1) : options.files;
@@ -217,6 +229,8 @@ int CliApp::runCommand(const Options &options)
         if (CliEditCommands::handles(options.command))
             code = CliEditCommands(m_out, m_err)
                        .run(options.command, options.files, options.commandOptions, options.json, document, prompts);
+        else if (options.command == "shrink"_L1)
+            code = CliShrink(m_out, m_err).run(options.files, options.commandOptions, options.json, document, prompts);
         else
             code = options.command == "info"_L1    ? info(options, document, prompts)
                    : options.command == "check"_L1 ? check(options, document, prompts)

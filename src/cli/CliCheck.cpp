@@ -6,6 +6,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -55,5 +57,8 @@ QByteArray CliCheck::json(const BlocksetCheck &check)
 
 int CliCheck::exitCode(const BlocksetCheck &check)
 {
-    return check.roverLoadsBlockset && (check.roverSeesUpdate || !check.updateFileExists) ? 0 : 1;
+    const bool anyError =
+        std::any_of(check.findings.cbegin(), check.findings.cend(),
+                    [](const BlocksetCheck::Finding &f) { return f.severity == RoverFinding::Error; });
+    return check.roverLoadsBlockset && (check.roverSeesUpdate || !check.updateFileExists) && !anyError ? 0 : 1;
 }

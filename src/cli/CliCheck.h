@@ -14,7 +14,8 @@ namespace CliCheck {
 QString text(const BlocksetCheck &check);
 // {"roverLoadsBlockset", "roverSeesUpdate", "findings": [{severity, file, line, text}]}
 QByteArray json(const BlocksetCheck &check);
-// 0 when Rover loads the blockset and reads its update file where there is one, else 1.
+// 0 when Rover loads the blockset, reads its update file where there is one
+// and nothing is an error (a four-channel JPEG is), else 1.
 int exitCode(const BlocksetCheck &check);
 
 } // namespace CliCheck

@@ -8,6 +8,7 @@
 #include "formats/ValueFormats.h"
 #include "items/BlockNaming.h"
 #include "items/FileNameRules.h"
+#include "items/MediaVerdict.h"
 #include "storage/WholeFile.h"
 #include "symbols/OperationHost.h"
 #include "symbols/SymbolDialogs.h"
@@ -193,6 +194,7 @@ bool addPlainFile(OperationHost &host, ItemKind kind, const QString &path)
     BlocksetContent &content = host.content();
     (kind == ItemKind::Texture ? content.textures : content.sounds).append(row);
     host.setBlocksetChanged();
+    warnUnusableMedia(host, kind, file, bytes);
     return true;
 }
 

@@ -135,8 +135,12 @@ struct ZipFileClose {
 struct ArchiveReader::Impl {
     std::unique_ptr<zip_t, ZipDiscard> zip;
 
-    Result extractEntry(zip_uint64_t index, FolderWalker &walker, ArchivePaths &paths, std::vector<char> &buffer);
+    Result extractEntry(zip_uint64_t index, FolderWalker &walker, ArchivePaths &paths, std::vector<char> &buffer,
+                        QHash<QString, ArchiveEntryOrigin> *origins);
     Result copyEntry(zip_uint64_t index, int fd, const QString &shown, std::vector<char> &buffer);
+    void noteOrigin(QHash<QString, ArchiveEntryOrigin> &origins, zip_uint64_t index,
+                    const std::vector<QByteArray> &parts, const QByteArray &earlier) const;
+    bool packedForm(zip_uint64_t index, PackedForm &form) const;
 };
 
 ArchiveReader::ArchiveReader() : d(std::make_unique<Impl>()) {}
@@ -198,7 +202,7 @@ Result ArchiveReader::open(const QString &path)
     return Result();
 }
 
-Result ArchiveReader::extractAll(const QString &folder)
+Result ArchiveReader::extractAll(const QString &folder, std::vector<ArchiveEntryOrigin> *origins)
 {
     if (!d->zip)
         return Result::failure(u"no archive is open"_s);
@@ -210,16 +214,24 @@ Result ArchiveReader::extractAll(const QString &folder)
     FolderWalker walker(root);
     ArchivePaths paths;
     std::vector<char> buffer(kChunk);
+    QHash<QString, ArchiveEntryOrigin> found;
     const zip_int64_t count = zip_get_num_entries(d->zip.get(), 0);
     for (zip_int64_t i = 0; i < count; ++i) {
-        if (Result result = d->extractEntry(zip_uint64_t(i), walker, paths, buffer); !result)
+        if (Result result = d->extractEntry(zip_uint64_t(i), walker, paths, buffer, origins ? &found : nullptr);
+            !result)
             return result;
+    }
+    if (origins) {
+        origins->clear();
+        origins->reserve(size_t(found.size()));
+        for (const ArchiveEntryOrigin &origin : std::as_const(found))
+            origins->push_back(origin);
     }
     return Result();
 }
 
 Result ArchiveReader::Impl::extractEntry(zip_uint64_t index, FolderWalker &walker, ArchivePaths &paths,
-                                         std::vector<char> &buffer)
+                                         std::vector<char> &buffer, QHash<QString, ArchiveEntryOrigin> *origins)
 {
     const QString shown = entryName(zip.get(), index);
     std::vector<QByteArray> parts;
@@ -257,8 +269,46 @@ Result ArchiveReader::Impl::extractEntry(zip_uint64_t index, FolderWalker &walke
     if (!copied) {
         file.reset();
         PlatformFile::removeFile(*dir, leaf); // a half-read entry is no entry
+    } else if (origins) {
+        noteOrigin(*origins, index, parts, earlier);
     }
     return copied;
+}
+
+void ArchiveReader::Impl::noteOrigin(QHash<QString, ArchiveEntryOrigin> &origins, zip_uint64_t index,
+                                     const std::vector<QByteArray> &parts, const QByteArray &earlier) const
+{
+    QByteArray folder;
+    for (size_t i = 0; i + 1 < parts.size(); ++i)
+        folder += parts[i] + '/';
+    const QString path = PlatformFile::decodeName(folder + parts.back());
+    if (!earlier.isEmpty())
+        origins.remove(PlatformFile::decodeName(folder + earlier));
+    ArchiveEntryOrigin origin;
+    origin.path = path;
+    origin.index = index;
+    if (packedForm(index, origin.form))
+        origins.insert(path, origin);
+    else
+        origins.remove(path);
+}
+
+bool ArchiveReader::Impl::packedForm(zip_uint64_t index, PackedForm &form) const
+{
+    zip_stat_t info;
+    constexpr zip_uint64_t needed = ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_CRC | ZIP_STAT_COMP_METHOD;
+    if (zip_stat_index(zip.get(), index, 0, &info) != 0 || (info.valid & needed) != needed)
+        return false;
+    // Only what Rover's ZIP reader reads is worth copying as it is.
+    if (info.comp_method != ZIP_CM_STORE && info.comp_method != ZIP_CM_DEFLATE)
+        return false;
+    if ((info.valid & ZIP_STAT_ENCRYPTION_METHOD) && info.encryption_method != ZIP_EM_NONE)
+        return false;
+    form.method = quint16(info.comp_method);
+    form.crc = info.crc;
+    form.size = qint64(info.size);
+    form.packedSize = qint64(info.comp_size);
+    return true;
 }
 
 Result ArchiveReader::Impl::copyEntry(zip_uint64_t index, int fd, const QString &shown, std::vector<char> &buffer)
@@ -346,4 +396,31 @@ Result ArchiveReader::readEntry(const QString &name, QByteArray &data, qint64 ma
         return Result();
     }
     return Result::failure(u"\"%1\" is not in the archive"_s.arg(name));
+}
+
+Result ArchiveReader::readPacked(quint64 index, PackedEntry &entry)
+{
+    entry = PackedEntry();
+    if (!d->zip)
+        return Result::failure(u"no archive is open"_s);
+    zip_t *za = d->zip.get();
+    if (index >= zip_uint64_t(zip_get_num_entries(za, 0)) || !d->packedForm(index, entry.form))
+        return Result::failure(u"entry %1 cannot be copied"_s.arg(index));
+    std::unique_ptr<zip_file_t, ZipFileClose> file(zip_fopen_index(za, index, ZIP_FL_COMPRESSED));
+    if (!file)
+        return Result::failure(u"entry %1: %2"_s.arg(index).arg(QString::fromUtf8(zip_strerror(za))));
+    entry.packed.resize(qsizetype(entry.form.packedSize));
+    qsizetype filled = 0;
+    while (filled < entry.packed.size()) {
+        const zip_int64_t n =
+            zip_fread(file.get(), entry.packed.data() + filled, zip_uint64_t(entry.packed.size() - filled));
+        if (n <= 0)
+            break;
+        filled += qsizetype(n);
+    }
+    if (filled != entry.packed.size()) {
+        entry = PackedEntry();
+        return Result::failure(u"entry %1 is cut short"_s.arg(index));
+    }
+    return Result();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "storage/PackedEntry.h"
 #include "storage/Result.h"
 
 #include <QByteArray>
@@ -7,6 +8,14 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
+
+// Where an unpacked file came from: its entry in the archive and how it was stored.
+struct ArchiveEntryOrigin {
+    QString path;      // the file below the extraction folder, "/" separated
+    quint64 index = 0; // the entry's position in the archive's directory
+    PackedForm form;
+};
 
 // Reads the ZIP archive behind a .bset file: its directory, one entry, or every
 // entry unpacked into a folder. Extraction never writes outside that folder and
@@ -26,7 +35,9 @@ public:
 
     // Writes every entry below `folder`. Fails on any read error (CRC errors
     // included) or write error; an entry that failed is not left half-written.
-    Result extractAll(const QString &folder);
+    // `origins`, when given, receives for each file written where it came from
+    // (a file that a later entry replaced is left out).
+    Result extractAll(const QString &folder, std::vector<ArchiveEntryOrigin> *origins = nullptr);
 
     // Names of the entries in archive order (decoded as ArchiveEntryNames says),
     // without "./" components; for counting items.
@@ -35,6 +46,9 @@ public:
     // name the later, as extraction keeps). Fails when it is missing, larger than
     // `maxSize`, or unreadable (CRC error).
     Result readEntry(const QString &name, QByteArray &data, qint64 maxSize = 64 * 1024 * 1024);
+    // The entry at `index` as stored (its compressed bytes, not unpacked), for
+    // copying it into another archive unchanged.
+    Result readPacked(quint64 index, PackedEntry &entry);
 
 private:
     struct Impl;

@@ -2,13 +2,16 @@
 
 #include "storage/ArchiveEntryNames.h"
 #include "storage/ArchiveSink.h"
+#include "storage/PackedEntries.h"
 #include "storage/PlatformFile.h"
+#include "storage/ZipWriter.h"
 
 #include <QFileInfo>
 
 #include <zip.h>
 
 #include <algorithm>
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 
@@ -24,31 +27,16 @@ QString fromFsName(const QByteArray &name)
     return PlatformFile::decodeName(name);
 }
 
-bool isCompressedImage(const QString &name)
-{
-    return name.endsWith(u".gif"_s, Qt::CaseInsensitive) || name.endsWith(u".jpg"_s, Qt::CaseInsensitive)
-           || name.endsWith(u".jpeg"_s, Qt::CaseInsensitive);
-}
-
-// The flags that store `name` as ArchiveEntryNames encodes it: raw bytes without
-// the UTF-8 flag, or UTF-8 with it.
-QByteArray storedName(const QString &name, zip_flags_t &flags)
-{
-    bool utf8 = false;
-    const QByteArray bytes = ArchiveEntryNames::encode(name, utf8);
-    flags = utf8 ? ZIP_FL_ENC_UTF_8 : ZIP_FL_ENC_CP437;
-    return bytes;
-}
-
 } // namespace
 
-ArchiveWriter::ArchiveWriter(QString target) : m_target(std::move(target)) {}
+ArchiveWriter::ArchiveWriter(QString target, PackedEntries *packed) : m_target(std::move(target)), m_packed(packed) {}
 
 Result ArchiveWriter::addFolder(const QString &folder)
 {
     QByteArray root = PlatformFile::encodeName(folder);
     while (root.size() > 1 && root.endsWith('/'))
         root.chop(1);
+    m_root = root;
     PlatformFile::Folder rootFolder;
     int rootError = 0;
     if (!PlatformFile::openFolder(root, true, rootFolder, rootError))
@@ -101,6 +89,20 @@ Result ArchiveWriter::addFolder(const QString &folder)
     return Result();
 }
 
+QStringList ArchiveWriter::fileEntries() const
+{
+    QStringList names;
+    names.reserve(qsizetype(m_files.size()));
+    for (const PackedFile &file : m_files)
+        names.append(file.entryName);
+    return names;
+}
+
+QStringList ArchiveWriter::folderEntries() const
+{
+    return QStringList(m_emptyFolders.begin(), m_emptyFolders.end());
+}
+
 Result ArchiveWriter::writeEmpty(ArchiveSink &sink) const
 {
     // An archive without entries is its end-of-directory record alone.
@@ -111,51 +113,67 @@ Result ArchiveWriter::writeEmpty(ArchiveSink &sink) const
     return Result();
 }
 
-// libzip builds the archive from the collected files and writes it through the sink.
-Result ArchiveWriter::writeEntries(ArchiveSink &sink) const
+// Reads the file and packs it, or takes the packed form known for it.
+Result ArchiveWriter::packFile(const PackedFile &file, PlatformFile::FileStamp &stamp, PackedEntry &entry) const
 {
-    zip_error_t zipError;
-    zip_error_init(&zipError);
-    zip_source_t *output = sink.createSource(&zipError);
-    zip_t *za = output ? zip_open_from_source(output, ZIP_CREATE | ZIP_TRUNCATE, &zipError) : nullptr;
-    Result result;
-    if (!za) {
-        if (output)
-            zip_source_free(output);
-        result = Result::failure(
-            u"cannot start \"%1\": %2"_s.arg(m_target, QString::fromUtf8(zip_error_strerror(&zipError))));
-    }
-    for (size_t i = 0; result && i < m_emptyFolders.size(); ++i) {
-        zip_flags_t flags = 0;
-        if (zip_dir_add(za, storedName(m_emptyFolders[i], flags).constData(), flags) < 0)
-            result = Result::failure(QString::fromUtf8(zip_strerror(za)));
-    }
-    for (size_t i = 0; result && i < m_files.size(); ++i) {
-        // Each file is read when written. GIF and JPEG data is compressed already:
-        // deflate would spend most of the save to win a few bytes, so those are
-        // stored; the rest is deflated at libzip's default level (zlib's 6).
-        const PackedFile &file = m_files[i];
-        zip_source_t *input = PlatformFile::zipFileSource(file.path, &zipError);
-        zip_flags_t flags = 0;
-        const QByteArray name = storedName(file.entryName, flags);
-        const zip_int64_t index = input ? zip_file_add(za, name.constData(), input, flags | ZIP_FL_OVERWRITE) : -1;
-        if (!input) {
-            result = Result::failure(u"cannot read \"%1\": %2"_s.arg(fromFsName(file.path),
-                                                                     QString::fromUtf8(zip_error_strerror(&zipError))));
-        } else if (index < 0) {
-            zip_source_free(input);
-            result = Result::failure(
-                u"cannot add \"%1\": %2"_s.arg(fromFsName(file.path), QString::fromUtf8(zip_strerror(za))));
-        } else if (isCompressedImage(file.entryName)) {
-            zip_set_file_compression(za, zip_uint64_t(index), ZIP_CM_STORE, 0);
+    stamp = PlatformFile::fileStamp(file.path);
+    if (m_packed) {
+        if (std::optional<PackedEntry> known = m_packed->entryFor(file.entryName, stamp)) {
+            entry = std::move(*known);
+            return Result();
         }
     }
-    if (result && zip_close(za) != 0)
-        result = Result::failure(u"cannot write \"%1\": %2"_s.arg(m_target, QString::fromUtf8(zip_strerror(za))));
-    if (za && !result)
-        zip_discard(za); // frees the sink's source, which drops the unfinished file
-    zip_error_fini(&zipError);
-    return result;
+    qint64 size = 0;
+    int err = 0;
+    PlatformFile::FileHandle handle = PlatformFile::openToRead(file.path, size, err);
+    if (!handle.isOpen()) {
+        return Result::failure(
+            u"cannot read \"%1\": %2"_s.arg(fromFsName(file.path), err != 0 ? errnoText(err) : u"not a plain file"_s));
+    }
+    QByteArray content(qsizetype(size), Qt::Uninitialized);
+    if (size > 0 && !PlatformFile::readAt(handle.get(), content.data(), size, 0))
+        return Result::failure(u"cannot read \"%1\""_s.arg(fromFsName(file.path)));
+    if (m_packed) {
+        if (std::optional<PackedEntry> known = m_packed->entryForContent(file.entryName, content)) {
+            entry = std::move(*known);
+            return Result();
+        }
+    }
+    entry = EntryPacking::packForSave(file.entryName, content);
+    return Result();
+}
+
+Result ArchiveWriter::writeEntries(ArchiveSink &sink, std::vector<PackedEntries::Written> &written) const
+{
+    ZipWriter zip(sink);
+    const auto failed = [&] { return Result::failure(u"cannot write \"%1\": %2"_s.arg(m_target, zip.error())); };
+    if (!zip.begin())
+        return failed();
+    for (const QString &folder : m_emptyFolders) {
+        // The folder's own time, so that saving an unchanged blockset writes the same bytes.
+        const PlatformFile::FileStamp stamp = PlatformFile::fileStamp(m_root + '/' + PlatformFile::encodeName(folder));
+        if (!zip.addFolder(folder, std::time_t(stamp.exists ? stamp.mtimeNs / 1000000000 : std::time(nullptr))))
+            return failed();
+    }
+    written.reserve(m_files.size());
+    for (const PackedFile &file : m_files) {
+        PlatformFile::FileStamp stamp;
+        PackedEntry entry;
+        if (Result packed = packFile(file, stamp, entry); !packed)
+            return packed;
+        const quint64 index = quint64(zip.entryCount());
+        if (!zip.addFile(file.entryName, std::time_t(stamp.mtimeNs / 1000000000), entry))
+            return failed();
+        written.push_back({file.entryName, stamp, index, entry.form});
+    }
+    if (!zip.finish())
+        return failed();
+    if (m_packed)
+        m_packed->releaseSource(); // the old archive may be the target, which Windows replaces only when closed
+    if (!sink.commit())
+        return Result::failure(
+            u"cannot write \"%1\": %2"_s.arg(m_target, QString::fromUtf8(zip_error_strerror(sink.error()))));
+    return Result();
 }
 
 Result ArchiveWriter::write()
@@ -166,6 +184,14 @@ Result ArchiveWriter::write()
 Result ArchiveWriter::writeAside(QByteArray &asideName)
 {
     return writeTo(true, &asideName);
+}
+
+void ArchiveWriter::asidePutInPlace()
+{
+    // Renamed into place, the file keeps the stamp it was written with.
+    if (m_packed && !m_writtenTarget.isEmpty())
+        m_packed->adoptWritten(m_writtenTarget, m_written, m_writtenStamp);
+    m_writtenTarget.clear();
 }
 
 Result ArchiveWriter::writeTo(bool aside, QByteArray *asideName)
@@ -188,8 +214,19 @@ Result ArchiveWriter::writeTo(bool aside, QByteArray *asideName)
     PlatformFile::keepAllocatorMemory();
     ArchiveSink sink(dir, name);
     sink.setKeepAside(aside);
-    Result written = m_files.empty() && m_emptyFolders.empty() ? writeEmpty(sink) : writeEntries(sink);
-    if (written && asideName)
+    std::vector<PackedEntries::Written> written;
+    Result result = m_files.empty() && m_emptyFolders.empty() ? writeEmpty(sink) : writeEntries(sink, written);
+    if (result && asideName)
         *asideName = sink.asideName();
-    return written;
+    if (!result || !m_packed)
+        return result;
+    // The archive is the packed forms' source from now on; one set aside only once
+    // it is in the target's place (asidePutInPlace).
+    m_written = std::move(written);
+    m_writtenTarget = target;
+    m_writtenStamp =
+        PlatformFile::fileStamp(aside ? dirPath + '/' + sink.asideName() : PlatformFile::encodeName(target));
+    if (!aside)
+        asidePutInPlace();
+    return result;
 }

@@ -4,8 +4,6 @@
 #include <QByteArrayView>
 #include <QString>
 
-#include <zip.h>
-
 #include <ctime>
 #include <functional>
 #include <utility>
@@ -180,9 +178,6 @@ void readTimeZoneOnce();
 // memory maps show the file (as Wine maps a loaded DLL), on Windows one whose
 // module list holds it. Processes that cannot be looked at are skipped.
 QString processUsingFile(const QString &path);
-
-// A libzip source reading the file at `path` when the archive is written.
-zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error);
 
 // A lock file held by this process: a second process cannot take it while this
 // one lives, and the lock ends with the process. flock on Unix; a QLockFile on

@@ -407,11 +407,6 @@ QString processUsingFile(const QString &path)
     return found;
 }
 
-zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error)
-{
-    return zip_source_file_create(path.constData(), 0, 0, error);
-}
-
 bool takeLock(const QByteArray &path, Lock &lock)
 {
     const int fd = ::open(path.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);

@@ -470,14 +470,6 @@ QString processUsingFile(const QString &path)
     return found;
 }
 
-// libzip may use another C runtime than this program, so it gets a Windows handle
-// of its own rather than the descriptor.
-zip_source_t *zipFileSource(const QByteArray &path, zip_error_t *error)
-{
-    const std::wstring name = decodeName(path).toStdWString();
-    return zip_source_win32w_create(name.c_str(), 0, -1, error);
-}
-
 // A lock file whose process is gone is taken over. One that is merely old is safe
 // too: a running process keeps its lock file open, so Windows refuses to delete it.
 bool takeLock(const QByteArray &path, Lock &lock)

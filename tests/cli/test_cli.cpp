@@ -1,9 +1,12 @@
-// Runs the real cubrix-cli program on blocksets built here, with its settings in
-// a hive file and its working folder under a temporary "Temp", and checks what
-// it prints, the files it writes and its exit status.
+// Runs the real cubrix-cli program on blocksets built here and on a copy of the
+// Castle example (floor, gate, torch, tower, wall with a..e), with its settings
+// in a hive file and its working folder under a temporary "Temp", and checks
+// what it prints, the files it writes and its exit status.
 
 #include "CliRun.h"
 #include "support/BlocksetFiles.h"
+#include "support/BspTestBlocks.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
@@ -42,6 +45,31 @@ FileMap castle(const QString &styleName = u"Castle.style"_s)
 
 class TestCli : public QObject {
     Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    QPair<int, QJsonObject> cli(const QStringList &arguments)
+    {
+        const CliResult result = runCli(m_dir, arguments + QStringList{u"--json"_s});
+        const QJsonObject report = QJsonDocument::fromJson(result.out).object();
+        // What a command saved passes Rover's readers: the save would have said otherwise.
+        for (const QJsonValue &message : report.value(u"messages"_s).toArray()) {
+            if (message.toObject().value(u"title"_s) == u"Rover compatibility"_s)
+                QTest::qFail(qPrintable(message.toObject().value(u"text"_s).toString()), __FILE__, __LINE__);
+        }
+        return {result.exitCode, report};
+    }
+
+    // The values of `key` in the blocks, sorted, or the style value `key`.
+    static QStringList values(const QJsonObject &info, const QString &key)
+    {
+        if (info.value(u"style"_s).toObject().contains(key))
+            return {info.value(u"style"_s).toObject().value(key).toString()};
+        QStringList found;
+        for (const QJsonValue &row : info.value(u"blocks"_s).toArray())
+            found.append(row.toObject().value(key).toString());
+        return found.sort(), found;
+    }
 
 private slots:
     void infoReportsEverything()
@@ -82,11 +110,9 @@ private slots:
 
     void failures_data()
     {
-        QTest::addColumn<QByteArray>("archiveBytes"); // empty: no file at all
-        QTest::addColumn<QString>("command");
-
-        QTest::newRow("info: not a ZIP archive") << QByteArray("This is plain text, not an archive.\r\n") << "info";
-        QTest::newRow("save: not a ZIP archive") << QByteArray("PK\x03\x04 broken") << "save";
+        addColumns<QByteArray, QString>("archiveBytes", "command");
+        addRow("info: not a ZIP archive", QByteArray("This is plain text, not an archive.\r\n"), "info");
+        addRow("save: not a ZIP archive", QByteArray("PK\x03\x04 broken"), "save");
     }
 
     void failures()
@@ -95,8 +121,7 @@ private slots:
         QFETCH(QString, command);
         QTemporaryDir dir;
         const QString bset = dir.filePath(u"Broken.bset"_s);
-        if (!archiveBytes.isEmpty())
-            QVERIFY(writeFile(bset, archiveBytes));
+        QVERIFY(writeFile(bset, archiveBytes));
 
         const QString last = command == "save"_L1 ? dir.filePath(u"Out.bset"_s) : u"--json"_s;
         const CliResult result = runCli(dir, {command, bset, last});
@@ -109,12 +134,10 @@ private slots:
 
     void usage_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-
-        QTest::newRow("nothing") << QStringList() << 2;
-        QTest::newRow("unknown command") << QStringList{u"open"_s, u"a.bset"_s} << 2;
-        QTest::newRow("--help after a command") << QStringList{u"info"_s, u"a.bset"_s, u"--help"_s} << 0;
+        addColumns<QStringList, int>("arguments", "exitCode");
+        addRow("nothing", QStringList(), 2);
+        addRow("unknown command", QStringList{"open", "a.bset"}, 2);
+        addRow("--help after a command", QStringList{"info", "a.bset", "--help"}, 0);
     }
 
     void usage()
@@ -135,24 +158,18 @@ private slots:
     // The three ways to name a cached blockset, and a browser without Rover.
     void cacheNames_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("printed"); // stdout when it succeeds, else stderr
-
-        const QString url = u"url"_s;
-        QTest::newRow("unique file name")
-            << QStringList{url, u"unique.BSET"_s} << 0 << u"http://b.example/Unique.bset\n"_s;
-        QTest::newRow("path as listed") << QStringList{url, u"a.example\\sets\\Castle.bset"_s} << 0
-                                        << u"http://a.example/sets/Castle.bset\n"_s;
-        QTest::newRow("address") << QStringList{url, u"HTTP://B.example/castle.bset"_s} << 0
-                                 << u"http://b.example/Castle.bset\n"_s;
-        QTest::newRow("name of two") << QStringList{
-            url,
-            u"Castle.bset"_s} << 2 << u"cubrix-cli: several cached blocksets \"Castle.bset\"; name it by its path\n"_s;
-        QTest::newRow("no such name") << QStringList{url, u"b.example/Tower.bset"_s} << 2
-                                      << u"cubrix-cli: no cached blockset \"b.example/Tower.bset\"\n"_s;
-        QTest::newRow("no Rover for Netscape") << QStringList{u"--browser"_s, u"netscape"_s} << 1
-                                               << u"cubrix-cli: Rover is not installed for Netscape\n"_s;
+        // printed: stdout when it succeeds, else stderr.
+        addColumns<QStringList, int, QString>("arguments", "exitCode", "printed");
+        addRow("unique file name", QStringList{"url", "unique.BSET"}, 0, "http://b.example/Unique.bset\n");
+        addRow("path as listed", QStringList{"url", "a.example\\sets\\Castle.bset"}, 0,
+               "http://a.example/sets/Castle.bset\n");
+        addRow("address", QStringList{"url", "HTTP://B.example/castle.bset"}, 0, "http://b.example/Castle.bset\n");
+        addRow("name of two", QStringList{"url", "Castle.bset"}, 2,
+               "cubrix-cli: several cached blocksets \"Castle.bset\"; name it by its path\n");
+        addRow("no such name", QStringList{"url", "b.example/Tower.bset"}, 2,
+               "cubrix-cli: no cached blockset \"b.example/Tower.bset\"\n");
+        addRow("no Rover for Netscape", QStringList{"--browser", "netscape"}, 1,
+               "cubrix-cli: Rover is not installed for Netscape\n");
     }
 
     void cacheNames()
@@ -197,6 +214,119 @@ private slots:
         const QJsonObject reopened = infoJson(dir, dir.filePath(u"out/Keep.bset"_s));
         QCOMPARE(reopened[u"changed"_s].toBool(true), false);
         QCOMPARE(reopened[u"style"_s][u"copyright"_s].toString(), u"\u00a9 2024 Quillmoor"_s);
+    }
+
+    void initTestCase()
+    {
+        // Files to add from, outside any blockset.
+        for (const char *name : {"new wall.block", "sky.gif", "notes.txt"}) {
+            QFile file(m_dir.filePath(QString::fromLatin1(name)));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("<BLOCK NAME=\"new wall\" TYPE=\"structural\">\r\n</BLOCK>\r\n");
+        }
+    }
+
+    void commands_data()
+    {
+        addColumns<QStringList, int, QString, QStringList>("arguments", "exitCode", "key", "saved");
+        const QStringList files{"floor.block", "gate.block", "torch.block", "tower.block", "wall.block"};
+        const QString newWall = m_dir.filePath(u"new wall.block"_s);
+        addRow("add", QStringList{"add", m_dir.filePath(u"sky.gif"_s), newWall}, 0, "symbol",
+               QStringList{"A", "a", "b", "c", "d", "e"});
+        addRow("add a file of no kind", QStringList{"add", m_dir.filePath(u"notes.txt"_s)}, 2, "file", files);
+        addRow("replace, the source asked for", QStringList{"replace", "wall.block", "--from", newWall}, 0, "file",
+               QStringList{"floor.block", "gate.block", "new wall.block", "torch.block", "tower.block"});
+        addRow("symbols", QStringList{"symbols", "wall.block", "Z", ".Z"}, 0, "symbol",
+               QStringList{"Z", "a", "b", "c", "d"});
+        addRow("symbols not offered", QStringList{"symbols", "wall.block", "a", ".a"}, 1, "symbol",
+               QStringList{"a", "b", "c", "d", "e"});
+        addRow("remove", QStringList{"remove", "GATE.block", "bell.wav", "wall.block"}, 0, "file",
+               QStringList{"floor.block", "torch.block", "tower.block"});
+        addRow("remove unknown", QStringList{"remove", "moat.block"}, 2, "file", files);
+        addRow("rename", QStringList{"rename", "wall.block", "keep.block"}, 0, "file",
+               QStringList{"floor.block", "gate.block", "keep.block", "torch.block", "tower.block"});
+        addRow("remap all", QStringList{"remap", "--all", "--prefix", "!"}, 0, "double",
+               QStringList{"!A", "!B", "!C", "!D", "!E"});
+        addRow("prefix", QStringList{"prefix", "x"}, 0, "double", QStringList{"xa", "xb", "xc", "xd", "xe"});
+        addRow("set colour", QStringList{"set", "skyColor", "(1,2,3)"}, 0, "skyColor", QStringList{"(1,2,3)"});
+        addRow("set bad colour", QStringList{"set", "skyColor", "(1,2,300)"}, 1, "skyColor",
+               QStringList{"(96,160,255)"});
+        addRow("set a quote", QStringList{"set", "synopsis", "The \"Stone\" castle"}, 1, "synopsis",
+               QStringList{"Stone walls, a gate, a tower and a torch"});
+    }
+
+    void commands()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, key);
+        QFETCH(QStringList, saved);
+        const QString file = m_dir.filePath(u"Castle.bset"_s);
+        QFile::remove(file);
+        QVERIFY(QFile::copy(QStringLiteral(CUBRIX_EXAMPLES) + u"/Castle.bset"_s, file));
+        QFile(file).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        arguments.insert(1, file);
+
+        const auto [exitCode, report] = cli(arguments);
+        QTEST(exitCode, "exitCode");
+        if (exitCode == 0) // the command's own report: what it left in memory, plus its status texts
+            QVERIFY(values(report, key) == saved && report.value(u"results"_s).isArray());
+        const auto [infoCode, info] = cli({u"info"_s, file});
+        QCOMPARE(infoCode, 0);
+        QCOMPARE(values(info, key), saved);
+    }
+
+    void check()
+    {
+        const QString castle = m_dir.filePath(u"Castle.bset"_s);
+        QFile::remove(castle);
+        QVERIFY(QFile::copy(QStringLiteral(CUBRIX_EXAMPLES) + u"/Castle.bset"_s, castle));
+        QVERIFY(writeFile(m_dir.filePath(u"Castle.txt"_s), updateFileText(u"1.0"_s, u"First"_s, 1)));
+        auto [code, report] = cli({u"check"_s, castle});
+        QCOMPARE(code, 0);
+        QVERIFY(report.value(u"roverLoadsBlockset"_s).toBool() && report.value(u"roverSeesUpdate"_s).toBool());
+
+        // A style entry without a symbol and one naming a missing file; an update id Rover cannot read.
+        const QString broken = m_dir.filePath(u"Broken.bset"_s);
+        QVERIFY(
+            writeBset(broken, {{u"Broken.style"_s, styleFile(u"B"_s, u"<block symbol=\"\" file=\"a.block\"/>\n"
+                                                                     "<block symbol=\"b\" file=\"gone.block\"/>\n"_s)},
+                               {u"blocks/a.block"_s, blockFile(u"a"_s)}}));
+        QVERIFY(writeFile(m_dir.filePath(u"Broken.txt"_s), updateFileText(u"2.5a"_s, u"Second"_s, 1)));
+        std::tie(code, report) = cli({u"check"_s, broken});
+        QCOMPARE(code, 1);
+        QVERIFY(!report.value(u"roverLoadsBlockset"_s).toBool() && !report.value(u"roverSeesUpdate"_s).toBool());
+        QStringList errors;
+        for (const QJsonValue &finding : report.value(u"findings"_s).toArray()) {
+            const QJsonObject f = finding.toObject();
+            if (f.value(u"severity"_s) == u"error"_s)
+                errors << f.value(u"file"_s).toString() + u':' + QString::number(f.value(u"line"_s).toInt());
+        }
+        QCOMPARE(errors,
+                 QStringList({u"Broken.style:2"_s, u"Broken.style:3"_s, u"blocks/a.block:5"_s, u"Broken.txt:1"_s}));
+    }
+
+    // bsp builds a tree once, keeps it the next time, and passes a sprite by.
+    void bsp()
+    {
+        const QString file = m_dir.filePath(u"Trees.bset"_s);
+        const QByteArray walls =
+            blockText(blockOf(box({0, 0, 120}, {256, 256, 136}) + box({120, 0, 0}, {136, 256, 256})));
+        QVERIFY(
+            writeBset(file, {{u"Trees.style"_s, dosText(u"<style name=\"T\" version=\"1.0\">\n"
+                                                        "<block symbol=\"a\" file=\"walls.block\"/>\n"
+                                                        "<block symbol=\"b\" file=\"torch.block\"/>\n</style>\n"_s)},
+                             {u"blocks/walls.block"_s, walls},
+                             {u"blocks/torch.block"_s, blockFile(u"torch"_s, u"facing sprite"_s)}}));
+        for (const QString &outcome : {u"built"_s, u"kept"_s}) {
+            const auto [code, report] = cli({u"bsp"_s, file});
+            QCOMPARE(code, 0);
+            const QJsonObject built = report.value(u"bsp"_s).toObject().value(u"walls.block"_s).toObject();
+            QCOMPARE(built.value(u"outcome"_s).toString(), outcome);
+            QCOMPARE(built.value(u"splits"_s).toInt() > 0, outcome == u"built"_s);
+            QCOMPARE(report.value(u"bsp"_s).toObject().value(u"torch.block"_s).toObject().value(u"outcome"_s),
+                     u"skipped"_s);
+            QCOMPARE(values(report, u"bsp"_s), QStringList({u"n/a"_s, u"yes"_s}));
+        }
     }
 };
 

@@ -1,12 +1,18 @@
-// Path, file and date helpers. Leaves out: drive letters and "\" paths on a
-// real Windows file system (fileExists is run with this platform's paths).
+// Path, file and date helpers, and FileFilter: the program's compact filter
+// texts and Windows-style pattern matching. Leaves out: drive letters and "\"
+// paths on a real Windows file system (fileExists is run with this platform's
+// paths); what QFileDialog makes of the filter entries (test_gui_prompts).
 #include "common/CommonFunctions.h"
+#include "common/FileFilter.h"
+#include "support/DataRows.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+
+using Entries = QList<FileFilterEntry>;
 
 class TestCommonFunctions : public QObject {
     Q_OBJECT
@@ -30,57 +36,24 @@ private slots:
 
     void windowsPaths_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("fileName");
-        QTest::addColumn<QString>("folder");
-        QTest::addColumn<QString>("extension");
-        QTest::addColumn<QString>("baseName");
-        QTest::newRow("full path") << "C:\\Worlds\\castle.bset"
-                                   << "castle.bset"
-                                   << "C:\\Worlds"
-                                   << "bset"
-                                   << "castle";
-        QTest::newRow("in the root") << "\\castle.bset"
-                                     << "castle.bset"
-                                     << ""
-                                     << "bset"
-                                     << "castle";
-        QTest::newRow("drive root") << "C:\\file"
-                                    << "file"
-                                    << "C:"
-                                    << ""
-                                    << "file";
-        QTest::newRow("folder with dot") << "C:\\a.b\\file"
-                                         << "file"
-                                         << "C:\\a.b"
-                                         << "b\\file"
-                                         << "file";
-        QTest::newRow("trailing backslash") << "C:\\dir\\"
-                                            << ""
-                                            << "C:\\dir"
-                                            << ""
-                                            << "";
-        QTest::newRow("name ending in dot") << "name."
-                                            << "name."
-                                            << ""
-                                            << ""
-                                            << "name";
-        QTest::newRow("forward slashes stay") << "C:/w/a.gif"
-                                              << "C:/w/a.gif"
-                                              << ""
-                                              << "gif"
-                                              << "C:/w/a";
+        addColumns<QString, QString, QString, QString, QString>("path", "fileName", "folder", "extension", "baseName");
+        addRow("full path", "C:\\Worlds\\castle.bset", "castle.bset", "C:\\Worlds", "bset", "castle");
+        addRow("in the root", "\\castle.bset", "castle.bset", "", "bset", "castle");
+        addRow("drive root", "C:\\file", "file", "C:", "", "file");
+        addRow("folder with dot", "C:\\a.b\\file", "file", "C:\\a.b", "b\\file", "file");
+        addRow("trailing backslash", "C:\\dir\\", "", "C:\\dir", "", "");
+        addRow("name ending in dot", "name.", "name.", "", "", "name");
+        addRow("forward slashes stay", "C:/w/a.gif", "C:/w/a.gif", "", "gif", "C:/w/a");
     }
     void windowsPaths()
     {
         QFETCH(QString, path);
         QFETCH(QString, fileName);
         QFETCH(QString, folder);
-        QFETCH(QString, extension);
         QFETCH(QString, baseName);
         QCOMPARE(getFileName(path), fileName);
         QCOMPARE(getFolder(path), folder);
-        QCOMPARE(getExtension(path), extension);
+        QTEST(getExtension(path), "extension");
         QCOMPARE(getBaseName(path), baseName);
         // The same rules with "/" for addresses and this platform's paths.
         QString slashed = path;
@@ -93,8 +66,8 @@ private slots:
 
     void fileExists_data()
     {
-        QTest::addColumn<QString>("path"); // "$" stands for the temporary folder
-        QTest::addColumn<bool>("exists");
+        // path: "$" stands for the temporary folder.
+        addColumns<QString, bool>("path", "exists");
         QTest::newRow("file") << "$/worlds/Castle.BSET" << true;
         QTest::newRow("missing file") << "$/worlds/castle.gif" << false;
         QTest::newRow("folder named like a file") << "$/worlds/sub.bset" << false;
@@ -112,15 +85,13 @@ private slots:
     void fileExists()
     {
         QFETCH(QString, path);
-        QFETCH(bool, exists);
-        QCOMPARE(::fileExists(path.replace('$', m_dir.path())), exists);
+        QTEST(::fileExists(path.replace('$', m_dir.path())), "exists");
     }
 
     void dates_data()
     {
-        QTest::addColumn<QDateTime>("date");
-        QTest::addColumn<qint32>("seconds");
-        QTest::addColumn<bool>("both"); // the seconds also give back the date
+        // both: the seconds also give back the date.
+        addColumns<QDateTime, qint32, bool>("date", "seconds", "both");
         QTest::newRow("epoch") << QDateTime(QDate(1970, 1, 1), QTime(0, 0)) << 0 << true;
         QTest::newRow("before the epoch") << QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59)) << -1 << true;
         QTest::newRow("summer day, no offset")
@@ -142,6 +113,53 @@ private slots:
             QCOMPARE(unixTimeToDate(seconds), date);
             QCOMPARE(unixTimeToDate(seconds).timeSpec(), Qt::LocalTime);
         }
+    }
+
+    void parse_data()
+    {
+        addColumns<QString, Entries>("filter", "entries");
+        QTest::newRow("images")
+            << "All supported Images (*.gif;*.jpg),*.gif;*.jpg,GIF images (*.gif),*.gif,All files (*.*),*.*"
+            << Entries{{"All supported Images (*.gif;*.jpg)", {"*.gif", "*.jpg"}},
+                       {"GIF images (*.gif)", {"*.gif"}},
+                       {"All files (*.*)", {"*.*"}}};
+        QTest::newRow("empty") << "" << Entries{};
+        QTest::newRow("trailing label dropped") << "A,*.a,B" << Entries{{"A", {"*.a"}}};
+        QTest::newRow("empty field ends the list") << "A,*.a,,*.b,C,*.c" << Entries{{"A", {"*.a"}}};
+        QTest::newRow("blanks and empty patterns") << "A, *.a ;;*.b;" << Entries{{"A", {"*.a", "*.b"}}};
+    }
+    void parse()
+    {
+        QFETCH(QString, filter);
+        QTEST(FileFilter::parse(filter), "entries");
+    }
+
+    void matches_data()
+    {
+        addColumns<QString, QString, bool>("pattern", "name", "match");
+        addRow("extension ignores case", "*.bset", "CASTLE.BSET", true);
+        addRow("other extension", "*.bset", "castle.bset.txt", false);
+        addRow("star dot star, no dot", "*.*", "readme", true);
+        addRow("name dot star, bare name", "readme.*", "readme", true);
+        addRow("name dot star, longer name", "readme.*", "readmes", false);
+        addRow("question mark", "?.gif", "a.gif", true);
+        addRow("question mark needs one", "?.gif", ".gif", false);
+        addRow("two stars, wrong order", "*a*b", "bxa", false);
+        addRow("backtracking", "*ab", "aab", true);
+        addRow("bracket is no set", "[a].gif", "[a].gif", true);
+        addRow("accented letters ignore case", "\xc3\x89t\xc3\xa9.wav", "\xc3\xa9T\xc3\x89.WAV", true);
+        addRow("empty pattern", "", "a", false);
+    }
+    void matches()
+    {
+        QFETCH(QString, pattern);
+        QFETCH(QString, name);
+        QTEST(FileFilter::matches(pattern, name), "match");
+    }
+    void longNamesStayFast()
+    {
+        // Star-heavy patterns against long names must not explode.
+        QVERIFY(!FileFilter::matches("*a*a*a*a*a*b", QString(20000, 'a')));
     }
 };
 

@@ -1,5 +1,6 @@
-#include "storage/Cp1252.h"
 #include "formats/Parser.h"
+#include "storage/Cp1252.h"
+#include "support/DataRows.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -36,8 +37,7 @@ private:
 private slots:
     void normalise_data()
     {
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QByteArray>("expected");
+        addColumns<QByteArray, QByteArray>("input", "expected");
         QTest::newRow("line breaks and tabs deleted, not turned into blanks")
             << QByteArray("a\r\nb\tc\nd\re") << QByteArray("abcde");
         QTest::newRow("blanks around equals") << QByteArray("name = \"x\"") << QByteArray("name=\"x\"");
@@ -71,9 +71,7 @@ private slots:
 
     void tags_data()
     {
-        QTest::addColumn<QByteArray>("buffer");
-        QTest::addColumn<QStringList>("tags");
-        QTest::addColumn<QByteArray>("left");
+        addColumns<QByteArray, QStringList, QByteArray>("buffer", "tags", "left");
         const auto add = [](const char *name, const QByteArray &buffer, const QStringList &tags, const char *left) {
             QTest::newRow(name) << buffer << tags << QByteArray(left);
         };
@@ -107,18 +105,11 @@ private slots:
 
     void words_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("taken");
-        QTest::addColumn<QString>("word");
-        QTest::addColumn<QString>("left");
-        QTest::newRow("name and attributes") << "style version=\"1\"" << true << "style"
-                                             << "version=\"1\"";
-        QTest::newRow("lower-cased, rest not trimmed") << "STYLE  Name=\"Abc\"" << true << "style"
-                                                       << " Name=\"Abc\"";
-        QTest::newRow("empty") << "" << false << ""
-                               << "";
-        QTest::newRow("non-ASCII capitals lower-cased") << "\u00c4RGER x" << true << "\u00e4rger"
-                                                        << "x";
+        addColumns<QString, bool, QString, QString>("text", "taken", "word", "left");
+        addRow("name and attributes", "style version=\"1\"", true, "style", "version=\"1\"");
+        addRow("lower-cased, rest not trimmed", "STYLE  Name=\"Abc\"", true, "style", " Name=\"Abc\"");
+        addRow("empty", "", false, "", "");
+        addRow("non-ASCII capitals lower-cased", "\u00c4RGER x", true, "\u00e4rger", "x");
     }
 
     // Each table row goes through the text functions and through the view
@@ -141,24 +132,19 @@ private slots:
 
     void attributes_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("pairs"); // name, value, name, value, ...
-        QTest::addColumn<QString>("left");
-        QTest::newRow("two attributes") << "version=\"1.0\" name=\"x\"" << QStringList{"version", "1.0", "name", "x"}
-                                        << "";
-        QTest::newRow("names lower-cased, values keep case") << "Name=\"Abc\"" << QStringList{"name", "Abc"} << "";
-        QTest::newRow("leading blank stays in the name")
-            << " name=\"x\" author=\"y\"" << QStringList{" name", "x", "author", "y"} << "";
-        QTest::newRow("unquoted value ends the scan") << "a=\"1\" b=2 " << QStringList{"a", "1"} << "b=2";
-        QTest::newRow("single quotes are not quotes") << "a='1'" << QStringList{} << "a='1'";
-        QTest::newRow("unquoted value swallowed into the next name")
-            << "a=2 b=\"1\" c=\"3\"" << QStringList{"a=2 b", "1", "c", "3"} << "";
-        QTest::newRow("empty value, blanks inside kept")
-            << "a=\"\" t=\" a b \"" << QStringList{"a", "", "t", " a b "} << "";
-        QTest::newRow("no closing quote") << "a=\"1\" b=\"open" << QStringList{"a", "1"} << "b=\"open";
-        QTest::newRow("Windows-1252 name and value")
-            << u"N\u00c4ME=\"\u00e9t\u00e9 \u20ac\u0081\""_s
-            << QStringList{u"n\u00e4me"_s, u"\u00e9t\u00e9 \u20ac\u0081"_s} << "";
+        addColumns<QString, QStringList, QString>("text", "pairs", "left"); // pairs: name, value, name, value, ...
+        addRow("two attributes", "version=\"1.0\" name=\"x\"", QStringList{"version", "1.0", "name", "x"}, "");
+        addRow("names lower-cased, values keep case", "Name=\"Abc\"", QStringList{"name", "Abc"}, "");
+        addRow("leading blank stays in the name", " name=\"x\" author=\"y\"", QStringList{" name", "x", "author", "y"},
+               "");
+        addRow("unquoted value ends the scan", "a=\"1\" b=2 ", QStringList{"a", "1"}, "b=2");
+        addRow("single quotes are not quotes", "a='1'", QStringList{}, "a='1'");
+        addRow("unquoted value swallowed into the next name", "a=2 b=\"1\" c=\"3\"",
+               QStringList{"a=2 b", "1", "c", "3"}, "");
+        addRow("empty value, blanks inside kept", "a=\"\" t=\" a b \"", QStringList{"a", "", "t", " a b "}, "");
+        addRow("no closing quote", "a=\"1\" b=\"open", QStringList{"a", "1"}, "b=\"open");
+        addRow("Windows-1252 name and value", u"N\u00c4ME=\"\u00e9t\u00e9 \u20ac\u0081\""_s,
+               QStringList{u"n\u00e4me"_s, u"\u00e9t\u00e9 \u20ac\u0081"_s}, "");
     }
 
     void attributes()
@@ -183,17 +169,14 @@ private slots:
     // caller never writes a half-changed file.
     void setAttributeValue_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("fails");
-        QTest::addColumn<QString>("expected");
+        addColumns<QString, bool, QString>("text", "fails", "expected");
         const auto same = [](const char *name, const QString &text) { QTest::newRow(name) << text << false << text; };
-        QTest::newRow("renamed") << "<block name=\"Old\" type=\"sprite\">\r\n<vertices>" << false
-                                 << "<block name=\"new\" type=\"sprite\">\r\n<vertices>";
-        QTest::newRow("capitals found, case of the rest kept")
-            << "<BLOCK TYPE=\"X\" NAME=\"Old\">" << false << "<BLOCK TYPE=\"X\" NAME=\"new\">";
-        QTest::newRow("only the named tag, searched from it on")
-            << "name=\"a\" <part name=\"p\"/><block name=\"b\">" << false
-            << "name=\"a\" <part name=\"p\"/><block name=\"new\">";
+        addRow("renamed", "<block name=\"Old\" type=\"sprite\">\r\n<vertices>", false,
+               "<block name=\"new\" type=\"sprite\">\r\n<vertices>");
+        addRow("capitals found, case of the rest kept", "<BLOCK TYPE=\"X\" NAME=\"Old\">", false,
+               "<BLOCK TYPE=\"X\" NAME=\"new\">");
+        addRow("only the named tag, searched from it on", "name=\"a\" <part name=\"p\"/><block name=\"b\">", false,
+               "name=\"a\" <part name=\"p\"/><block name=\"new\">");
         same("no such tag", "<part name=\"p\">");
         same("no such attribute", "<block type=\"t\">");
         same("blanks around equals not matched", "<block name = \"a\">");

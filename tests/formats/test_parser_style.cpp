@@ -1,5 +1,6 @@
 #include "formats/Parser.h"
 #include "formats/Parser_Style.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
@@ -59,13 +60,9 @@ private:
 private slots:
     void write_data()
     {
-        QTest::addColumn<StyleValues>("style");
-        QTest::addColumn<QList<BlockRow>>("rows");
-        QTest::addColumn<QByteArray>("expected");
-
-        QTest::newRow("documented file") << castle()
-                                         << QList<BlockRow>{row("wall.block", "a", ".a"), row("door.block", "b")}
-                                         << castleFile();
+        addColumns<StyleValues, QList<BlockRow>, QByteArray>("style", "rows", "expected");
+        addRow("documented file", castle(), QList<BlockRow>{row("wall.block", "a", ".a"), row("door.block", "b")},
+               castleFile());
         StyleValues header;
         header.name = "Only name";
         BlockRow named = row("x.block");
@@ -97,7 +94,7 @@ private slots:
     void roundTrip_data()
     {
         QTest::addColumn<StyleValues>("style");
-        QTest::newRow("every value, as in the documented file") << castle();
+        addRow("every value, as in the documented file", castle());
         StyleValues s;
         s.name = "  blanks  kept  ";
         s.synopsis = "a & b; c's d=e";
@@ -153,9 +150,7 @@ private slots:
 
     void refusedValuesKeepTheFormerValue_data()
     {
-        QTest::addColumn<QByteArray>("element");
-        QTest::addColumn<int>("field");
-        QTest::addColumn<QString>("expected");
+        addColumns<QByteArray, int, QString>("element", "field", "expected");
         const auto add = [](const char *name, const char *element, StyleField field, const char *expected) {
             QTest::newRow(name) << quoted(element) << int(field) << QString(expected);
         };
@@ -182,12 +177,9 @@ private slots:
 
     void blocks_data()
     {
-        QTest::addColumn<QByteArray>("elements");
-        QTest::addColumn<QStringList>("files");    // the rows before reading
-        QTest::addColumn<QStringList>("expected"); // per row: "name|symbol|double"
-        QTest::addColumn<bool>("strict");
-        QTest::addColumn<bool>("sync");
-        QTest::addColumn<QString>("prefix");
+        // files: the rows before reading; expected per row: "name|symbol|double".
+        addColumns<QByteArray, QStringList, QStringList, bool, bool, QString>("elements", "files", "expected", "strict",
+                                                                              "sync", "prefix");
         const auto add = [](const char *name, const char *elements, const QStringList &files,
                             const QStringList &expected, bool strict, bool sync, const char *prefix) {
             QTest::newRow(name) << quoted(elements) << files << expected << strict << sync << QString(prefix);
@@ -233,18 +225,13 @@ private slots:
 
     void header_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QStringList>("header"); // version, name, synopsis, author, copyright
-        QTest::newRow("documented file") << castleFile()
-                                         << QStringList{"1.2", "Castle", "Stone walls and gates", "A. Builder",
-                                                        "free to use"};
-        QTest::newRow("after comments and other tags, capitals")
-            << QByteArray("<!-- x --><generator app=\"y\"><STYLE NAME=\"N\" Version=\"2\" other=\"o\">")
-            << QStringList{"2", "N", "", "", ""};
-        QTest::newRow("only the first style tag")
-            << QByteArray("<style name=\"first\"><style name=\"second\" author=\"a\">")
-            << QStringList{"", "first", "", "", ""};
-        QTest::newRow("no style tag") << QByteArray("<block name=\"x\">") << QStringList{"", "", "", "", ""};
+        // header: version, name, synopsis, author, copyright, separated by "|".
+        addColumns<QByteArray, QString>("file", "header");
+        addRow("documented file", castleFile(), "1.2|Castle|Stone walls and gates|A. Builder|free to use");
+        addRow("after comments and other tags, capitals",
+               quoted("<!-- x --><generator app='y'><STYLE NAME='N' Version='2' other='o'>"), "2|N|||");
+        addRow("only the first style tag", quoted("<style name='first'><style name='second' author='a'>"), "|first|||");
+        addRow("no style tag", quoted("<block name='x'>"), "||||");
     }
 
     void header()
@@ -253,7 +240,7 @@ private slots:
         Parser parser;
         parser.setBuffer(file);
         const StyleHeader got = readStyleHeader(parser);
-        QTEST((QStringList{got.version, got.name, got.synopsis, got.author, got.copyright}), "header");
+        QTEST(QStringList({got.version, got.name, got.synopsis, got.author, got.copyright}).join(u'|'), "header");
     }
 };
 

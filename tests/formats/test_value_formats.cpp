@@ -1,4 +1,5 @@
 #include "formats/ValueFormats.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
@@ -12,9 +13,8 @@ class TestValueFormats : public QObject {
 private slots:
     void accept_data()
     {
-        QTest::addColumn<char>("kind");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("shown"); // null: refused
+        // shown: null when refused.
+        addColumns<char, QString, QString>("kind", "text", "shown");
         const auto add = [](char kind, const char *text, const char *shown) {
             QTest::addRow("%c %s", kind, text) << kind << QString(text) << (shown ? QString(shown) : QString());
         };

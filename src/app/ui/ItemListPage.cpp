@@ -16,6 +16,7 @@
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSplitter>
+#include <QStyle>
 #include <QTreeWidget>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -23,6 +24,25 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// The row's place in the document's list, whatever the sorting shows.
+constexpr int kRowRole = Qt::UserRole + 1;
+
+// Sizes are right-justified digits, so comparing texts compares numbers too;
+// names compare ignoring case.
+class ListItem : public QTreeWidgetItem {
+public:
+    using QTreeWidgetItem::QTreeWidgetItem;
+    bool operator<(const QTreeWidgetItem &other) const override
+    {
+        const int column = treeWidget() ? treeWidget()->sortColumn() : 0;
+        return text(column).compare(other.text(column), Qt::CaseInsensitive) < 0;
+    }
+};
+
+} // namespace
 
 ItemListPage::ItemListPage(const QString &listName, const QStringList &columns, const QList<int> &widths,
                            Preview preview, QWidget *parent)
@@ -51,6 +71,8 @@ ItemListPage::ItemListPage(const QString &listName, const QStringList &columns, 
     m_list->viewport()->installEventFilter(this);
     m_renameTimer.setSingleShot(true);
     connect(&m_renameTimer, &QTimer::timeout, this, &ItemListPage::editCurrentLabel);
+    m_list->header()->setSectionsClickable(true);
+    connect(m_list->header(), &QHeaderView::sectionClicked, this, &ItemListPage::sortByColumn);
 
     if (preview == Preview::None) {
         auto *layout = new QVBoxLayout(this);
@@ -93,16 +115,19 @@ void ItemListPage::showRows(const QList<QStringList> &rows)
     m_shownValid = true;
     m_filling = true;
     fillRows(rows);
+    applyExtras();
+    if (m_sortColumn >= 0)
+        m_list->sortItems(m_sortColumn, m_sortOrder);
     if (!rows.isEmpty() && (wasEmpty || current < 0)) {
         // As in a report-style list, the first row is the selected one after filling.
         m_list->setCurrentItem(m_list->topLevelItem(0));
     } else if (!rows.isEmpty()) {
         const int last = int(rows.size()) - 1;
-        m_list->setCurrentItem(m_list->topLevelItem(qMin(current, last)), 0, QItemSelectionModel::NoUpdate);
+        m_list->setCurrentItem(itemOfRow(qMin(current, last)), 0, QItemSelectionModel::NoUpdate);
         m_list->clearSelection();
         for (int row : selected) {
             if (row <= last)
-                m_list->topLevelItem(row)->setSelected(true);
+                itemOfRow(row)->setSelected(true);
         }
         if (m_list->selectedItems().isEmpty())
             m_list->currentItem()->setSelected(true);
@@ -114,14 +139,19 @@ void ItemListPage::showRows(const QList<QStringList> &rows)
 
 void ItemListPage::fillRows(const QList<QStringList> &rows)
 {
-    // The rows the list has keep their items (and an open editor): only texts change.
-    // The current row is set after the fill, so nothing follows the rows removed on the way.
+    // The rows the list has keep their items (and an open editor): only texts
+    // change. The current row is set after the fill, so nothing follows the rows
+    // removed on the way.
     const QSignalBlocker blocker(m_list);
     if (rows.isEmpty())
         m_list->clear();
-    const int kept = qMin(int(rows.size()), m_list->topLevelItemCount());
-    for (int row = 0; row < kept; ++row) {
-        QTreeWidgetItem *item = m_list->topLevelItem(row);
+    for (int i = m_list->topLevelItemCount() - 1; i >= 0; --i) {
+        QTreeWidgetItem *item = m_list->topLevelItem(i);
+        const int row = rowOf(item);
+        if (row >= rows.size()) {
+            delete m_list->takeTopLevelItem(i);
+            continue;
+        }
         const QStringList &cells = rows.at(row);
         if (item->text(0) != cells.value(0)) { // another file: its mark goes
             item->setIcon(0, QIcon());
@@ -132,11 +162,10 @@ void ItemListPage::fillRows(const QList<QStringList> &rows)
                 item->setText(column, cells.at(column));
         }
     }
-    while (m_list->topLevelItemCount() > rows.size())
-        delete m_list->takeTopLevelItem(m_list->topLevelItemCount() - 1);
     QList<QTreeWidgetItem *> items;
-    for (qsizetype row = kept; row < rows.size(); ++row) {
-        auto *item = new QTreeWidgetItem(rows.at(row));
+    for (qsizetype row = m_list->topLevelItemCount(); row < rows.size(); ++row) {
+        auto *item = new ListItem(rows.at(row));
+        item->setData(0, kRowRole, int(row));
         item->setTextAlignment(int(rows.at(row).size()) - 1, Qt::AlignRight | Qt::AlignVCenter);
         if (m_editable)
             item->setFlags(item->flags() | Qt::ItemIsEditable);
@@ -198,19 +227,103 @@ bool ItemListPage::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
+void ItemListPage::dragSelectedFiles()
+{
+    if (!m_dragFolder)
+        return;
+    const QString folder = m_dragFolder();
+    QList<QUrl> urls;
+    for (int row : selectedRows())
+        urls.append(QUrl::fromLocalFile(folder + u'/' + itemOfRow(row)->text(0)));
+    if (urls.isEmpty())
+        return;
+    auto *data = new QMimeData;
+    data->setUrls(urls);
+    auto *drag = new QDrag(m_list);
+    drag->setMimeData(data);
+    drag->exec(Qt::CopyAction);
+}
+
+int ItemListPage::addColumn(const QString &title, int width)
+{
+    const int column = m_list->columnCount();
+    m_list->setColumnCount(column + 1);
+    m_list->headerItem()->setText(column, title);
+    m_list->setColumnWidth(column, width);
+    return column;
+}
+
+void ItemListPage::setColumnCells(int column, const QStringList &cells)
+{
+    m_list->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
+    m_columnCells.insert(column, cells);
+    applyExtras();
+    if (m_sortColumn == column)
+        m_list->sortItems(m_sortColumn, m_sortOrder);
+}
+
+void ItemListPage::setRowWarnings(const QStringList &warnings)
+{
+    m_warnings = warnings;
+    m_showsWarnings = true;
+    applyExtras();
+}
+
+void ItemListPage::applyExtras()
+{
+    const QSignalBlocker blocker(m_list);
+    const QIcon warning = QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
+    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
+        QTreeWidgetItem *item = m_list->topLevelItem(i);
+        const int row = rowOf(item);
+        for (auto it = m_columnCells.cbegin(); it != m_columnCells.cend(); ++it) {
+            item->setText(it.key(), it.value().value(row));
+            item->setTextAlignment(it.key(), Qt::AlignRight | Qt::AlignVCenter);
+        }
+        if (!m_showsWarnings)
+            continue;
+        const QString text = m_warnings.value(row);
+        item->setIcon(0, text.isEmpty() ? QIcon() : warning);
+        item->setToolTip(0, text);
+    }
+}
+
+void ItemListPage::sortByColumn(int column)
+{
+    m_sortOrder =
+        column == m_sortColumn && m_sortOrder == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder;
+    m_sortColumn = column;
+    m_list->header()->setSortIndicatorShown(true);
+    m_list->header()->setSortIndicator(column, m_sortOrder);
+    m_list->sortItems(column, m_sortOrder);
+}
+
+int ItemListPage::rowOf(const QTreeWidgetItem *item) const
+{
+    return item ? item->data(0, kRowRole).toInt() : -1;
+}
+
+QTreeWidgetItem *ItemListPage::itemOfRow(int row) const
+{
+    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
+        if (rowOf(m_list->topLevelItem(i)) == row)
+            return m_list->topLevelItem(i);
+    }
+    return nullptr;
+}
+
 QList<int> ItemListPage::selectedRows() const
 {
     QList<int> rows;
     for (QTreeWidgetItem *item : m_list->selectedItems())
-        rows.append(m_list->indexOfTopLevelItem(item));
+        rows.append(rowOf(item));
     std::sort(rows.begin(), rows.end());
     return rows;
 }
 
 int ItemListPage::currentRow() const
 {
-    QTreeWidgetItem *item = m_list->currentItem();
-    return item ? m_list->indexOfTopLevelItem(item) : -1;
+    return rowOf(m_list->currentItem());
 }
 
 QString ItemListPage::selectedFile() const
@@ -224,32 +337,15 @@ QString ItemListPage::selectedFile() const
     return item ? item->text(0) : QString();
 }
 
-void ItemListPage::dragSelectedFiles()
-{
-    if (!m_dragFolder)
-        return;
-    const QString folder = m_dragFolder();
-    QList<QUrl> urls;
-    for (int row : selectedRows())
-        urls.append(QUrl::fromLocalFile(folder + u'/' + m_list->topLevelItem(row)->text(0)));
-    if (urls.isEmpty())
-        return;
-    auto *data = new QMimeData;
-    data->setUrls(urls);
-    auto *drag = new QDrag(m_list);
-    drag->setMimeData(data);
-    drag->exec(Qt::CopyAction);
-}
-
 void ItemListPage::selectRows(const QList<int> &rows)
 {
-    QTreeWidgetItem *first = rows.isEmpty() ? nullptr : m_list->topLevelItem(rows.first());
+    QTreeWidgetItem *first = rows.isEmpty() ? nullptr : itemOfRow(rows.first());
     if (!first)
         return;
     m_list->clearSelection();
     m_list->setCurrentItem(first);
     for (int row : rows) {
-        if (QTreeWidgetItem *item = m_list->topLevelItem(row))
+        if (QTreeWidgetItem *item = itemOfRow(row))
             item->setSelected(true);
     }
     m_list->scrollToItem(first);
@@ -257,7 +353,7 @@ void ItemListPage::selectRows(const QList<int> &rows)
 
 void ItemListPage::selectRow(int row)
 {
-    QTreeWidgetItem *item = m_list->topLevelItem(row);
+    QTreeWidgetItem *item = itemOfRow(row);
     if (!item)
         return;
     m_list->clearSelection();
@@ -280,8 +376,10 @@ void ItemListPage::editCurrentLabel()
 
 void ItemListPage::itemChanged(QTreeWidgetItem *item, int column)
 {
-    const int row = m_list->indexOfTopLevelItem(item);
+    const int row = rowOf(item);
     if (m_filling || row < 0 || row >= m_shownRows.size())
+        return;
+    if (m_columnCells.contains(column))
         return;
     if (column != 0) { // only the file name is a label; other cells show the document
         const QSignalBlocker blocker(m_list);
@@ -307,7 +405,7 @@ void ItemListPage::setSidePanel(QWidget *panel)
 
 void ItemListPage::setIcon(int row, const QIcon &icon, const QString &toolTip)
 {
-    if (QTreeWidgetItem *item = m_list->topLevelItem(row)) {
+    if (QTreeWidgetItem *item = itemOfRow(row)) {
         const QSignalBlocker blocker(m_list); // no edit of the label
         item->setIcon(0, icon);
         item->setToolTip(0, toolTip);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QPoint>
 #include <QStringList>
@@ -33,8 +34,17 @@ public:
     // Shows `rows` (the last cell of a row is its size, aligned right); rows equal
     // to the ones shown leave the list alone. The scroll position, the selection
     // and the current row stay where they were (clamped to the new rows); a list
-    // that was empty gets its first row selected.
+    // that was empty gets its first row selected. Rows are given
+    // in the document's order; a click on a column header sorts the list by
+    // that column (again: the other way), and rows keep their document number.
     void showRows(const QList<QStringList> &rows);
+    // Adds a column after the others; returns its number.
+    int addColumn(const QString &title, int width);
+    // The cells of a column the document's rows do not hold (the packed size),
+    // in the document's order, aligned right; kept across showRows.
+    void setColumnCells(int column, const QStringList &cells);
+    // A warning mark on each row with a text (its tooltip); "" for none.
+    void setRowWarnings(const QStringList &warnings);
     // Rewrites the list at the next showRows, e.g. after a refused label edit.
     void forgetShownRows()
     {
@@ -85,6 +95,11 @@ protected:
 private:
     void itemChanged(QTreeWidgetItem *item, int column);
     void fillRows(const QList<QStringList> &rows);
+    void dragSelectedFiles();
+    void applyExtras();
+    void sortByColumn(int column);
+    int rowOf(const QTreeWidgetItem *item) const;
+    QTreeWidgetItem *itemOfRow(int row) const;
 
     QTreeWidget *m_list = nullptr;
     QLabel *m_picture = nullptr;
@@ -96,8 +111,12 @@ private:
     bool m_filling = false;
     bool m_editable = false;
     bool m_clickMayRename = false; // the press landed on the only selected row
-    QTimer m_renameTimer;
+    QTimer m_renameTimer;          // a click's rename waits for a double-click that cancels it
     std::function<QString()> m_dragFolder;
-    QPoint m_pressPos;        // where a press on a selected row began, for a drag out; null when none
-    void dragSelectedFiles(); // a click's rename waits for a double-click that cancels it
+    QPoint m_pressPos; // where a press on a selected row began, for a drag out; null when none
+    QHash<int, QStringList> m_columnCells;
+    QStringList m_warnings;
+    bool m_showsWarnings = false; // a list with pictures of its own keeps their icons
+    int m_sortColumn = -1;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
 };

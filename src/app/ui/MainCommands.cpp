@@ -40,6 +40,10 @@ const Command kCommands[] = {
     {u"btnManager", u"Cache Manager...", u"mnuManager", u"Cubrix &Cache Manager"},
     {nullptr, nullptr, u"mnuOptions", u"O&ptions..."},
     {nullptr, nullptr, u"mnuRemapSymbols", u"&Remap Symbols..."},
+    {nullptr, nullptr, u"mnuBlocksetSize", u"Blockset &Size..."},
+    {nullptr, nullptr, u"mnuShrinkBlockset", u"&Shrink Blockset..."},
+    {nullptr, nullptr, u"mnuFitBlockset", u"&Fit Blockset for the Web..."},
+    {nullptr, nullptr, u"mnuCheckBlockset", u"&Check Blockset"},
     {nullptr, nullptr, u"mnuAbout", u"&About Cubrix..."},
     {nullptr, nullptr, u"mnuExit", u"&Exit"},
 };
@@ -58,7 +62,10 @@ const Menu kMenus[] = {
      u"&Edit",
      {u"mnuUndo", u"mnuRedo", u"mnuSep3", u"mnuAddItem", u"mnuRemoveItem", u"mnuReplaceItem", u"mnuEditItem",
       u"mnuPreviewItem", u"mnuSep4", u"mnuExportItem"}},
-    {u"mnuTools", u"T&ools", {u"mnuRemapSymbols", u"mnuAddBSP"}},
+    {u"mnuView", u"V&iew", {u"mnuBlocksetSize"}},
+    {u"mnuTools",
+     u"T&ools",
+     {u"mnuRemapSymbols", u"mnuAddBSP", u"mnuSep5", u"mnuShrinkBlockset", u"mnuFitBlockset", u"mnuCheckBlockset"}},
     {u"mnuWindow", u"&Window", {u"mnuManager"}},
     {u"mnuHelp", u"&?", {u"mnuAbout"}},
 };

@@ -13,6 +13,7 @@
 #include "app/ui/SettingsTab.h"
 #include "app/ui/SymbolCommands.h"
 #include "app/ui/VersionTab.h"
+#include "app/ui/WebCommands.h"
 #include "app/ui/frmAbout.h"
 #include "app/ui/frmNew.h"
 #include "common/HiveRegistry.h"
@@ -254,6 +255,7 @@ void frmMain::load()
     auto *blockPictures = new BlockPictures(*m_document, *m_blockPage, this);
     connect(m_itemCommands, &ItemCommands::blockPreviewRequested, blockPictures, &BlockPictures::openPreview);
     m_symbolCommands = new SymbolCommands(*m_document, *m_presenter, *m_settingsTab, this);
+    m_webCommands = new WebCommands(*m_document, *m_presenter, m_actions, this);
     // The settings key, with defaults where values are missing (in memory, when
     // the store cannot be used).
     QStringList problems;

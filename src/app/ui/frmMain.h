@@ -23,6 +23,7 @@ class SettingsTab;
 class SymbolCommands;
 class SymbolPrompt;
 class VersionTab;
+class WebCommands;
 class WorkingFolder;
 
 // The editor window. It owns the settings store, the working folder and the one
@@ -125,4 +126,5 @@ private:
     DocumentPresenter *m_presenter = nullptr;
     ItemCommands *m_itemCommands = nullptr;
     SymbolCommands *m_symbolCommands = nullptr;
+    WebCommands *m_webCommands = nullptr;
 };

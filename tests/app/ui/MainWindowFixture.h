@@ -8,11 +8,12 @@
 // MainWindowTest ends with #include "moc_MainWindowFixture.cpp".
 
 #include "app/BlocksetDocument.h"
-#include "storage/WorkingFolder.h"
 #include "app/ui/frmMain.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser_Style.h"
+#include "storage/WorkingFolder.h"
 #include "support/BlocksetFiles.h"
+#include "support/DataRows.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolScheme.h"
 
@@ -162,8 +163,7 @@ public:
     }
 
     // Shows the tab that holds the control at `path` and types `keys` into it as
-    // the user would: "\b" is Backspace, "\n" Return, and a character outside
-    // Latin-1 ("€") comes as a key press carrying just that text.
+    // the user would: "\b" is Backspace, "\n" Return.
     QWidget *typeInto(const QString &path, const QString &keys)
     {
         QWidget *field = control(path);
@@ -176,8 +176,6 @@ public:
         for (const QChar key : keys) {
             if (key == '\b' || key == '\n')
                 QTest::keyClick(field, key == '\b' ? Qt::Key_Backspace : Qt::Key_Return);
-            else if (key.unicode() > 0xff)
-                QTest::sendKeyEvent(QTest::Click, field, Qt::Key_unknown, QString(key), Qt::NoModifier);
             else
                 QTest::keyClicks(field, QString(key));
         }
@@ -193,12 +191,6 @@ public:
     {
         const ScriptedPrompts::Message m = prompts.messages.value(index, {"<no such message>", {}, {}, {}});
         return message(m.text, m.title, m.buttons, m.icon);
-    }
-
-    // The text of one file inside an archive.
-    static QString fileIn(const QString &archivePath, const QString &name)
-    {
-        return QString::fromLatin1(readBset(archivePath).value(name, "<not in " + archivePath.toLatin1() + ">"));
     }
 
     QTemporaryDir dir;

@@ -18,11 +18,10 @@ private slots:
     void tabsFitTheWindow_data()
     {
         QTest::addColumn<int>("tab"); // the row name is the screenshot's
-        QTest::newRow("castle_blocks") << 0;
-        QTest::newRow("castle_textures") << 1;
-        QTest::newRow("castle_sounds") << 2;
-        QTest::newRow("castle_settings") << 3;
-        QTest::newRow("castle_version") << 4;
+        int tab = 0;
+        for (const char *name :
+             {"castle_blocks", "castle_textures", "castle_sounds", "castle_settings", "castle_version"})
+            addRow(name, tab++);
     }
 
     void tabsFitTheWindow()

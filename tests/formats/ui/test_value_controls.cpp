@@ -5,6 +5,7 @@
 #include "formats/ui/usrColor.h"
 #include "formats/ui/usrPercentage.h"
 #include "formats/ui/usrPosition.h"
+#include "support/DataRows.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -49,49 +50,17 @@ private slots:
     // its sample value: the box's text, the Change count and the control's value.
     void typingIntoBox_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("changes");
-        QTest::addColumn<QString>("value");
-        QTest::newRow("colour 256 becomes 255") << "color"
-                                                << "txtR"
-                                                << "256"
-                                                << "255" << 3 << "(255,2,3)";
+        addColumns<QString, QString, QString, QString, int, QString>("kind", "box", "keys", "text", "changes", "value");
+        addRow("colour 256 becomes 255", "color", "txtR", "256", "255", 3, "(255,2,3)");
         // The fourth digit is taken back at once; the box is still reported as changed.
-        QTest::newRow("colour fourth digit undone") << "color"
-                                                    << "txtB"
-                                                    << "1234"
-                                                    << "123" << 4 << "(1,2,123)";
-        QTest::newRow("colour letters and minus refused") << "color"
-                                                          << "txtG"
-                                                          << "1a-2"
-                                                          << "12" << 2 << "(1,12,3)";
-        QTest::newRow("colour box emptied") << "color"
-                                            << "txtG"
-                                            << "\b"
-                                            << "" << 1 << "";
-        QTest::newRow("turn 361 becomes 360") << "position"
-                                              << "txtTurn"
-                                              << "361"
-                                              << "360" << 3 << "(360,-5)";
-        QTest::newRow("tilt -95 becomes -90") << "position"
-                                              << "txtTilt"
-                                              << "-95"
-                                              << "-90" << 3 << "(4,-90)";
-        QTest::newRow("tilt fourth character undone") << "position"
-                                                      << "txtTilt"
-                                                      << "-900"
-                                                      << "-90" << 4 << "(4,-90)";
-        QTest::newRow("tilt minus alone") << "position"
-                                          << "txtTilt"
-                                          << "-"
-                                          << "-" << 1 << "";
-        QTest::newRow("tilt second minus refused") << "position"
-                                                   << "txtTilt"
-                                                   << "--5"
-                                                   << "-5" << 2 << "(4,-5)";
+        addRow("colour fourth digit undone", "color", "txtB", "1234", "123", 4, "(1,2,123)");
+        addRow("colour letters and minus refused", "color", "txtG", "1a-2", "12", 2, "(1,12,3)");
+        addRow("colour box emptied", "color", "txtG", "\b", "", 1, "");
+        addRow("turn 361 becomes 360", "position", "txtTurn", "361", "360", 3, "(360,-5)");
+        addRow("tilt -95 becomes -90", "position", "txtTilt", "-95", "-90", 3, "(4,-90)");
+        addRow("tilt fourth character undone", "position", "txtTilt", "-900", "-90", 4, "(4,-90)");
+        addRow("tilt minus alone", "position", "txtTilt", "-", "-", 1, "");
+        addRow("tilt second minus refused", "position", "txtTilt", "--5", "-5", 2, "(4,-5)");
     }
 
     void typingIntoBox()
@@ -147,23 +116,12 @@ private slots:
 
     void upDownButtonsStepWithinBounds_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("box"); // its up-down is named "ud" + the rest of the name
-        QTest::addColumn<QString>("start");
-        QTest::addColumn<bool>("up");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("red up from empty") << "color"
-                                           << "txtR"
-                                           << "" << true << "1";
-        QTest::newRow("blue up at top") << "color"
-                                        << "txtB"
-                                        << "255" << true << "255";
-        QTest::newRow("tilt down from empty") << "position"
-                                              << "txtTilt"
-                                              << "" << false << "-1";
-        QTest::newRow("tilt up from minus") << "position"
-                                            << "txtTilt"
-                                            << "-" << true << "1";
+        // box: its up-down is named "ud" + the rest of the name.
+        addColumns<QString, QString, QString, bool, QString>("kind", "box", "start", "up", "text");
+        addRow("red up from empty", "color", "txtR", "", true, "1");
+        addRow("blue up at top", "color", "txtB", "255", true, "255");
+        addRow("tilt down from empty", "position", "txtTilt", "", false, "-1");
+        addRow("tilt up from minus", "position", "txtTilt", "-", true, "1");
     }
 
     void upDownButtonsStepWithinBounds()
@@ -184,32 +142,6 @@ private slots:
         QCOMPARE(edit->text(), text);
         QCOMPARE(changes->count(), text == start ? 0 : 1);
         QCOMPARE(arrows->value(), text.toInt());
-    }
-
-    void clearEmptiesEveryBox()
-    {
-        for (const char *kind : {"color", "percentage", "position"}) {
-            AnyControl control(kind);
-            control.setText(control.sample);
-            QCOMPARE(control.text(), control.sample);
-            const auto changes = control.changes();
-            QVERIFY(QMetaObject::invokeMethod(control.widget.get(), "clear"));
-            for (QLineEdit *edit : control.widget->findChildren<QLineEdit *>())
-                QCOMPARE(edit->text(), "");
-            QVERIFY(changes->count() > 0);
-        }
-    }
-
-    void boxesAreSizedForThreeDigits()
-    {
-        // Wide enough to show "-90" and "255" whole, yet much narrower than a text field.
-        usrPosition position;
-        position.show();
-        QLineEdit plain;
-        for (auto *edit : position.findChildren<QLineEdit *>()) {
-            QVERIFY(edit->width() > edit->fontMetrics().horizontalAdvance("-90"));
-            QVERIFY(edit->width() < plain.sizeHint().width() / 2);
-        }
     }
 };
 

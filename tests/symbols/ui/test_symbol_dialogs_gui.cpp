@@ -1,10 +1,13 @@
+#include "support/DataRows.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolDialogs.h"
 #include "symbols/ui/SymbolDialog.h"
+#include "symbols/ui/frmRemapSymbols.h"
 
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
@@ -12,6 +15,8 @@ using namespace Qt::StringLiterals;
 // frmAddBlock and frmEditSymbols as windows: which controls each symbol mode
 // shows and lets the user change, the double following the single one, and an
 // OK that a refused double symbol keeps open with the focus in the field.
+// frmRemapSymbols: the tab showing at OK decides the method, each tab its prefix
+// list; a method that says No keeps the dialog open.
 class TestSymbolDialogsGui : public QObject {
     Q_OBJECT
 
@@ -44,9 +49,8 @@ class TestSymbolDialogsGui : public QObject {
 private slots:
     void modes_data()
     {
-        QTest::addColumn<bool>("strict");
-        QTest::addColumn<bool>("sync");
-        QTest::addColumn<QString>("doubleSymbol"); // after choosing E as single symbol
+        // doubleSymbol: after choosing E as single symbol.
+        addColumns<bool, bool, QString>("strict", "sync", "doubleSymbol");
         QTest::newRow("free text") << false << false << u"!a"_s;
         QTest::newRow("strict prefix") << true << false << u".C"_s;
         QTest::newRow("strict prefix and sync double") << true << true << u".E"_s;
@@ -111,6 +115,44 @@ private slots:
         QVERIFY(answer.accepted);
         QCOMPARE(answer.doubleSymbol, u".Q"_s);
         QCOMPARE(answer.single, u"B"_s);
+    }
+
+    void tabDecidesMethod()
+    {
+        frmRemapSymbols dialog;
+        auto *tabs = dialog.findChild<QTabWidget *>(u"tabMethod"_s);
+        auto *remapAll = dialog.findChild<QComboBox *>(u"lstStrictPrefixRemapAll"_s);
+        auto *syncDouble = dialog.findChild<QComboBox *>(u"lstStrictPrefixSyncDouble"_s);
+        auto *ok = dialog.findChild<QPushButton *>(u"btnOK"_s);
+        QVERIFY(tabs && remapAll && syncDouble && ok);
+        QCOMPARE(remapAll->count(), 90);
+        QCOMPARE(syncDouble->currentText(), u"."_s);
+
+        QTimer::singleShot(20000, &dialog, &QDialog::reject); // never hang on a failure
+        QList<RemapChoice> choices;
+        QTimer::singleShot(0, &dialog, [&] {
+            remapAll->setCurrentIndex(4);
+            syncDouble->setCurrentIndex(7);
+            tabs->setCurrentIndex(1);
+            if (const QString dir = qEnvironmentVariable("CUBRIX_SCREENSHOTS"); !dir.isEmpty()) {
+                QDir().mkpath(dir);
+                dialog.grab().save(dir + u"/frmRemapSymbols.png"_s);
+            }
+            ok->click(); // answered No: stays open
+            QVERIFY(dialog.isVisible());
+            tabs->setCurrentIndex(0);
+            ok->click();
+        });
+        const bool ran = dialog.run([&choices](const RemapChoice &choice) {
+            choices.append(choice);
+            return choices.size() > 1;
+        });
+        QVERIFY(ran);
+        QCOMPARE(choices.size(), 2);
+        QCOMPARE(choices[0].method, RemapChoice::SyncDouble);
+        QCOMPARE(choices[0].prefixIndex, 7);
+        QCOMPARE(choices[1].method, RemapChoice::RemapAll);
+        QCOMPARE(choices[1].prefixIndex, 4);
     }
 };
 

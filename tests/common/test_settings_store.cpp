@@ -1,7 +1,12 @@
-// HiveRegistry: the settings store on platforms without a Windows registry, and
-// the reader of a Wine prefix's system.reg. Leaves out: Wine itself reading our
-// files (no Wine here); the format follows what Wine writes.
+// The settings store. HiveRegistry: the store on platforms without a Windows
+// registry, and the reader of a Wine prefix's system.reg. RegistryWrapper: the
+// eleven settings on top of a hive file (and of a registry that fails on
+// purpose). Leaves out: Wine itself reading our files (no Wine here; the format
+// follows what Wine writes) and the Windows registry backend, which only builds
+// on Windows.
 #include "common/HiveRegistry.h"
+#include "common/RegistryWrapper.h"
+#include "support/DataRows.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
@@ -41,9 +46,34 @@ const QByteArray kWineHive = R"REG(WINE REGISTRY Version 2
 "showWarnings"=dword:ffffffff
 )REG";
 
+// Records every call; key creation and the n-th write (1-based) can be made to fail.
+class FailingRegistry : public Registry {
+public:
+    bool createWorks = true;
+    int failWrite = 0;
+    QStringList calls;
+
+    bool regKeyExists(RegRoot, const QString &path) override
+    {
+        calls << "exists " + path;
+        return false;
+    }
+    bool regQueryValue(RegRoot, const QString &, const QString &, RegValue &) override { return false; }
+    bool regCreateKey(RegRoot, const QString &path, const QString &keyClass) override
+    {
+        calls << "create " + path + " " + keyClass;
+        return createWorks;
+    }
+    bool regSetValue(RegRoot, const QString &, const QString &name, const RegValue &) override
+    {
+        calls << name;
+        return calls.size() - 2 != failWrite;
+    }
+};
+
 } // namespace
 
-class TestHiveRegistry : public QObject {
+class TestSettingsStore : public QObject {
     Q_OBJECT
 
 private:
@@ -55,34 +85,21 @@ private slots:
 
     void values_data()
     {
-        QTest::addColumn<QByteArray>("line"); // as found in a file; "" = written by us, then read back
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<uint>("type");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<quint32>("dword");
+        // The line as found in a file; "" = written by us, then read back.
+        addColumns<QByteArray, QString, uint, QString, quint32>("line", "name", "type", "text", "dword");
         const QByteArray ours;
-        QTest::newRow("empty text") << ours << "pathBlocks" << 1u << "" << 0u;
-        QTest::newRow("escapes") << ours << "a\"b\\c" << 1u << QString("C:\\W\\say \"hi\"\r\n\t") + QChar(1) + "7"
-                                 << 0u;
+        addRow("empty text", ours, "pathBlocks", 1u, "", 0u);
+        addRow("escapes", ours, "a\"b\\c", 1u, QString("C:\\W\\say \"hi\"\r\n\t") + QChar(1) + "7", 0u);
         // An escape followed by a hex digit, and a character outside the BMP.
-        QTest::newRow("above 127") << ours << "accent" << 1u
-                                   << QString::fromUtf8("Caf\xc3\xa9"
-                                                        "abc \xe2\x82\xac \xf0\x9f\x99\x82")
-                                   << 0u;
-        QTest::newRow("on (-1)") << ours << "flag" << 4u << "" << 0xFFFFFFFFu;
-        QTest::newRow("Wine: escaped \\ and \"")
-            << QByteArray(R"("v"="C:\\a\"b\\")") << "v" << 1u << "C:\\a\"b\\" << 0u;
-        QTest::newRow("Wine: hex escapes") << QByteArray(R"("v"="caf\xe9\x00e9a")") << "v" << 1u
-                                           << QString::fromUtf8("caf\xc3\xa9\xc3\xa9"
-                                                                "a")
-                                           << 0u;
-        QTest::newRow("Wine: C and octal escapes")
-            << QByteArray(R"("v"="a\tb\nc\rd\101\0")") << "v" << 1u << QString("a\tb\nc\rdA") + QChar(0) << 0u;
-        QTest::newRow("Wine: REG_SZ as hex")
-            << QByteArray(R"("v"=hex(1):68,00,69,00,00,00)") << "v" << 1u << "hi" << 0u;
-        QTest::newRow("Wine: REG_DWORD as hex") << QByteArray(R"("v"=hex(4):01,02,00,00)") << "v" << 4u << "" << 0x201u;
-        QTest::newRow("edited: cp1252 text")
-            << QByteArray("\"v\"=\"caf\xe9 \x80\"") << "v" << 1u << QString::fromUtf8("caf\xc3\xa9 \xe2\x82\xac") << 0u;
+        addRow("above 127", ours, "accent", 1u, "Caf\u00e9abc \u20ac \U0001F642", 0u);
+        addRow("on (-1)", ours, "flag", 4u, "", 0xFFFFFFFFu);
+        addRow("Wine: escaped \\ and \"", QByteArray(R"("v"="C:\\a\"b\\")"), "v", 1u, "C:\\a\"b\\", 0u);
+        addRow("Wine: hex escapes", QByteArray(R"("v"="caf\xe9\x00e9a")"), "v", 1u, "caf\u00e9\u00e9a", 0u);
+        addRow("Wine: C and octal escapes", QByteArray(R"("v"="a\tb\nc\rd\101\0")"), "v", 1u,
+               QString("a\tb\nc\rdA") + QChar(0), 0u);
+        addRow("Wine: REG_SZ as hex", QByteArray(R"("v"=hex(1):68,00,69,00,00,00)"), "v", 1u, "hi", 0u);
+        addRow("Wine: REG_DWORD as hex", QByteArray(R"("v"=hex(4):01,02,00,00)"), "v", 4u, "", 0x201u);
+        addRow("edited: cp1252 text", QByteArray("\"v\"=\"caf\xe9 \x80\""), "v", 1u, "caf\xc3\xa9 \xe2\x82\xac", 0u);
     }
     void values()
     {
@@ -114,8 +131,8 @@ private slots:
     void keys_data()
     {
         QTest::addColumn<QString>("relative");
-        QTest::newRow("missing file and folder") << "deep/er/registry.reg";
-        QTest::newRow("empty file") << "registry.reg";
+        addRow("missing file and folder", "deep/er/registry.reg");
+        addRow("empty file", "registry.reg");
     }
     void keys()
     {
@@ -133,8 +150,8 @@ private slots:
         // The parents exist as Wine creates them; creating one again is no new key.
         QVERIFY(!reg.regCreateKey(HKLM, "SOFTWARE\\Quillmoor", QString()));
         QVERIFY(!reg.regKeyExists(HKLM, "SOFTWARE\\Quillmoor\\Cubri"));
-        for (const QString &malformed : {"SOFTWARE\\\\Other", "\\Other", ""})
-            QVERIFY2(!reg.regCreateKey(HKLM, malformed, QString()), qPrintable(malformed));
+        for (const char *malformed : {"SOFTWARE\\\\Other", "\\Other", ""})
+            QVERIFY2(!reg.regCreateKey(HKLM, malformed, QString()), malformed);
         RegValue value;
         QVERIFY(!reg.regQueryValue(HKLM, kKey, "showWarnings", value));
         QVERIFY(reg.regSetValue(HKLM, kKey, "showWarnings", RegValue::fromDword(0)));
@@ -205,23 +222,18 @@ private slots:
     // once the file is repaired it is read again.
     void unusableFile_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("lock"); // "read-only" registry, "in place" (a folder there), or what loses rights
-        QTest::addColumn<int>("rights");
-        QTest::addColumn<bool>("readable");
+        // lock: "read-only" registry, "in place" (a folder there), or what loses rights.
+        addColumns<QByteArray, QString, int, bool>("bytes", "lock", "rights", "readable");
         const int all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
         const QByteArray head = "WINE REGISTRY Version 2\n[A] 1\n";
-        QTest::newRow("other version") << QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n") << "" << all
-                                       << false;
-        QTest::newRow("unclosed key") << QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n") << "" << all << false;
-        QTest::newRow("unclosed string") << head + "\"v\"=\"x\n"
-                                         << "" << all << false;
-        QTest::newRow("opened read-only (Wine's system.reg)") << kWineHive << "read-only" << all << true;
-        QTest::newRow("a folder in the hive's place") << QByteArray() << "in place" << all << false;
-        QTest::newRow("folder without write rights")
-            << kWineHive << "folder" << int(QFile::ReadOwner | QFile::ExeOwner) << true;
-        QTest::newRow("file without rights") << kWineHive << "file" << 0 << false;
-        QTest::newRow("folder without rights") << kWineHive << "folder" << 0 << false;
+        addRow("other version", QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n"), "", all, false);
+        addRow("unclosed key", QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n"), "", all, false);
+        addRow("unclosed string", head + "\"v\"=\"x\n", "", all, false);
+        addRow("opened read-only (Wine's system.reg)", kWineHive, "read-only", all, true);
+        addRow("a folder in the hive's place", QByteArray(), "in place", all, false);
+        addRow("folder without write rights", kWineHive, "folder", int(QFile::ReadOwner | QFile::ExeOwner), true);
+        addRow("file without rights", kWineHive, "file", 0, false);
+        addRow("folder without rights", kWineHive, "folder", 0, false);
     }
     void unusableFile()
     {
@@ -270,7 +282,82 @@ private slots:
         QCOMPARE(QFile::permissions(hivePath()),
                  QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
     }
+
+    // The first start creates the key and writes the eleven settings, stopping at
+    // the first write that fails.
+    void defaultsStopAtFirstFailure_data()
+    {
+        addColumns<bool, int, bool, int>("createWorks", "failWrite", "loaded", "writes"); // failWrite 0 = none
+        addRow("all written", true, 0, true, 11);
+        addRow("key cannot be created", false, 0, false, 0);
+        addRow("first option fails", true, 1, false, 1);
+    }
+    void defaultsStopAtFirstFailure()
+    {
+        QFETCH(bool, createWorks);
+        QFETCH(int, failWrite);
+        QFETCH(int, writes);
+        FailingRegistry reg;
+        reg.createWorks = createWorks;
+        reg.failWrite = failWrite;
+        QTEST(RegistryWrapper(reg).loadSettings(), "loaded");
+        QCOMPARE(reg.calls.mid(0, 2), QStringList({"exists " + kKey, "create " + kKey + " Application Data"}));
+        QCOMPARE(reg.calls.size(), 2 + writes);
+    }
+
+    // Values found in an existing key; the first start's defaults are not written
+    // into it, so a deleted showWarnings reads as off and stays missing.
+    void storedValuesRead_data()
+    {
+        addColumns<QByteArray, QString, bool>("stored", "asText", "asFlag"); // stored "" = missing
+        addRow("missing", QByteArray(), "", false);
+        addRow("on as -1", QByteArray("dword:ffffffff"), "", true);
+        addRow("off", QByteArray("dword:00000000"), "", false);
+        addRow("text", QByteArray("\"C:\\\\Worlds\""), "C:\\Worlds", false);
+        addRow("binary", QByteArray("hex:01,02,03"), "", false);
+    }
+    void storedValuesRead()
+    {
+        QFETCH(QByteArray, stored);
+        const QByteArray hive = "WINE REGISTRY Version 2\n\n[SOFTWARE\\\\Quillmoor\\\\Cubrix] 1\n"
+                                + (stored.isEmpty() ? QByteArray() : "\"showWarnings\"=" + stored + "\n");
+        writeBytes(hivePath(), hive);
+        HiveRegistry reg(hivePath());
+        RegistryWrapper settings(reg);
+        QVERIFY(settings.loadSettings());
+        QCOMPARE(readBytes(hivePath()), hive);
+        QTEST(settings.getStringSetting("showWarnings"), "asText");
+        QTEST(settings.getBoolSetting("showWarnings"), "asFlag");
+    }
+
+    void settingsFileLocation_data()
+    {
+        // Paths relative to a temporary folder; "" = unset.
+        addColumns<QString, QString, QString>("registry", "xdg", "expected");
+        addRow("CUBRIX_REGISTRY wins", "own/hive.reg", "xdg", "own/hive.reg");
+        addRow("XDG_CONFIG_HOME", "", "xdg", "xdg/cubrix/registry.reg");
+        addRow("home", "", "", "home/.config/cubrix/registry.reg");
+    }
+    void settingsFileLocation()
+    {
+        QFETCH(QString, registry);
+        QFETCH(QString, xdg);
+        QFETCH(QString, expected);
+        QTemporaryDir dir;
+        const char *names[] = {"CUBRIX_REGISTRY", "XDG_CONFIG_HOME", "HOME"};
+        const QString values[] = {registry, xdg, "home"};
+        QByteArray old[3];
+        for (int i = 0; i < 3; ++i) {
+            old[i] = qgetenv(names[i]);
+            values[i].isEmpty() ? qunsetenv(names[i]) : qputenv(names[i], dir.filePath(values[i]).toLocal8Bit());
+        }
+        const bool loaded = RegistryWrapper(*createSettingsRegistry()).loadSettings();
+        for (int i = 0; i < 3; ++i)
+            old[i].isNull() ? qunsetenv(names[i]) : qputenv(names[i], old[i]);
+        QVERIFY(loaded);
+        QVERIFY(QFile::exists(dir.filePath(expected)));
+    }
 };
 
-QTEST_GUILESS_MAIN(TestHiveRegistry)
-#include "test_hive_registry.moc"
+QTEST_GUILESS_MAIN(TestSettingsStore)
+#include "test_settings_store.moc"

@@ -1,11 +1,15 @@
-#include "storage/Cp1252.h"
 #include "formats/Parser.h"
 #include "formats/Parser_Block.h"
+#include "formats/Parser_Version.h"
+#include "storage/Cp1252.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
-// The three facts the block list shows from a block file: name, type, BSP state.
-class TestParserBlock : public QObject {
+// Block files: the three facts the block list shows (name, type, BSP state).
+// The update file beside the archive: written with the comment's own line
+// breaks, read back as it was written.
+class TestParserBlockUpdate : public QObject {
     Q_OBJECT
 
 private:
@@ -19,12 +23,9 @@ private:
     }
 
 private slots:
-    void read_data()
+    void blockFacts_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("type");
-        QTest::addColumn<QString>("bsp");
+        addColumns<QByteArray, QString, QString, QString>("file", "name", "type", "bsp");
         const auto add = [](const char *row, const char *file, const char *name, const char *type, const char *bsp) {
             QTest::newRow(row) << QByteArray(file).replace('\'', '"') << fromCp1252(name) << QString(type)
                                << QString(bsp);
@@ -57,7 +58,7 @@ private slots:
             "<block name='A'><vertices><block name='B' type='sprite'>", "A", "structural", "no");
     }
 
-    void read()
+    void blockFacts()
     {
         QFETCH(QByteArray, file);
         BlockRow before;
@@ -94,7 +95,53 @@ private slots:
         row = read("<block name=\"N\">", before);
         QCOMPARE(row.type + u'|' + row.bsp, QString("structural|yes"));
     }
+
+    void updateWritten_data()
+    {
+        addColumns<QString, QString, int, QByteArray>("version", "comment", "size", "expected");
+        addRow("documented file", "1.2", "Added two gates and a tower.", 48213,
+               QByteArray("<version id=\"1.2\" size=\"48213\">\r\nAdded two gates and a tower.\r\n</version>\r\n"));
+        addRow("comment kept as it stands", "1.2", "Fixed a = b", 48213,
+               QByteArray("<version id=\"1.2\" size=\"48213\">\r\nFixed a = b\r\n</version>\r\n"));
+        addRow("several lines with LF", "2", "one\ntwo\n\nfour", 7,
+               QByteArray("<version id=\"2\" size=\"7\">\r\none\r\ntwo\r\n\r\nfour\r\n</version>\r\n"));
+        addRow("several lines with CR LF", "2", "one\r\ntwo", 7,
+               QByteArray("<version id=\"2\" size=\"7\">\r\none\r\ntwo\r\n</version>\r\n"));
+        addRow("no escaping, Windows-1252", "\"x\"", "Gr\u00f6\u00df \u20ac", 2147483647,
+               QByteArray("<version id=\"\"x\"\" size=\"2147483647\">\r\nGr\xf6\xdf \x80\r\n</version>\r\n"));
+    }
+
+    void updateWritten()
+    {
+        QFETCH(QString, version);
+        QFETCH(QString, comment);
+        QFETCH(int, size);
+        QTEST(writeUpdate(version, comment, size), "expected");
+    }
+
+    // Files as written above, and by hand.
+    void updateRead_data()
+    {
+        addColumns<QByteArray, QString>("file", "comment");
+        const auto written = [](const char *name, const QString &comment, const QString &readBack) {
+            QTest::newRow(name) << writeUpdate("1.2", comment, 48213) << readBack;
+        };
+        // What the text box held comes back byte for byte through the file.
+        written("one line", "Added two gates.", "Added two gates.");
+        written("blanks, tabs and lines kept", "Fixed a = b\n\tand c\n", "Fixed a = b\n\tand c\n");
+        written("a line that is only a closing tag's start", "a </b> c", "a </b> c");
+        written("empty", "", "");
+        written("Windows-1252", "Gr\u00f6\u00dfer \u20ac \u0081", "Gr\u00f6\u00dfer \u20ac \u0081");
+        addRow("missing end tag keeps the rest", QByteArray("<version>\r\nall of it\r\n"), "all of it");
+        addRow("capitals, LF only", QByteArray("<VERSION ID=\"3\">\nnew\n</VERSION>\n"), "new");
+    }
+
+    void updateRead()
+    {
+        QFETCH(QByteArray, file);
+        QTEST(readUpdate(file), "comment");
+    }
 };
 
-QTEST_APPLESS_MAIN(TestParserBlock)
-#include "test_parser_block.moc"
+QTEST_APPLESS_MAIN(TestParserBlockUpdate)
+#include "test_parser_block_update.moc"

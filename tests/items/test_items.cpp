@@ -2,7 +2,10 @@
 #include "formats/ValueFormats.h"
 #include "items/AddItems.h"
 #include "items/BlockNaming.h"
+#include "items/RemoveItems.h"
+#include "items/RenameItem.h"
 #include "items/ReplaceBlocks.h"
+#include "support/DataRows.h"
 #include "support/FakeHost.h"
 #include "support/TestFiles.h"
 #include "symbols/SymbolScheme.h"
@@ -12,9 +15,10 @@
 using namespace Qt::StringLiterals;
 using Script = ScriptedPrompts::SymbolScript;
 
-// Adding and replacing items on real files: a source folder outside the working
-// folder, scripted dialogs, and the bytes that land in the working folder.
-class TestAddItems : public QObject {
+// Adding, replacing, removing and renaming items on real files: a source folder
+// outside the working folder, scripted dialogs, and the bytes that land in the
+// working folder.
+class TestItems : public QObject {
     Q_OBJECT
 
     static QString source(FakeHost &host, const QString &name, const QByteArray &bytes)
@@ -31,18 +35,16 @@ class TestAddItems : public QObject {
                  "<VERTICES>\r\n</VERTICES>\r\n</BLOCK>\r\n";
     }
 
-    static void rows(FakeHost &host, int count)
+    // Rows and files "<name>" in `kind`'s list; file contents are the names.
+    static void presetItems(FakeHost &host, ItemKind kind, const QStringList &names)
     {
-        for (int i = 0; i < count; ++i)
-            host.blockset.blocks.append(BlockRow{u"b%1.block"_s.arg(i), u"b%1"_s.arg(i)});
-    }
-
-    static QStringList blockFiles(FakeHost &host)
-    {
-        QStringList files;
-        for (const BlockRow &row : std::as_const(host.blockset.blocks))
-            files.append(row.file);
-        return files;
+        for (const QString &name : names) {
+            writeBytes(itemFolder(host, kind) + u'/' + name, name.toUtf8());
+            if (kind == ItemKind::Block)
+                host.blockset.blocks.append(BlockRow{name, name, u"A"_s, u".A"_s});
+            else
+                (kind == ItemKind::Texture ? host.blockset.textures : host.blockset.sounds).append(ItemRow{name});
+        }
     }
 
 private slots:
@@ -71,7 +73,7 @@ private slots:
             captions << setup.caption;
         QCOMPARE(captions, QStringList({u"Add symbols for B.block"_s, u"Add symbols for b.block"_s,
                                         u"Add symbols for x.BLOCK"_s}));
-        QCOMPARE(blockFiles(host), QStringList({u"A.block"_s, u"b.block"_s, u"x.BLOCK"_s}));
+        QCOMPARE(itemFileNames(host, ItemKind::Block), QStringList({u"A.block"_s, u"b.block"_s, u"x.BLOCK"_s}));
         QCOMPARE(QDir(itemFolder(host, ItemKind::Block)).entryList(QDir::Files),
                  QStringList({u"b.block"_s, u"x.BLOCK"_s}));
         // Offered first: the free symbols after A.
@@ -87,7 +89,8 @@ private slots:
     void limitOfBlocks()
     {
         FakeHost host;
-        rows(host, blockLimit() - 1);
+        for (int i = 1; i < blockLimit(); ++i)
+            host.blockset.blocks.append(BlockRow{u"b%1.block"_s.arg(i), u"b%1"_s.arg(i)});
         host.scripted.multiAnswers << QStringList{source(host, u"x.block"_s, blockText(u"x"_s)),
                                                   source(host, u"y.block"_s, blockText(u"y"_s)),
                                                   source(host, u"z.block"_s, blockText(u"z"_s))};
@@ -99,24 +102,15 @@ private slots:
 
     void blockName_data()
     {
-        QTest::addColumn<bool>("syncBlock");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("inner");
-        QTest::addColumn<QStringList>("others");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("told");
-        QTest::newRow("kept") << false << u"w.block"_s << u"wall"_s << QStringList() << u"wall"_s << false;
-        QTest::newRow("blank cleaned") << false << u"w.block"_s << u"my wall"_s << QStringList() << u"my_wall"_s
-                                       << true;
-        QTest::newRow("unique, counter not stacked")
-            << false << u"w.block"_s << u"my wall"_s << QStringList({u"my_wall"_s, u"1_my_wall"_s}) << u"2_my_wall"_s
-            << true;
-        QTest::newRow("accents replaced")
-            << false << u"w.block"_s << u"caf\u00e9-1"_s << QStringList() << u"caf__1"_s << true;
-        QTest::newRow("syncBlock takes the file name")
-            << true << u"stone.block"_s << u"rock"_s << QStringList() << u"stone"_s << false;
-        QTest::newRow("syncBlock, then cleaned")
-            << true << u"big stone.block"_s << u"rock"_s << QStringList() << u"big_stone"_s << true;
+        addColumns<bool, QString, QString, QStringList, QString, bool>("syncBlock", "file", "inner", "others", "name",
+                                                                       "told");
+        addRow("kept", false, "w.block", "wall", QStringList(), "wall", false);
+        addRow("blank cleaned", false, "w.block", "my wall", QStringList(), "my_wall", true);
+        addRow("unique, counter not stacked", false, "w.block", "my wall", QStringList{"my_wall", "1_my_wall"},
+               "2_my_wall", true);
+        addRow("accents replaced", false, "w.block", "caf\u00e9-1", QStringList(), "caf__1", true);
+        addRow("syncBlock takes the file name", true, "stone.block", "rock", QStringList(), "stone", false);
+        addRow("syncBlock, then cleaned", true, "big stone.block", "rock", QStringList(), "big_stone", true);
     }
 
     void blockName()
@@ -158,6 +152,10 @@ private slots:
         QCOMPARE(host.scripted.messageTexts(),
                  QStringList(
                      {u"There is already a texture \"sky.gif\" in the blockset!"_s,
+                      u"Rover cannot use the texture \"photo.JPG\": neither a GIF nor a JPEG image.\nIt is added, but "
+                      "Rover draws the parts that use it untextured."_s,
+                      u"Rover cannot use the texture \"wall.jpg\": neither a GIF nor a JPEG image.\nIt is added, but "
+                      "Rover draws the parts that use it untextured."_s,
                       u"\"a:b.gif\" cannot be used as a file name: Windows does not allow \":\" in a file name!"_s}));
         QCOMPARE(host.blockset.textures.last().sizeText, u" 1,234,567"_s);
         QCOMPARE(host.processTexts.last(), u"2 textures added."_s);
@@ -171,7 +169,7 @@ private slots:
         QCOMPARE(addItems(host, ItemKind::Sound), 0);
         QCOMPARE(host.processTexts.last(), QString());
         QCOMPARE(host.blockset.sounds.size(), 1);
-        QCOMPARE(host.scripted.messages.size(), 3);
+        QCOMPARE(host.scripted.messages.size(), 5);
     }
 
     void failedCopyLeavesNothing()
@@ -218,7 +216,110 @@ private slots:
         QCOMPARE(QDir(blocks).entryList(QDir::Files), QStringList({u"fresh.block"_s, u"kept.block"_s, u"new.block"_s}));
         QCOMPARE(host.processTexts.last(), u"2 blocks updated/replaced."_s);
     }
+
+    void remove_data()
+    {
+        // question: "" = none asked (showWarnings off).
+        addColumns<int, QList<int>, int, QString, bool, QStringList, int>("kind", "selected", "current", "question",
+                                                                          "yes", "remaining", "newCurrent");
+        const QStringList all{"a.wav", "b.wav", "c.wav", "d.wav"};
+        addRow("one block", int(ItemKind::Block), QList<int>{1}, 1, "Are you sure to remove 1 block?", true,
+               QStringList{"a.wav", "c.wav", "d.wav"}, 1);
+        addRow("two textures, current first of them", int(ItemKind::Texture), QList<int>{3, 0}, 0,
+               "Are you sure to remove 2 textures?", true, QStringList{"b.wav", "c.wav"}, 0);
+        addRow("last rows, current moves up", int(ItemKind::Sound), QList<int>{2, 3}, 3,
+               "Are you sure to remove 2 sounds?", true, QStringList{"a.wav", "b.wav"}, 1);
+        addRow("current kept behind removed row", int(ItemKind::Sound), QList<int>{0}, 2, "", true,
+               QStringList{"b.wav", "c.wav", "d.wav"}, 1);
+        addRow("all", int(ItemKind::Sound), QList<int>{0, 1, 2, 3}, 0, "Are you sure to remove 4 sounds?", true,
+               QStringList(), -1);
+        addRow("no", int(ItemKind::Block), QList<int>{0}, 0, "Are you sure to remove 1 block?", false, all, 0);
+    }
+
+    void remove()
+    {
+        QFETCH(int, kind);
+        QFETCH(QList<int>, selected);
+        QFETCH(QString, question);
+        QFETCH(bool, yes);
+        QFETCH(QStringList, remaining);
+        QFETCH(int, newCurrent);
+        FakeHost host;
+        const auto list = ItemKind(kind);
+        presetItems(host, list, {u"a.wav"_s, u"b.wav"_s, u"c.wav"_s, u"d.wav"_s});
+        host.settings().setBoolSetting(u"showWarnings"_s, !question.isEmpty());
+        host.scripted.answers = {yes ? PromptAnswer::Yes : PromptAnswer::No};
+        QFETCH(int, current);
+        ListSelection selection{selected, current};
+
+        QCOMPARE(removeItems(host, list, selection), yes);
+        QCOMPARE(host.scripted.messageTexts(), question.isEmpty() ? QStringList() : QStringList{question});
+        QCOMPARE(itemFileNames(host, list), remaining);
+        QCOMPARE(QDir(itemFolder(host, list)).entryList(QDir::Files, QDir::Name), remaining);
+        QCOMPARE(host.changed, yes);
+        QCOMPARE(selection.current, newCurrent);
+        if (yes)
+            QCOMPARE(selection.selected, newCurrent < 0 ? QList<int>() : QList<int>{newCurrent});
+    }
+
+    void rename_data()
+    {
+        // message: the refusal, or "" when only the question was asked; fileName: the row's and the file's name
+        // afterwards.
+        addColumns<QString, bool, QString, QString>("newName", "yes", "message", "fileName");
+        addRow("renamed", "stone.block", true, "", "stone.block");
+        addRow("case only", "Wall.block", true, "", "Wall.block");
+        addRow("answered no", "stone.block", false, "", "wall.block");
+        addRow("other extension", "wall.txt", true, "You are not allowed to change the file extension!", "wall.block");
+        addRow("empty base name", ".block", true, "The file name must not be empty!", "wall.block");
+        addRow("name of another row", "DOOR.block", true, "There is already a \"door.block\" in the blockset!",
+               "wall.block");
+        addRow("not a file name", "a:b.block", true,
+               "\"a:b.block\" cannot be used as a file name: Windows does not allow \":\" in a file name!",
+               "wall.block");
+        addRow(
+            "leading blank", " wall2.block", true,
+            "\" wall2.block\" cannot be used as a file name: it starts or ends with a blank, which Rover drops, so it "
+            "would never find the file!",
+            "wall.block");
+        addRow("beyond Windows-1252", "\u0416.block", true,
+               "\"\u0416.block\" cannot be used as a file name: Windows-1252, the code page of the style file, has no "
+               "\"\u0416\"!",
+               "wall.block");
+    }
+
+    void rename()
+    {
+        QFETCH(QString, newName);
+        QFETCH(bool, yes);
+        QFETCH(QString, message);
+        QFETCH(QString, fileName);
+        FakeHost host;
+        presetItems(host, ItemKind::Block, {u"door.block"_s, u"wall.block"_s});
+        host.scripted.answers = {yes ? PromptAnswer::Yes : PromptAnswer::No};
+
+        QCOMPARE(renameItem(host, ItemKind::Block, 1, newName), fileName == newName);
+        const QStringList asked =
+            message.isEmpty() ? QStringList{u"Are you sure to rename this block?"_s} : QStringList{message};
+        QCOMPARE(host.scripted.messageTexts(), asked);
+        QCOMPARE(host.scripted.messages.first().title, u"Rename Block"_s);
+        QCOMPARE(host.blockset.blocks[1].file, fileName);
+        QCOMPARE(readBytes(itemFolder(host, ItemKind::Block) + u'/' + fileName), QByteArray("wall.block"));
+        QCOMPARE(host.changed, fileName == newName);
+    }
+
+    void renameFailingOnDiskKeepsLabel()
+    {
+        FakeHost host;
+        host.settings().setBoolSetting(u"showWarnings"_s, false);
+        host.blockset.sounds.append(ItemRow{u"gone.wav"_s}); // its file is missing
+        QVERIFY(!renameItem(host, ItemKind::Sound, 0, u"new.wav"_s));
+        QCOMPARE(host.blockset.sounds[0].file, u"gone.wav"_s);
+        QCOMPARE(host.scripted.messages.size(), 1);
+        QCOMPARE(host.scripted.messages[0].title, u"File Error"_s);
+        QVERIFY(!host.changed);
+    }
 };
 
-QTEST_GUILESS_MAIN(TestAddItems)
-#include "test_add_items.moc"
+QTEST_GUILESS_MAIN(TestItems)
+#include "test_items.moc"
