@@ -6,6 +6,7 @@
 #include "cli/CliCache.h"
 #include "cli/CliCheck.h"
 #include "cli/CliEditCommands.h"
+#include "cli/CliExtract.h"
 #include "cli/CliOutput.h"
 #include "cli/CliPrompts.h"
 #include "cli/CliRender.h"
@@ -40,8 +41,8 @@ QString CliApp::usageText()
            "       cubrix-cli check FILE.bset [--json]\n"
            "       cubrix-cli cache [--browser ie|netscape] [--json]\n"
            "       cubrix-cli cache remove|force-download|tag|url NAME [--browser ie|netscape] [--no]\n"_s
-           + CliEditCommands::usageLines() + CliRender::usageLines() + CliShrink::usageLines()
-           + u"       cubrix-cli --help | --version\n"_s;
+           + CliEditCommands::usageLines() + CliRender::usageLines() + CliExtract::usageLines()
+           + CliShrink::usageLines() + u"       cubrix-cli --help | --version\n"_s;
 }
 
 QString CliApp::helpText()
@@ -75,7 +76,7 @@ QString CliApp::helpText()
              "                     Exit 0 when Rover loads it and reads its update file\n"
              "                     (where there is one) and no finding is an error, else 1.\n"
              "                     Nothing on disk is changed.\n"_s
-           + CliEditCommands::helpLines() + CliRender::helpLines() + CliShrink::helpLines()
+           + CliEditCommands::helpLines() + CliRender::helpLines() + CliExtract::helpLines() + CliShrink::helpLines()
            + u"\n"
              "Options:\n"
              "  --json             (info) Print one JSON object (UTF-8) with the keys file,\n"
@@ -181,6 +182,8 @@ int CliApp::run(const QStringList &arguments)
         return runCacheCommand(arguments.mid(2), m_out, m_err);
     if (arguments.value(1) == "render"_L1)
         return CliRender::run(arguments.mid(2), m_out, m_err);
+    if (arguments.value(1) == "extract"_L1)
+        return CliExtract::run(arguments.mid(2), m_out, m_err);
     Options options;
     const QString problem = parse(arguments, options);
     if (!problem.isEmpty()) {

@@ -216,6 +216,27 @@ private slots:
         QCOMPARE(reopened[u"style"_s][u"copyright"_s].toString(), u"\u00a9 2024 Quillmoor"_s);
     }
 
+    // Items out of an archive, named in any case; a file there is kept unless --overwrite.
+    void extract()
+    {
+        QTemporaryDir dir;
+        const QString in = dir.filePath(u"Castle.bset"_s);
+        QVERIFY(writeBset(in, castle()));
+        const FileMap files = readBset(in);
+        QVERIFY(writeFile(dir.filePath(u"wall.block"_s), "mine"));
+        CliResult result = runCli(dir, {u"extract"_s, in, u"WALL.BLOCK"_s, u"brick.gif"_s, u"--to"_s, dir.path()});
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.err.contains("wall.block exists; --overwrite replaces it"));
+        QVERIFY(!QFileInfo::exists(dir.filePath(u"brick.gif"_s)));
+        result = runCli(
+            dir, {u"extract"_s, in, u"WALL.BLOCK"_s, u"textures/brick.gif"_s, u"--to"_s, dir.path(), u"--overwrite"_s});
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(readBytes(dir.filePath(u"wall.block"_s)), files.value(u"blocks/wall.block"_s));
+        QCOMPARE(readBytes(dir.filePath(u"brick.gif"_s)), files.value(u"textures/brick.gif"_s));
+        QCOMPARE(runCli(dir, {u"extract"_s, in, u"Castle.style"_s, u"--to"_s, dir.path()}).exitCode, 1);
+        QCOMPARE(runCli(dir, {u"extract"_s, in, u"wall.block"_s}).exitCode, 2);
+    }
+
     void initTestCase()
     {
         // Files to add from, outside any blockset.
