@@ -184,11 +184,11 @@ void frmMain::connectCommands()
         on(prefix + u"EditItem"_s, [items] { items->editItem(); });
         on(prefix + u"PreviewItem"_s, [items] { items->previewItem(); });
         on(prefix + u"AddBSP"_s, [items] { items->addBSP(); });
-        on(prefix + u"ExportItem"_s, [items] { items->exportItems(); });
         on(prefix + u"Manager"_s, &frmMain::cacheManagerRequested);
     }
     on(u"btnReplaceItem"_s, [items] { items->replaceItem(true); });
     on(u"mnuReplaceItem"_s, [items] { items->replaceItem(false); });
+    on(u"mnuExportItem"_s, [items] { items->exportItems(); });
     on(u"mnuRemapSymbols"_s, [this] { m_symbolCommands->remapSymbols(); });
     on(u"mnuOptions"_s, &frmMain::showOptions);
     on(u"mnuAbout"_s, &frmMain::showAbout);
