@@ -35,7 +35,7 @@ Result applyDocumentFit(BlocksetDocument &document, const DocumentFit &plan)
     const QMap<QString, QByteArray> contents = plan.fit.chosenContents();
     if (contents.isEmpty())
         return applyDocumentShrink(document, plan.shrink);
-    return document.edit([&] {
+    return document.edit(u"Fit Blockset"_s, [&] {
         const QString folder = document.workingFolder();
         Result result = applyShrink(plan.shrink, folder, document.packedEntries());
         QStringList written;

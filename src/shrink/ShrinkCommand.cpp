@@ -51,7 +51,7 @@ Result applyDocumentShrink(BlocksetDocument &document, const ShrinkPlan &plan)
 {
     if (!plan.changesAnything())
         return Result();
-    return document.edit([&] {
+    return document.edit(u"Shrink Blockset"_s, [&] {
         Result applied = applyShrink(plan, document.workingFolder(), document.packedEntries());
         QStringList rewritten;
         for (const ShrinkPlan::Step &step : plan.steps) {
