@@ -297,6 +297,8 @@ Result BlocksetDocument::openBlockset(const QString &file)
     noteForRecovery();
     // Opened read-only, the status panel says why, in place of the symbol modes.
     showProcess(readOnly() ? u"Opened read-only: "_s + readOnlyReason() : symbolModeText());
+    if (!readOnly())
+        emit fileUsed(m_blocksetPath);
     m_processMessageShown = true;
     setBusy(false);
     return Result();
@@ -490,6 +492,7 @@ Result BlocksetDocument::saveBlockset()
     m_updateChanged = false;
     m_blocksetUntitled = false;
     m_history.markSaved();
+    emit fileUsed(m_blocksetPath);
     m_onDisk = DiskIdentity::of(m_blocksetPath);
     m_askedAbout = m_onDisk;
     noteForRecovery();

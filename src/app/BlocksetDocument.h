@@ -160,6 +160,8 @@ public:
     QString symbolModeText() const;
 
 signals:
+    // A blockset was opened for editing or saved at `path`: one for the recent files.
+    void fileUsed(const QString &path);
     // What Undo and Redo would do changed.
     void undoStateChanged();
     // Everything shown is to be drawn again: a blockset was opened, made or closed.

@@ -2,6 +2,7 @@
 // document driven through scripted prompts.
 
 #include "DocumentFixture.h"
+#include "app/RecentFiles.h"
 #include "formats/ValueFormats.h"
 
 namespace {
@@ -28,6 +29,26 @@ class TestDocumentOpen : public QObject {
     Q_OBJECT
 
 private slots:
+    // The recent blocksets: the last opened first, once each, ten at most.
+    void recentFiles()
+    {
+        DocumentEnv env;
+        RecentFiles recent(env.settings);
+        QObject::connect(&env.document, &BlocksetDocument::fileUsed, [&](const QString &path) { recent.add(path); });
+        QStringList sets;
+        for (int i = 0; i < 11; ++i)
+            sets << env.addSet(QStringLiteral("Set%1.bset").arg(i), castleFiles());
+        env.open(sets[1]);
+        env.open(sets[0]);
+        QCOMPARE(recent.paths(), QStringList({sets[0], sets[1]}));
+        for (const QString &set : sets)
+            recent.add(set);
+        QCOMPARE(recent.paths().size(), RecentFiles::kLimit);
+        QCOMPARE(recent.paths().first(), sets.last());
+        recent.remove(sets.last());
+        QVERIFY(!recent.paths().contains(sets.last()));
+    }
+
     void fullOpen()
     {
         DocumentEnv env;

@@ -2,6 +2,7 @@
 
 #include "app/BlocksetDocument.h"
 #include "app/DroppedFiles.h"
+#include "app/RecentFiles.h"
 #include "app/RecoveryRecord.h"
 #include "app/ui/BlockPictures.h"
 #include "app/ui/DocumentPresenter.h"
@@ -10,6 +11,7 @@
 #include "app/ui/ItemListPage.h"
 #include "app/ui/MainCommands.h"
 #include "app/ui/MainWindowIcons.h"
+#include "app/ui/RecentMenu.h"
 #include "app/ui/SettingsTab.h"
 #include "app/ui/SymbolCommands.h"
 #include "app/ui/VersionTab.h"
@@ -31,6 +33,7 @@
 #include <QCloseEvent>
 #include <QFile>
 #include <QLabel>
+#include <QMenu>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTreeWidget>
@@ -255,6 +258,7 @@ void frmMain::load()
     auto *blockPictures = new BlockPictures(*m_document, *m_blockPage, this);
     connect(m_itemCommands, &ItemCommands::blockPreviewRequested, blockPictures, &BlockPictures::openPreview);
     m_symbolCommands = new SymbolCommands(*m_document, *m_presenter, *m_settingsTab, this);
+    createRecentMenu();
     m_webCommands = new WebCommands(*m_document, *m_presenter, m_actions, this);
     // The settings key, with defaults where values are missing (in memory, when
     // the store cannot be used).
@@ -391,6 +395,16 @@ void frmMain::showAbout()
     frmAbout dialog(this);
     dialog.exec();
     checkInterface();
+}
+
+void frmMain::createRecentMenu()
+{
+    m_recent = std::make_unique<RecentFiles>(*m_settings);
+    connect(m_document.get(), &BlocksetDocument::fileUsed, this, [this](const QString &path) { m_recent->add(path); });
+    auto *menu = new QMenu(u"Open &Recent"_s, this);
+    menu->setObjectName(u"mnuRecent"_s);
+    findChild<QMenu *>(u"mnuFile"_s)->insertMenu(m_actions.value(u"mnuClose"_s), menu);
+    connect(new RecentMenu(menu, *m_recent, *m_prompts), &RecentMenu::openRequested, this, &frmMain::openBlocksetFile);
 }
 
 void frmMain::openBlocksetFile(const QString &path)

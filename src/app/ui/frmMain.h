@@ -18,6 +18,7 @@ class QAction;
 class QLabel;
 class QTabWidget;
 class Registry;
+class RecentFiles;
 class RegistryWrapper;
 class SettingsTab;
 class SymbolCommands;
@@ -60,6 +61,7 @@ public:
 
     // Opens the blockset at `path` (the command line, a drop), or asks for one when it is empty.
     void openBlocksetFile(const QString &path);
+    void createRecentMenu();
 
     // DocumentView: called by the document while a command runs.
     void processShown(const QString &text) override;
@@ -103,6 +105,7 @@ private:
     std::unique_ptr<Registry> m_ownedRegistry;
     Registry *m_registry = nullptr;
     std::unique_ptr<RegistryWrapper> m_settings;
+    std::unique_ptr<RecentFiles> m_recent;
     std::unique_ptr<GuiPrompts> m_guiPrompts;
     Prompts *m_prompts = nullptr;
     std::unique_ptr<SymbolPrompt> m_ownedSymbolPrompt;
