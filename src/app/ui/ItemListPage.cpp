@@ -290,8 +290,13 @@ void ItemListPage::applyExtras()
 
 void ItemListPage::sortByColumn(int column)
 {
-    m_sortOrder =
-        column == m_sortColumn && m_sortOrder == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder;
+    sortBy(column,
+           column == m_sortColumn && m_sortOrder == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+void ItemListPage::sortBy(int column, Qt::SortOrder order)
+{
+    m_sortOrder = order;
     m_sortColumn = column;
     m_list->header()->setSortIndicatorShown(true);
     m_list->header()->setSortIndicator(column, m_sortOrder);

@@ -38,6 +38,8 @@ public:
     // in the document's order; a click on a column header sorts the list by
     // that column (again: the other way), and rows keep their document number.
     void showRows(const QList<QStringList> &rows);
+    // Sorts the list by `column` (the header shows it), as a click on the header does.
+    void sortBy(int column, Qt::SortOrder order);
     // Adds a column after the others; returns its number.
     int addColumn(const QString &title, int width);
     // The cells of a column the document's rows do not hold (the packed size),

@@ -23,6 +23,7 @@
 #include "common/Registry.h"
 #include "common/RegistryWrapper.h"
 #include "common/ui/GuiPrompts.h"
+#include "common/ui/WindowMemory.h"
 #include "common/ui/frmOptions.h"
 #include "storage/WorkingFolder.h"
 #include "symbols/SymbolScheme.h"
@@ -32,6 +33,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFile>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
 #include <QStatusBar>
@@ -268,6 +270,7 @@ void frmMain::load()
     // The working folder and its blocks, textures and sounds folders.
     if (const Result made = m_folder->createWorkingFolders(); !made)
         problems << u"No blockset can be opened: "_s + made.reason() + u'.';
+    restoreWindowState();
     // Nothing is open yet: only the commands that need no blockset.
     checkInterface();
     // The strict-prefix list holds the prefix alphabet, "." first, so that its
@@ -320,10 +323,17 @@ bool frmMain::unload()
 void frmMain::closeEvent(QCloseEvent *event)
 {
     // Cancel (or Escape, or a save that did not happen) keeps the window and the edits.
-    if (unload())
-        event->accept();
-    else
+    if (!unload()) {
         event->ignore();
+        return;
+    }
+    WindowMemory::saveWindow(this, *m_settings, u"editor"_s);
+    for (ItemKind kind : {ItemKind::Block, ItemKind::Texture, ItemKind::Sound}) {
+        const QTreeWidget *list = m_presenter->page(kind)->list();
+        WindowMemory::saveColumns(list->header(), *m_settings, list->objectName());
+    }
+    (void)m_settings->setStringSetting(u"lastTab"_s, QString::number(m_tabs->currentIndex()));
+    event->accept();
 }
 
 void frmMain::changeEvent(QEvent *event)
@@ -395,6 +405,22 @@ void frmMain::showAbout()
     frmAbout dialog(this);
     dialog.exec();
     checkInterface();
+}
+
+void frmMain::restoreWindowState()
+{
+    WindowMemory::restoreWindow(this, *m_settings, u"editor"_s);
+    for (ItemKind kind : {ItemKind::Block, ItemKind::Texture, ItemKind::Sound}) {
+        ItemListPage *page = m_presenter->page(kind);
+        QHeaderView *header = page->list()->header();
+        if (WindowMemory::restoreColumns(header, *m_settings, page->list()->objectName())
+            && header->isSortIndicatorShown())
+            page->sortBy(header->sortIndicatorSection(), header->sortIndicatorOrder());
+    }
+    bool ok = false;
+    const int tab = m_settings->getStringSetting(u"lastTab"_s).toInt(&ok);
+    if (ok && tab >= 0 && tab < m_tabs->count())
+        m_document->setTab(tab);
 }
 
 void frmMain::createRecentMenu()

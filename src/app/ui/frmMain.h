@@ -62,6 +62,7 @@ public:
     // Opens the blockset at `path` (the command line, a drop), or asks for one when it is empty.
     void openBlocksetFile(const QString &path);
     void createRecentMenu();
+    void restoreWindowState();
 
     // DocumentView: called by the document while a command runs.
     void processShown(const QString &text) override;

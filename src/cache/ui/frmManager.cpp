@@ -5,10 +5,12 @@
 #include "cache/ui/frmBlocksetInfo.h"
 #include "common/RegistryWrapper.h"
 #include "common/ui/GuiPrompts.h"
+#include "common/ui/WindowMemory.h"
 #include "common/ui/frmOptions.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QCloseEvent>
 #include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
@@ -89,7 +91,25 @@ frmManager::frmManager(RoverMachine *machine, Prompts *prompts, RegistryWrapper 
     m_manager.load();
     mnuIE->setEnabled(m_manager.ieFound());
     mnuNS->setEnabled(m_manager.netscapeFound());
+    // As the user left it: size, place, column widths and sort order.
+    WindowMemory::restoreWindow(this, m_settings, u"manager"_s);
+    QHeaderView *header = BlocksetList->header();
+    if (WindowMemory::restoreColumns(header, m_settings, BlocksetList->objectName())) {
+        m_widthSet.fill(true);
+        if (header->isSortIndicatorShown()) {
+            m_sortColumn = header->sortIndicatorSection();
+            m_sortAscending = header->sortIndicatorOrder() == Qt::AscendingOrder;
+            m_manager.sort(m_sortColumn, m_sortAscending);
+        }
+    }
     showRows();
+}
+
+void frmManager::closeEvent(QCloseEvent *event)
+{
+    WindowMemory::saveWindow(this, m_settings, u"manager"_s);
+    WindowMemory::saveColumns(BlocksetList->header(), m_settings, BlocksetList->objectName());
+    QMainWindow::closeEvent(event);
 }
 
 frmManager::~frmManager() = default;

@@ -40,6 +40,7 @@ signals:
     void openRequested(const QString &path);
 
 protected:
+    void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:

@@ -316,6 +316,23 @@ private slots:
         QCOMPARE(list->selectedItems().size(), 1);
     }
 
+    // The window comes back with its size, column widths and sort order.
+    void windowComesBack()
+    {
+        QVERIFY(fixture->show());
+        fixture->window->resize(900, 640);
+        QHeaderView *header = fixture->list("BlockList")->header();
+        header->resizeSection(1, 123);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionViewportPosition(2) + 5, 5));
+        QVERIFY(fixture->window->close());
+        fixture->open();
+        QVERIFY(fixture->show());
+        header = fixture->list("BlockList")->header();
+        QCOMPARE(fixture->window->size(), QSize(900, 640));
+        QCOMPARE(header->sectionSize(1), 123);
+        QVERIFY(header->isSortIndicatorShown() && header->sortIndicatorSection() == 2);
+    }
+
     void removeKeepsSelection()
     {
         QVERIFY(fixture->openBlockset({.name = "Remove", .blocks = 3}) && fixture->show());
