@@ -115,6 +115,8 @@ private slots:
         QTest::newRow("nothing") << QStringList() << 2;
         QTest::newRow("unknown command") << QStringList{u"open"_s, u"a.bset"_s} << 2;
         QTest::newRow("--help after a command") << QStringList{u"info"_s, u"a.bset"_s, u"--help"_s} << 0;
+        QTest::newRow("--help after cache") << QStringList{u"cache"_s, u"--browser"_s, u"ie"_s, u"--help"_s} << 0;
+        QTest::newRow("--help after render") << QStringList{u"render"_s, u"a.bset"_s, u"-h"_s} << 0;
     }
 
     void usage()
