@@ -9,17 +9,17 @@
 // Usage: bench_open_save [RUNS]   (best of RUNS, default 5)
 //        bench_open_save --make FILE.bset   (only writes the benchmark's blockset)
 
-#include "storage/ArchiveReader.h"
-#include "storage/ArchiveWriter.h"
 #include "app/BlocksetDocument.h"
-#include "storage/WorkingFolder.h"
 #include "common/HiveRegistry.h"
 #include "common/Prompts.h"
-#include "symbols/SymbolPrompt.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser.h"
 #include "formats/Parser_Block.h"
 #include "formats/Parser_Style.h"
+#include "storage/ArchiveReader.h"
+#include "storage/ArchiveWriter.h"
+#include "storage/WorkingFolder.h"
+#include "symbols/SymbolPrompt.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QCoreApplication>

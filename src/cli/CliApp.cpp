@@ -144,7 +144,7 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
         if (options.json)
             return u"--json is an option of info"_s;
     } else if (CliEditCommands::handles(options.command)) {
-        const QString problem = CliEditCommands::check(options.command, options.files, options.commandOptions);
+        QString problem = CliEditCommands::check(options.command, options.files, options.commandOptions);
         if (!problem.isEmpty())
             return problem;
     } else {

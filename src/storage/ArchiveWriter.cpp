@@ -35,7 +35,7 @@ bool isCompressedImage(const QString &name)
 QByteArray storedName(const QString &name, zip_flags_t &flags)
 {
     bool utf8 = false;
-    const QByteArray bytes = ArchiveEntryNames::encode(name, utf8);
+    QByteArray bytes = ArchiveEntryNames::encode(name, utf8);
     flags = utf8 ? ZIP_FL_ENC_UTF_8 : ZIP_FL_ENC_CP437;
     return bytes;
 }

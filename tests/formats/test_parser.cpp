@@ -1,5 +1,5 @@
-#include "storage/Cp1252.h"
 #include "formats/Parser.h"
+#include "storage/Cp1252.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

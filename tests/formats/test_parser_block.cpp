@@ -1,6 +1,6 @@
-#include "storage/Cp1252.h"
 #include "formats/Parser.h"
 #include "formats/Parser_Block.h"
+#include "storage/Cp1252.h"
 
 #include <QtTest>
 

@@ -8,10 +8,10 @@
 // MainWindowTest ends with #include "moc_MainWindowFixture.cpp".
 
 #include "app/BlocksetDocument.h"
-#include "storage/WorkingFolder.h"
 #include "app/ui/frmMain.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser_Style.h"
+#include "storage/WorkingFolder.h"
 #include "support/BlocksetFiles.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolScheme.h"
