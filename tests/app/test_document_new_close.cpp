@@ -54,7 +54,7 @@ private slots:
         env.prompts.newAnswers = {answer};
         env.view.clear();
 
-        env.document.newBlockset();
+        (void)env.document.newBlockset();
 
         QVERIFY2(env.prompts.messages.isEmpty(),
                  qPrintable(env.prompts.messageTexts().join(u'\n'))); // it was unchanged
@@ -92,11 +92,11 @@ private slots:
     {
         DocumentEnv env;
         env.prompts.newAnswers = {choice(QString(), QStringLiteral("0.1"))};
-        env.document.newBlockset();
+        (void)env.document.newBlockset();
         const QString target = env.setPath(QStringLiteral("Fresh.bset"));
         env.prompts.fileAnswers = {target};
 
-        env.document.saveCommand();
+        (void)env.document.saveCommand();
 
         QVERIFY2(env.prompts.messages.isEmpty(), qPrintable(env.prompts.messageTexts().join(u'\n')));
         QCOMPARE(env.prompts.fileRequests.size(), 1);
@@ -110,7 +110,7 @@ private slots:
         QVERIFY(QFile::exists(env.setPath(QStringLiteral("Fresh.txt"))));
         // A second Save goes straight to the archive.
         env.document.editStyleValue(StyleField::Author, QStringLiteral("Me"));
-        env.document.saveCommand();
+        (void)env.document.saveCommand();
         QCOMPARE(env.prompts.fileRequests.size(), 1);
         QVERIFY(readBset(target).value(QStringLiteral("Fresh.style")).contains("author=\"Me\""));
     }
@@ -211,7 +211,7 @@ private slots:
         const QString draft = env.setPath(QStringLiteral("Draft.bset"));
         if (state == "untitled") {
             env.prompts.newAnswers = {choice(QStringLiteral("Draft"), QStringLiteral("1.0"))};
-            env.document.newBlockset();
+            (void)env.document.newBlockset();
             env.prompts.fileAnswers = {draft};
         } else {
             env.open(castle);
@@ -222,7 +222,7 @@ private slots:
             env.document.editUpdateComment(QStringLiteral("last words"));
         if (state == "closed") {
             env.prompts.answers = {PromptAnswer::No};
-            env.document.closeBlockset();
+            (void)env.document.closeBlockset();
             env.prompts.messages.clear();
         }
         const QByteArray archive = readBytes(castle);

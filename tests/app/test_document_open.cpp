@@ -40,7 +40,7 @@ private slots:
                   updateFileText(QStringLiteral("1.2"), QStringLiteral("Added two gates."), 99));
         env.prompts.fileAnswers = {path};
 
-        env.document.openBlockset();
+        (void)env.document.openBlockset();
 
         QVERIFY2(env.prompts.messages.isEmpty(), qPrintable(env.prompts.messageTexts().join(u'\n')));
         QCOMPARE(env.prompts.fileRequests.size(), 1);
@@ -177,7 +177,7 @@ private slots:
         if (styleFile.isEmpty())
             files.remove(QStringLiteral("Castle.style"));
         env.prompts.newAnswers = {NewBlocksetChoice()};
-        env.document.newBlockset(); // switches the blockset's symbol modes on
+        (void)env.document.newBlockset(); // switches the blockset's symbol modes on
         if (answer != PromptAnswer::Ok)
             env.prompts.answers = {answer};
 
@@ -190,8 +190,8 @@ private slots:
                           "Found differing style file \"Red.style\". Do you want this file to be renamed and parsed?",
                           kOpenTitle, PromptButtons::YesNo, PromptIcon::Question);
         if (!renamed)
-            verifyMessage(env.prompts, env.prompts.messages.size() - 1, kNoStyle, kOpenTitle, PromptButtons::Ok,
-                          PromptIcon::Exclamation);
+            verifyMessage(env.prompts, static_cast<int>(env.prompts.messages.size() - 1), kNoStyle, kOpenTitle,
+                          PromptButtons::Ok, PromptIcon::Exclamation);
         QVERIFY(env.document.blocksetOpen() && !env.document.updateChanged());
         QCOMPARE(env.document.blocks()[2].name, QStringLiteral("Wall"));
         QCOMPARE(env.document.blocksetChanged(), renamed);
@@ -289,7 +289,7 @@ private slots:
         env.prompts.answers = {answer};
         env.prompts.fileAnswers = {otherPath};
 
-        env.document.openBlockset();
+        (void)env.document.openBlockset();
 
         verifyMessage(env.prompts, 0, kSaveFirst, kOpenTitle, PromptButtons::YesNoCancel, PromptIcon::None);
         QCOMPARE(env.prompts.messageTexts(),

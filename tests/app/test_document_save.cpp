@@ -192,13 +192,13 @@ private slots:
         QVERIFY(writeFile(oldTxt, oldUpdate));
         const QByteArray castleBytes = readBytes(castle);
         env.prompts.fileAnswers = {castle};
-        env.document.openBlockset(); // sets pathBlockset to the blocksets folder
+        (void)env.document.openBlockset(); // sets pathBlockset to the blocksets folder
         const QString target = newName.isEmpty() ? QString() : makeFolder(env.setPath("copies")) + u'/' + newName;
         const QString base = newName.left(newName.lastIndexOf(u'.'));
         env.prompts.fileAnswers = {target};
         env.view.clear();
 
-        env.document.saveBlocksetAs();
+        (void)env.document.saveBlocksetAs();
 
         if (target.isEmpty()) { // nothing changes, no style file is deleted
             QCOMPARE(env.document.blocksetPath(), castle);
@@ -291,7 +291,7 @@ private slots:
         // "2.0 beta" is kept as typed, but Rover cannot read it as the update's version.
         QCOMPARE(env.prompts.messages.size(), 1);
         QVERIFY(env.prompts.messages.takeFirst().text.contains(QStringLiteral("Castle.txt, line 1")));
-        env.document.closeBlockset();
+        (void)env.document.closeBlockset();
         FileMap packed = readBset(castle);
         QVERIFY(packed.take(QStringLiteral("Castle.style")).contains("synopsis=\"Gates, towers & moats\""));
         files.remove(QStringLiteral("Castle.style"));
@@ -328,7 +328,7 @@ private slots:
 
         const QRegularExpression style(QStringLiteral("\\.style$"), QRegularExpression::CaseInsensitiveOption);
         QCOMPARE(readBset(castle).keys().filter(style), QStringList({QStringLiteral("Castle.style")}));
-        env.document.closeBlockset();
+        (void)env.document.closeBlockset();
         env.open(castle);
         QCOMPARE(env.document.style().name, QStringLiteral("Fortress"));
     }

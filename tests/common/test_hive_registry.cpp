@@ -133,7 +133,7 @@ private slots:
         // The parents exist as Wine creates them; creating one again is no new key.
         QVERIFY(!reg.regCreateKey(HKLM, "SOFTWARE\\Quillmoor", QString()));
         QVERIFY(!reg.regKeyExists(HKLM, "SOFTWARE\\Quillmoor\\Cubri"));
-        for (const QString &malformed : {"SOFTWARE\\\\Other", "\\Other", ""})
+        for (const QString malformed : {"SOFTWARE\\\\Other", "\\Other", ""})
             QVERIFY2(!reg.regCreateKey(HKLM, malformed, QString()), qPrintable(malformed));
         RegValue value;
         QVERIFY(!reg.regQueryValue(HKLM, kKey, "showWarnings", value));

@@ -41,7 +41,7 @@ const char *const kControls[] = {
     "rgbOrb",        "prcOrb",          "posOrb",      "fldOrbHREF",       "fldOrbTarget", "fldOrbText"};
 
 // What a control shows, whatever its kind.
-QString shownText(const QWidget *control)
+[[maybe_unused]] QString shownText(const QWidget *control)
 {
     if (auto *edit = qobject_cast<const QLineEdit *>(control))
         return edit->text();

@@ -143,7 +143,7 @@ private slots:
         QCOMPARE(prompts.openFiles("Add Blocks", "Block files (*.block),*.block", m_dir.path()),
                  QStringList{path("a.block")});
         // Saving adds the default extension, given with or without its dot.
-        for (const QString &ext : {"bset", ".bset"}) {
+        for (const QString ext : {"bset", ".bset"}) {
             chooseInNextDialog("tower", [](QFileDialog *d) { QCOMPARE(d->acceptMode(), QFileDialog::AcceptSave); });
             QCOMPARE(prompts.saveFile("Save Blockset As", "Blocksets (*.bset),*.bset", ext, m_dir.path()),
                      path("tower.bset"));
