@@ -49,7 +49,10 @@ public:
     QStringList openFiles(const QString &, const QString &, const QString &) override { return {}; }
     QString saveFile(const QString &, const QString &, const QString &, const QString &) override { return {}; }
     NewBlocksetChoice newBlockset(bool, bool) override { return {}; }
-    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &) override { return {}; }
+    int choose(const QString &, const QString &, const QString &, const QStringList &, PromptIcon) override
+    {
+        return -1;
+    }
 };
 
 bool writeBlockset(const QString &path, const QString &baseName)

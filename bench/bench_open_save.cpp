@@ -9,17 +9,17 @@
 // Usage: bench_open_save [RUNS]   (best of RUNS, default 5)
 //        bench_open_save --make FILE.bset   (only writes the benchmark's blockset)
 
-#include "storage/ArchiveReader.h"
-#include "storage/ArchiveWriter.h"
 #include "app/BlocksetDocument.h"
-#include "storage/WorkingFolder.h"
 #include "common/HiveRegistry.h"
 #include "common/Prompts.h"
-#include "symbols/SymbolPrompt.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser.h"
 #include "formats/Parser_Block.h"
 #include "formats/Parser_Style.h"
+#include "storage/ArchiveReader.h"
+#include "storage/ArchiveWriter.h"
+#include "storage/WorkingFolder.h"
+#include "symbols/SymbolPrompt.h"
 #include "symbols/SymbolScheme.h"
 
 #include <QCoreApplication>
@@ -123,7 +123,7 @@ QByteArray noise(const QByteArray &header, int size, std::mt19937 &random)
     QByteArray bytes = header;
     bytes.resize(size);
     for (qsizetype i = header.size(); i + 4 <= bytes.size(); i += 4) {
-        const quint32 word = random();
+        const quint32 word = static_cast<quint32>(random());
         std::memcpy(bytes.data() + i, &word, 4);
     }
     return bytes;
@@ -286,12 +286,12 @@ int main(int argc, char *argv[])
                     runTool(u"unzip"_s, {u"-q"_s, u"-o"_s, archive, u"-d"_s, unzipTarget}, temp.path());
                 }};
     Timed open{nullptr, [&] {
-                   document.openBlockset(archive);
+                   (void)document.openBlockset(archive);
                    if (!document.blocksetOpen() || document.blockCount() != kBlocks
                        || document.textureCount() != kTextures || document.soundCount() != kSounds)
                        fail(u"the open did not give the whole blockset"_s);
                }};
-    Timed clear{[&] { document.openBlockset(archive); }, [&] { folder.clearWorkingFolders(); }};
+    Timed clear{[&] { (void)document.openBlockset(archive); }, [&] { folder.clearWorkingFolders(); }};
     const QString extractTarget = temp.filePath(u"extracted"_s);
     double archiveOpenMs = std::numeric_limits<double>::max();
     Timed extract{[&] { freshFolder(extractTarget); },
@@ -334,12 +334,12 @@ int main(int argc, char *argv[])
     // (b) save: Save As writes the whole archive; zip packs the same working folder.
     const QString saveTarget = temp.filePath(u"Saved.bset"_s);
     Timed save{[&] {
-                   document.openBlockset(archive);
+                   (void)document.openBlockset(archive);
                    QFile::remove(saveTarget);
                    prompts.target = saveTarget;
                },
                [&] {
-                   document.saveBlocksetAs();
+                   (void)document.saveBlocksetAs();
                    if (document.isChanged())
                        fail(u"Save As failed"_s);
                }};
@@ -393,7 +393,7 @@ int main(int argc, char *argv[])
         zipSize / 1e6, double(QFileInfo(zipStoreTarget).size()) / 1e6, saveSize / 1e6,
         100.0 * (saveSize - zipSize) / zipSize);
 
-    document.closeBlockset();
+    (void)document.closeBlockset();
     folder.removeWorkingFolders();
     return 0;
 }

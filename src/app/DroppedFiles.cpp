@@ -28,7 +28,7 @@ DropOutcome dropFiles(BlocksetDocument &document, const QStringList &paths)
     for (const QString &path : paths) {
         if (dropType(path) == "bset"_L1) {
             document.letEventsRun();
-            document.openBlockset(path);
+            (void)document.openBlockset(path); // a failed open shows its own message
             return DropOutcome::OpenedBlockset;
         }
     }

@@ -118,7 +118,7 @@ void CacheManager::updateProcessText()
 QString CacheManager::indexPath() const
 {
     // Rover names it "cache.txt"; Windows finds it whatever the case of its name.
-    const QString exact = m_cacheFolder + u"/cache.txt"_s;
+    QString exact = m_cacheFolder + u"/cache.txt"_s;
     if (QFileInfo::exists(exact))
         return exact;
     const QStringList found =

@@ -79,9 +79,11 @@ QString CliApp::helpText()
            + CliEditCommands::helpLines() + CliRender::helpLines() + CliExtract::helpLines() + CliShrink::helpLines()
            + u"\n"
              "Options:\n"
-             "  --json             (info) Print one JSON object (UTF-8) with the keys file,\n"
-             "                     tab (0 blocks, 1 textures, 2 sounds, 3 settings), changed,\n"
-             "                     style, symbols, blocks, textures, sounds, update, messages.\n"
+             "  --json             Print one JSON object (UTF-8) instead of text; for info\n"
+             "                     the keys file, tab (0 blocks, 1 textures, 2 sounds,\n"
+             "                     3 settings, 4 version), changed, style, symbols, blocks,\n"
+             "                     textures, sounds, update, messages. cubrix-cli(1) names\n"
+             "                     the JSON Schema of each command's object.\n"
              "  --no               Answer No to the questions the commands ask (for example\n"
              "                     whether a differing style file is to be renamed); without\n"
              "                     it every question is answered Yes.\n"
@@ -154,7 +156,7 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
         if (const QString problem = CliShrink::check(options.files, options.commandOptions); !problem.isEmpty())
             return problem;
     } else if (CliEditCommands::handles(options.command)) {
-        const QString problem = CliEditCommands::check(options.command, options.files, options.commandOptions);
+        QString problem = CliEditCommands::check(options.command, options.files, options.commandOptions);
         if (!problem.isEmpty())
             return problem;
     } else {
@@ -176,6 +178,12 @@ int CliApp::run(const QStringList &arguments)
 {
     if (arguments.size() == 2 && arguments[1] == "--version"_L1) {
         CliOutput::print(m_out, u"Cubrix "_s + programVersion() + u'\n');
+        return Success;
+    }
+    // --help after cache and render asks for the help, as after any other command.
+    const bool helpAsked = arguments.contains(u"--help"_s) || arguments.contains(u"-h"_s);
+    if ((arguments.value(1) == "cache"_L1 || arguments.value(1) == "render"_L1) && helpAsked) {
+        CliOutput::print(m_out, helpText());
         return Success;
     }
     if (arguments.value(1) == "cache"_L1)

@@ -64,7 +64,7 @@ QString parse(const QStringList &arguments, Options &options)
         }
         if (i + 1 >= arguments.size())
             return argument + u" needs a value"_s;
-        const QString value = arguments[++i];
+        const QString &value = arguments[++i];
         if (argument == "--size"_L1) {
             const auto match = QRegularExpression(u"^(\\d{1,5})x(\\d{1,5})$"_s).match(value);
             options.size = QSize(match.captured(1).toInt(), match.captured(2).toInt());

@@ -105,7 +105,7 @@ qint32 dateToUnixTime(const QDateTime &date)
 QDateTime unixTimeToDate(qint32 seconds)
 {
     const QDateTime fields = QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC);
-    const QDateTime local(fields.date(), fields.time());
+    QDateTime local(fields.date(), fields.time());
     // A time that the local clock skipped (the hour lost to daylight saving)
     // cannot be a local date-time; it keeps its fields as a UTC date-time, so it
     // still shows the same date and time and converts back to the same seconds.

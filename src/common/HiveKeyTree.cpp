@@ -5,7 +5,7 @@
 void HiveKeyTree::clear()
 {
     m_nodes.clear();
-    m_nodes.push_back(Node());
+    m_nodes.emplace_back();
 }
 
 int HiveKeyTree::child(int parent, const QString &name, bool create)

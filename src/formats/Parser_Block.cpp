@@ -1,7 +1,7 @@
 #include "formats/Parser_Block.h"
 
-#include "storage/Cp1252.h"
 #include "formats/Parser.h"
+#include "storage/Cp1252.h"
 
 using namespace Qt::StringLiterals;
 

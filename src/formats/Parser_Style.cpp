@@ -1,9 +1,9 @@
 #include "formats/Parser_Style.h"
 
-#include "storage/Cp1252.h"
 #include "common/ProgramVersion.h"
 #include "formats/Parser.h"
 #include "formats/ValueFormats.h"
+#include "storage/Cp1252.h"
 
 #include <QHash>
 

@@ -4,7 +4,6 @@
 #include <QByteArrayView>
 #include <QString>
 
-
 // The update file's bytes (Windows-1252, CR LF): version line, comment, "</version>".
 QByteArray writeUpdate(const QString &version, const QString &comment, qint32 size);
 // The update comment of an update file, as writeUpdate was given it: its line

@@ -10,7 +10,7 @@ QString firstCharacterOutsideCp1252(const QString &text)
 {
     for (qsizetype i = 0; i < text.size(); ++i) {
         const qsizetype length = text[i].isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
-        const QString character = text.mid(i, length);
+        QString character = text.mid(i, length);
         if (!isCp1252(character))
             return character;
         i += length - 1;

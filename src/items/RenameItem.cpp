@@ -27,7 +27,7 @@ bool renameItem(OperationHost &host, ItemKind kind, int row, const QString &newN
     const QStringList names = itemFileNames(host, kind);
     if (row < 0 || row >= names.size())
         return false;
-    const QString oldName = names[row];
+    const QString &oldName = names[row];
     if (newName == oldName)
         return false;
 

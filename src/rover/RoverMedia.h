@@ -19,7 +19,7 @@ struct RoverTextureInfo {
 
     Status status = NotGifOrJpeg;
     Format format = None;
-    int width = 0;  // pixels, when the header could be read
+    int width = 0; // pixels, when the header could be read
     int height = 0;
     int frames = 0;           // GIF frames; 1 for a JPEG
     bool transparent = false; // a GIF with a transparent colour

@@ -153,8 +153,8 @@ QByteArray transcodeJpeg(QByteArrayView bytes, bool progressive, QString *error)
 
 QByteArray smallestJpegRewrite(QByteArrayView bytes, QString *error)
 {
-    const QByteArray baseline = transcodeJpeg(bytes, false, error);
-    const QByteArray progressive = transcodeJpeg(bytes, true, error);
+    QByteArray baseline = transcodeJpeg(bytes, false, error);
+    QByteArray progressive = transcodeJpeg(bytes, true, error);
     if (baseline.isEmpty() || (!progressive.isEmpty() && progressive.size() < baseline.size()))
         return progressive;
     return baseline;

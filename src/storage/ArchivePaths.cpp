@@ -55,7 +55,7 @@ QByteArray ArchivePaths::place(std::vector<QByteArray> &parts, bool isFolder)
         return QByteArray();
     key += folded(parts.back());
     QByteArray &last = m_files[key];
-    const QByteArray earlier = last != parts.back() ? last : QByteArray();
+    QByteArray earlier = last != parts.back() ? last : QByteArray();
     last = parts.back();
     return earlier;
 }

@@ -36,7 +36,7 @@ QString zipErrorText(int zipCode)
 {
     zip_error_t error;
     zip_error_init_with_code(&error, zipCode);
-    const QString text = QString::fromUtf8(zip_error_strerror(&error));
+    QString text = QString::fromUtf8(zip_error_strerror(&error));
     zip_error_fini(&error);
     return text;
 }

@@ -211,8 +211,8 @@ private slots:
                           "Found differing style file \"Red.style\". Do you want this file to be renamed and parsed?",
                           kOpenTitle, PromptButtons::YesNo, PromptIcon::Question);
         if (!renamed)
-            verifyMessage(env.prompts, env.prompts.messages.size() - 1, kNoStyle, kOpenTitle, PromptButtons::Ok,
-                          PromptIcon::Exclamation);
+            verifyMessage(env.prompts, static_cast<int>(env.prompts.messages.size() - 1), kNoStyle, kOpenTitle,
+                          PromptButtons::Ok, PromptIcon::Exclamation);
         QVERIFY(env.document.blocksetOpen() && !env.document.updateChanged());
         QCOMPARE(env.document.blocks()[2].name, QStringLiteral("Wall"));
         QCOMPARE(env.document.blocksetChanged(), renamed);

@@ -49,7 +49,7 @@ QIcon commandIcon(const QString &button)
     const auto found = commandIcons().constFind(button);
     if (found == commandIcons().constEnd())
         return QIcon();
-    const QIcon bundled = bundledIcon(found->bundled);
+    QIcon bundled = bundledIcon(found->bundled);
     if (found->themeName.isEmpty())
         return bundled;
     return QIcon::fromTheme(QString(found->themeName), bundled);
