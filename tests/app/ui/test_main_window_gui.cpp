@@ -185,7 +185,6 @@ private slots:
     {
         // Commands that answer "Yet not implemented in this version" on a tab, or stay silent.
         addColumns<int, QString, bool, bool>("tab", "command", "oops", "skipEdit");
-        addRow("preview block: the preview panel", 0, "btnPreviewItem", false, false);
         addRow("edit block, skipEdit on", 0, "mnuEditItem", true, true);
         addRow("edit block: the symbol dialog", 0, "mnuEditItem", false, false);
         addRow("edit on sounds", 2, "btnEditItem", false, false);
