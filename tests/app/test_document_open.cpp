@@ -12,7 +12,6 @@ const QString kSaveFirst = QStringLiteral("The current blockset has been changed
 const QString kNoStyle =
     QStringLiteral("Unable to load style file!\nYou will have to define all block symbols manually.");
 const QString kBothModes = QStringLiteral("Strict Prefix & Sync Double Mode activated.");
-const QString kStrictMode = QStringLiteral("Strict Prefix Mode activated.");
 
 // Castle with a fourth block that has no BSP tree and no style entry, and an empty texture.
 FileMap castlePlus()
@@ -137,38 +136,6 @@ private slots:
         env.open(env.addSet(QStringLiteral("Tabs.bset"), files));
         QVERIFY(env.document.blocksetOpen());
         QTEST(env.document.tab(), "tab");
-    }
-
-    void resultText_data()
-    {
-        QTest::addColumn<bool>("strictPrefix");
-        QTest::addColumn<bool>("syncDouble");
-        QTest::addColumn<QString>("secondDouble");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("both settings, synced doubles") << true << true << ".b" << kBothModes;
-        QTest::newRow("sync double setting off") << true << false << ".b" << kStrictMode;
-        QTest::newRow("strict prefix setting off") << false << true << ".b" << QString();
-        QTest::newRow("doubles not synced") << true << true << ".x" << kStrictMode;
-    }
-
-    void resultText()
-    {
-        QFETCH(bool, strictPrefix);
-        QFETCH(bool, syncDouble);
-        QFETCH(QString, secondDouble);
-        DocumentEnv env;
-        env.setOption("strictPrefix", strictPrefix);
-        env.setOption("syncDouble", syncDouble);
-        const QString entries = QStringLiteral("<block symbol=\"a\" double=\".a\" file=\"a.block\"/>\n"
-                                               "<block symbol=\"b\" double=\"%1\" file=\"b.block\"/>\n")
-                                    .arg(secondDouble);
-        env.open(env.addSet(QStringLiteral("Modes.bset"),
-                            {{QStringLiteral("Modes.style"), styleFile(QStringLiteral("Modes"), entries)},
-                             {QStringLiteral("blocks/a.block"), blockFile(QStringLiteral("A"))},
-                             {QStringLiteral("blocks/b.block"), blockFile(QStringLiteral("B"))}}));
-        QVERIFY(env.document.blocksetOpen());
-        QTEST(env.document.processText(), "text");
-        QVERIFY(env.document.processMessageShown());
     }
 
     void styleFileChoice_data()

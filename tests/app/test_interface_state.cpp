@@ -82,8 +82,6 @@ private slots:
             << openFacts(89, 1, 1, BlocksetDocument::TabSettings, false) << withBlocks << clean;
         QTest::newRow("88 blocks, changed") << openFacts(88, 0, 2, blocksTab, true)
                                             << withBlocks + blockItems + QStringList{"AddItem", "Save"} << edited;
-        QTest::newRow("no textures, textures tab")
-            << openFacts(88, 0, 2, texturesTab, false) << withBlocks + QStringList{"AddItem"} << clean;
         QTest::newRow("no sounds, sounds tab, changed") << openFacts(1, 2, 0, BlocksetDocument::TabSounds, true)
                                                         << withBlocks + QStringList{"AddItem", "Save"} << edited;
         InterfaceFacts undone = openFacts(0, 0, 0, blocksTab, false);

@@ -270,8 +270,6 @@ private slots:
                QStringList{"!A", "!B", "!C", "!D", "!E"});
         addRow("prefix", QStringList{"prefix", "x"}, 0, "double", QStringList{"xa", "xb", "xc", "xd", "xe"});
         addRow("set colour", QStringList{"set", "skyColor", "(1,2,3)"}, 0, "skyColor", QStringList{"(1,2,3)"});
-        addRow("set bad colour", QStringList{"set", "skyColor", "(1,2,300)"}, 1, "skyColor",
-               QStringList{"(96,160,255)"});
         addRow("set a quote", QStringList{"set", "synopsis", "The \"Stone\" castle"}, 1, "synopsis",
                QStringList{"Stone walls, a gate, a tower and a torch"});
     }

@@ -1,6 +1,8 @@
 // cubrix-cli render and check on block files: rendered masks against an
 // independent ray test of the block, the two drawing orders on two overlapping
-// quads, and check on one broken block inside an otherwise clean blockset.
+// quads, and check on one broken block inside an otherwise clean blockset: an
+// error, a warning that needs the blockset's textures, and one that needs the
+// other blocks (the findings themselves are the Rover block tests').
 
 #include "CliRun.h"
 #include "rover/RoverTestBlocks.h"
@@ -141,22 +143,12 @@ private slots:
         QTest::newRow("vertices not a list")
             << u"VERTICES=\"1,2,3,4\""_s << u"VERTICES=\"1 2 3 4\""_s << 1
             << u"error 14 Expected a list of vertex reference numbers as the value of parameter 'vertices'"_s;
-        QTest::newRow("two vertices") << u"VERTICES=\"1,5,6,2\" TEXCOORDS=\"(0,0),(0,1),(1,1),(1,0)\""_s
-                                      << u"VERTICES=\"1,5\" TEXCOORDS=\"(0,0),(0,1)\""_s << 1
-                                      << u"error 29 Polygon has less than 3 vertices"_s;
-        QTest::newRow("BSP root out of range")
-            << u"ROOT=\"1\""_s << u"ROOT=\"7\""_s << 1 << u"error 33 Polygon reference number 7 is out of range"_s;
-        QTest::newRow("optional value") << u"NAME=\"top\""_s << u"NAME=\"top\" STYLE=\"tile\""_s << 0
-                                        << u"warning 13 Expected 'tiled', 'scaled' or 'stretched' as the value for "
-                                           "attribute 'style'; using default value for this attribute instead"_s;
         QTest::newRow("texture missing")
             << u"\"top\" TEXTURE=\"cement.gif\""_s << u"\"top\" TEXTURE=\"Stone.GIF\""_s << 0
             << u"warning 13 Unable to load image file textures/Stone.GIF: File not found (part 'top')"_s;
         QTest::newRow("a name another block has") << u"NAME=\"full\""_s << u"NAME=\"FULL\""_s << 0
                                                   << u"warning 1 Block defined with a duplicate name ('FULL', as "
                                                      "blocks/full.block): Rover leaves this block out"_s;
-        QTest::newRow("no BSP tree") << u"<BSP_TREE ROOT=\"1\"/>"_s << u""_s << 0
-                                     << u"warning 1 Rover draws full with sorting errors: it has no BSP tree"_s;
     }
 
     void checkBlockFiles()

@@ -125,7 +125,6 @@ void TestRoverBlock::findings_data()
         u"E3 Vertex list was missing in block definition"_s);
     row("21 no parts", F, u"~(?s)<PARTS>.*</PARTS>\r\n"_s, {}, u"E13 Part list was missing in block definition"_s);
     row("22 sprite without part", S, u"<PART "_s, u"<PIECE "_s, u"E3 Missing part tag in sprite block definition"_s);
-    row("23 root", F, uR"(ROOT="1")"_s, uR"(ROOT="7")"_s, u"E33 Polygon reference number 7 is out of range"_s);
     row("23 negative rear", F, uR"(REAR="3")"_s, uR"(REAR="-1")"_s,
         u"E33 Polygon reference number -1 is out of range"_s);
     row("24 type sprite", F, u"structural"_s, u"sprite"_s,

@@ -237,10 +237,10 @@ void ItemListPage::dragSelectedFiles()
         urls.append(QUrl::fromLocalFile(folder + u'/' + itemOfRow(row)->text(0)));
     if (urls.isEmpty())
         return;
-    auto *data = new QMimeData;
-    data->setUrls(urls);
+    auto *mime = new QMimeData;
+    mime->setUrls(urls);
     auto *drag = new QDrag(m_list);
-    drag->setMimeData(data);
+    drag->setMimeData(mime);
     drag->exec(Qt::CopyAction);
 }
 

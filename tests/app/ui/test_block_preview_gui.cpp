@@ -5,6 +5,7 @@
 
 #include "MainWindowFixture.h"
 #include "rover/RoverTestBlocks.h"
+#include "support/Screenshot.h"
 
 #include <QRadioButton>
 #include <QStackedWidget>
@@ -80,9 +81,7 @@ private slots:
         QTRY_VERIFY(list->topLevelItem(0)->toolTip(0).contains("vertex reference numbers"));
         QTRY_VERIFY(qAlpha(list->topLevelItem(1)->icon(0).pixmap(32).toImage().pixel(16, 16)) == 255);
         panel->findChild<QRadioButton *>("optDepthOrder")->click();
-        const QString folder = qEnvironmentVariable("CUBRIX_SCREENSHOTS");
-        if (!folder.isEmpty() && QDir().mkpath(folder))
-            QVERIFY(fixture->window->grab().save(folder + "/block_preview_" + QTest::currentDataTag() + ".png"));
+        QVERIFY(saveScreenshot(*fixture->window, QString("block_preview_") + QTest::currentDataTag()));
 
         // The panel closes; Preview Block opens it again on the same block.
         panel->findChild<QAbstractButton *>("BlockPreviewClose")->click();

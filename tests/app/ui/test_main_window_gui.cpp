@@ -3,10 +3,8 @@
 // line (chooseStart). checkInterface on the window: result texts that vanish at
 // the next refresh, the options dialog's effect on the update group, the focus
 // on a tab switch, the window's own item commands (texture preview, "Oops..."),
-// and the toolbar icons. The item and symbol commands as
-// only the window shows them: a label edited in the list renames the item (or
-// springs back), Remove keeps a selection on the list, the strict prefix box and
-// list drive the symbols on the settings page. Closing: every way out asks the
+// and the toolbar icons. A label edited in the list renames the item (or
+// springs back); the keys, Undo and the place kept in a long list. Closing: every way out asks the
 // save question for a changed blockset, and the working folder is gone after the
 // window closed; a dropped archive opens. For the web: the saved size in
 // stbSize, the Packed column and the marks on sounds Rover cannot play, sorting
@@ -17,7 +15,6 @@
 // themselves (test_document_save).
 
 #include "MainWindowFixture.h"
-#include "rover/RoverTestBlocks.h"
 
 #include "app/BlocksetSize.h"
 #include "app/ui/ItemListPage.h"
@@ -104,7 +101,6 @@ private slots:
     {
         QTest::addColumn<QString>("how"); // a command, or the command line
         addRow("toolbar", "btnOpen");
-        addRow("menu", "mnuOpen");
         addRow("command line", "");
     }
 
@@ -189,7 +185,6 @@ private slots:
     {
         // Commands that answer "Yet not implemented in this version" on a tab, or stay silent.
         addColumns<int, QString, bool, bool>("tab", "command", "oops", "skipEdit");
-        addRow("preview block: the preview panel", 0, "btnPreviewItem", false, false);
         addRow("edit block, skipEdit on", 0, "mnuEditItem", true, true);
         addRow("edit block: the symbol dialog", 0, "mnuEditItem", false, false);
         addRow("edit on sounds", 2, "btnEditItem", false, false);
@@ -331,49 +326,6 @@ private slots:
         QCOMPARE(fixture->window->size(), QSize(900, 640));
         QCOMPARE(header->sectionSize(1), 123);
         QVERIFY(header->isSortIndicatorShown() && header->sortIndicatorSection() == 2);
-    }
-
-    void removeKeepsSelection()
-    {
-        QVERIFY(fixture->openBlockset({.name = "Remove", .blocks = 3}) && fixture->show());
-        QTreeWidget *list = fixture->list("BlockList");
-        list->setCurrentItem(list->topLevelItem(1));
-        fixture->prompts.answers = {PromptAnswer::Yes};
-        fixture->action("mnuRemoveItem")->trigger();
-        QCOMPARE(fixture->rows("BlockList"), 2);
-        QCOMPARE(list->currentItem()->text(0), QString("block002.block"));
-        QCOMPARE(list->selectedItems(), QList<QTreeWidgetItem *>{list->currentItem()});
-    }
-
-    // Add BSP Trees on the selected block: its file gets a tree, its BSP cell
-    // says so, the blockset counts as changed.
-    void addBspTree()
-    {
-        QVERIFY(fixture->openBlockset({.name = "Trees", .blocks = 2}) && fixture->show());
-        const QString file = fixture->document().workingFolder() + "/blocks/block001.block";
-        QVERIFY(writeFile(file, QByteArray(fullBlock).replace("<BSP_TREE ROOT=\"1\"/>\r\n", "")));
-        QTreeWidget *list = fixture->list("BlockList");
-        list->setCurrentItem(list->topLevelItem(1));
-        fixture->action("mnuAddBSP")->trigger();
-        QCOMPARE(list->topLevelItem(1)->text(5), QString("yes"));
-        QCOMPARE(fixture->panel("stbProcess"), QString("BSP trees added to 1 blocks (0 splits)"));
-        QVERIFY(fixture->caption().endsWith('*'));
-        QVERIFY(readBytes(file).contains("<BSP_TREE ROOT=\"1\"/>"));
-    }
-
-    void strictPrefixControls()
-    {
-        QVERIFY(fixture->openBlockset({.name = "Prefix", .blocks = 2}) && fixture->show());
-        fixture->tabs()->setCurrentIndex(BlocksetDocument::TabSettings);
-        auto *prefixList = qobject_cast<QComboBox *>(fixture->control("lstStrictPrefix"));
-        prefixList->setFocus();
-        fixture->prompts.answers = {PromptAnswer::Yes};
-        QTest::keyClick(prefixList, Qt::Key_Down); // "." -> "A"
-        QCOMPARE(fixture->document().blocks()[1].doubleSymbol, QString("AB"));
-        QVERIFY(fixture->caption().endsWith('*'));
-
-        qobject_cast<QCheckBox *>(fixture->control("cbxStrictPrefix"))->click();
-        QVERIFY(!prefixList->isEnabled() && !fixture->control("cbxSyncDouble")->isEnabled());
     }
 
     // Which blockset counts as changed is the document's rule; here: every way out

@@ -5,6 +5,7 @@
 // Leaves out: editing and saving (test_settings_edits_gui, test_document_commands_gui).
 
 #include "MainWindowFixture.h"
+#include "support/Screenshot.h"
 
 #include <QAbstractButton>
 #include <QGroupBox>
@@ -79,11 +80,7 @@ private slots:
         }
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join("\n")));
 
-        const QString folder = qEnvironmentVariable("CUBRIX_SCREENSHOTS");
-        if (!folder.isEmpty()) {
-            QDir().mkpath(folder);
-            QVERIFY(window.grab().save(folder + '/' + QTest::currentDataTag() + ".png"));
-        }
+        QVERIFY(saveScreenshot(window, QTest::currentDataTag()));
     }
 
 private:

@@ -79,7 +79,6 @@ private slots:
         addRow("version", StyleField::Version, "", "2.0", "2.0", 3);
         // A '"' would end the attribute value early in the style file.
         addRow("orb link quote refused", StyleField::OrbHref, "", "a\"b", "ab", 2);
-        addRow("synopsis quote refused", StyleField::Synopsis, "", "\"W\"", "W", 1);
     }
 
     void editsReportFieldAndValue()
@@ -174,7 +173,6 @@ private slots:
         // enabled, prefix list enabled; "x" on, "." off.
         addColumns<QString, int>("boxes", "prefixIndex");
         addRow("inconsistent symbols", ".....", 0);
-        addRow("strict prefix setting off", ".x...", 0);
         addRow("strict on, sync off", "xx.xx", 5);
         addRow("strict and sync on", "xxxxx", 89);
     }

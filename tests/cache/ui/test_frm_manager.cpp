@@ -6,6 +6,7 @@
 #include "common/CommonFunctions.h"
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
+#include "support/Screenshot.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestFiles.h"
 
@@ -25,13 +26,6 @@ class TestFrmManager : public QObject {
     Q_OBJECT
 
     QTemporaryDir m_dir;
-
-    void grab(QWidget &widget, const QString &name)
-    {
-        const QString folder = qEnvironmentVariable("CUBRIX_SCREENSHOTS");
-        if (!folder.isEmpty() && QDir().mkpath(folder))
-            widget.grab().save(folder + u'/' + name + u".png"_s);
-    }
 
     // A fake Wine prefix with Rover registered for Internet Explorer and its cache
     // folder, whose host path is returned.
@@ -86,7 +80,7 @@ private slots:
         }
         if (files == 0)
             return;
-        grab(window, u"frmManager"_s);
+        QVERIFY(saveScreenshot(window, u"frmManager"_s));
 
         // A click on Size sorts by the byte count, a second click reverses it.
         const int size = 3;

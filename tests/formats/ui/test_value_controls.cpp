@@ -3,7 +3,6 @@
 // test_settings_pages).
 #include "formats/ui/UpDown.h"
 #include "formats/ui/usrColor.h"
-#include "formats/ui/usrPercentage.h"
 #include "formats/ui/usrPosition.h"
 #include "support/DataRows.h"
 
@@ -18,8 +17,8 @@
 
 namespace {
 
-// One of the three controls, made by kind ("color", "percentage", "position"),
-// with uniform access for the tables.
+// The colour or the position control, made by kind ("color", "position"), with
+// uniform access for the tables.
 struct AnyControl {
     std::unique_ptr<QWidget> widget;
     const char *property = nullptr;
@@ -29,8 +28,6 @@ struct AnyControl {
     {
         if (kind == "color")
             widget = std::make_unique<usrColor>(), property = "RGB", sample = "(1,2,3)";
-        else if (kind == "percentage")
-            widget = std::make_unique<usrPercentage>(), property = "Percentage", sample = "60%";
         else
             widget = std::make_unique<usrPosition>(), property = "Position", sample = "(4,-5)";
     }

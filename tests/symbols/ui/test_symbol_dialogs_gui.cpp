@@ -1,4 +1,5 @@
 #include "support/DataRows.h"
+#include "support/Screenshot.h"
 #include "support/ScriptedPrompts.h"
 #include "symbols/SymbolDialogs.h"
 #include "symbols/ui/SymbolDialog.h"
@@ -83,10 +84,7 @@ private slots:
                 single->setCurrentIndex(single->findText(u"E"_s));
                 if (!strict)
                     field->setText(u"!a"_s);
-                if (const QString dir = qEnvironmentVariable("CUBRIX_SCREENSHOTS"); !dir.isEmpty()) {
-                    QDir().mkpath(dir);
-                    dialog.grab().save(dir + u"/frmAddBlock-%1.png"_s.arg(QTest::currentDataTag()).replace(u' ', u'-'));
-                }
+                QVERIFY(saveScreenshot(dialog, u"frmAddBlock-"_s + QString::fromUtf8(QTest::currentDataTag())));
                 dialog.findChild<QPushButton *>(u"btnOK"_s)->click();
             });
         QVERIFY(answer.accepted);
@@ -134,10 +132,7 @@ private slots:
             remapAll->setCurrentIndex(4);
             syncDouble->setCurrentIndex(7);
             tabs->setCurrentIndex(1);
-            if (const QString dir = qEnvironmentVariable("CUBRIX_SCREENSHOTS"); !dir.isEmpty()) {
-                QDir().mkpath(dir);
-                dialog.grab().save(dir + u"/frmRemapSymbols.png"_s);
-            }
+            QVERIFY(saveScreenshot(dialog, u"frmRemapSymbols"_s));
             ok->click(); // answered No: stays open
             QVERIFY(dialog.isVisible());
             tabs->setCurrentIndex(0);
