@@ -34,7 +34,7 @@ QString FileStash::keep(const QString &relative)
 {
     if (!QDir().mkpath(m_stash))
         return QString();
-    const QString name = QString::number(++m_next);
+    QString name = QString::number(++m_next);
     const QByteArray from = PlatformFile::encodeName(m_working + u'/' + relative);
     const QByteArray to = PlatformFile::encodeName(m_stash + u'/' + name);
     int err = 0;

@@ -103,7 +103,7 @@ std::optional<PackedEntry> PackedEntries::entryForContent(const QString &path, c
     const auto found = m_forms.constFind(path);
     if (found == m_forms.cend())
         return std::nullopt;
-    const QList<Form> forms = *found;
+    const QList<Form> &forms = *found;
     quint32 crc = 0;
     bool crcKnown = false;
     for (const Form &form : forms) {

@@ -104,41 +104,6 @@ private slots:
                  updateWritten ? updateFileText(QStringLiteral("1.2"), comment, archive.size()) : oldUpdate);
     }
 
-    // An update message line starting with '<' makes Rover see no update: the
-    // save still succeeds and, with warnings on, says so once.
-    void roverCompatibility_data()
-    {
-        QTest::addColumn<bool>("showWarnings");
-        QTest::addColumn<QString>("comment");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("tag line, warnings on") << true << "Gates\r\n <b>new</b>"
-                                               << "Castle.txt, line 3";
-        QTest::newRow("tag line, warnings off") << false << "Gates\r\n<b>new</b>"
-                                                << "";
-        QTest::newRow("tag inside a line") << true << "Gates <b>new</b>"
-                                           << "";
-    }
-
-    void roverCompatibility()
-    {
-        QFETCH(bool, showWarnings);
-        QFETCH(QString, comment);
-        QFETCH(QString, shown);
-        DocumentEnv env;
-        env.setOption("showWarnings", showWarnings);
-        env.prompts.roverRejectionExpected = true;
-        const QString castle = env.addSet(QStringLiteral("Castle.bset"), castleFiles());
-        env.open(castle);
-        env.document.editUpdateComment(comment);
-        env.prompts.answers << PromptAnswer::Ok;
-        QVERIFY(env.document.saveBlockset());
-        QCOMPARE(env.prompts.messages.size(), shown.isEmpty() ? 0 : 1);
-        if (!shown.isEmpty()) {
-            QCOMPARE(env.prompts.messages.first().title, QStringLiteral("Rover compatibility"));
-            QVERIFY2(env.prompts.messages.first().text.contains(shown), qPrintable(env.prompts.messages.first().text));
-        }
-    }
-
     void saveFailure_data()
     {
         QTest::addColumn<QString>("fault");

@@ -27,11 +27,6 @@ QStringList sorted(QStringList list)
     return list.sort(), list;
 }
 
-QStringList keysOf(const QJsonValue &value)
-{
-    return sorted(value.toObject().keys());
-}
-
 // The castle fixture with a Windows-1252 copyright sign and a file no list shows.
 FileMap castle(const QString &styleName = u"Castle.style"_s)
 {
@@ -80,8 +75,6 @@ private slots:
 
         // The path is reported as given, here relative to the working directory.
         const QJsonObject json = infoJson(dir, u"Castle.bset"_s);
-        QCOMPARE(keysOf(json), sorted({u"file"_s, u"tab"_s, u"changed"_s, u"style"_s, u"symbols"_s, u"blocks"_s,
-                                       u"textures"_s, u"sounds"_s, u"update"_s, u"messages"_s}));
         QCOMPARE(json[u"file"_s].toString(), u"Castle.bset"_s);
         QCOMPARE(json[u"tab"_s].toInt(-1), 0);
         QCOMPARE(json[u"changed"_s].toBool(true), false);
@@ -90,18 +83,13 @@ private slots:
 
         // Every style value by its key; Windows-1252 in, UTF-8 out.
         const QJsonObject style = json[u"style"_s].toObject();
-        QCOMPARE(style.size(), 18);
         QCOMPARE(QStringList({style[u"copyright"_s].toString(), style[u"skyBrightness"_s].toString(),
                               style[u"orbPosition"_s].toString(), style[u"orbText"_s].toString()}),
                  QStringList({u"\u00a9 2024 Quillmoor"_s, u"80%"_s, u"(45,30)"_s, u"Home"_s}));
-        QCOMPARE(keysOf(json[u"symbols"_s]), sorted({u"strictPrefix"_s, u"strictPrefixEnabled"_s, u"syncDouble"_s,
-                                                     u"syncDoubleEnabled"_s, u"prefix"_s}));
         QCOMPARE(json[u"symbols"_s][u"prefix"_s].toString(), u"."_s);
 
-        // One block row with every key; the rows themselves are the open's own tests.
+        // The keys are the JSON schemas' test (cli_json_schemas); the rows are the open's own tests.
         const QJsonObject door = json[u"blocks"_s].toArray().first().toObject();
-        QCOMPARE(keysOf(door),
-                 sorted({u"file"_s, u"name"_s, u"symbol"_s, u"double"_s, u"type"_s, u"bsp"_s, u"size"_s}));
         QCOMPARE(door[u"size"_s].toInteger(), castleFiles()[u"blocks/door.block"_s].size());
         QCOMPARE(json[u"sounds"_s].toArray().first()[u"size"_s].toInteger(), 1234567);
         // The working folder is the CLI's own and gone when it exits.
