@@ -24,7 +24,7 @@ void RecentMenu::fill()
     m_menu->clear();
     const QStringList paths = m_recent.paths();
     for (qsizetype i = 0; i < paths.size(); ++i) {
-        const QString path = paths.at(i);
+        const QString &path = paths.at(i);
         // "&1" .. "&9", then "1&0": each entry has its own accelerator.
         const QString number = i < 9 ? u"&"_s + QString::number(i + 1) : u"1&0"_s;
         QString name = QFileInfo(path).fileName();
