@@ -124,12 +124,11 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
                 options.answerNo = true;
             else if (argument == "--break-lock"_L1)
                 options.breakLock = true;
-            else if (argument == "--all"_L1 || argument == "--sync-double"_L1 || argument == "--rebuild"_L1)
-                options.commandOptions.append(argument);
             else if ((argument == "--prefix"_L1 || argument == "--from"_L1 || CliShrink::takesValue(argument))
                      && i + 1 < arguments.size())
                 options.commandOptions << argument << arguments[++i];
-            else if (CliShrink::isOption(argument) && !CliShrink::takesValue(argument))
+            else if (argument == "--all"_L1 || argument == "--sync-double"_L1 || argument == "--rebuild"_L1
+                     || (CliShrink::isOption(argument) && !CliShrink::takesValue(argument)))
                 options.commandOptions.append(argument);
             else
                 return u"unknown option \""_s + argument + u'"';
@@ -153,7 +152,7 @@ QString CliApp::parse(const QStringList &arguments, Options &options)
         if (options.json)
             return u"--json is an option of info"_s;
     } else if (options.command == "shrink"_L1) {
-        if (const QString problem = CliShrink::check(options.files, options.commandOptions); !problem.isEmpty())
+        if (QString problem = CliShrink::check(options.files, options.commandOptions); !problem.isEmpty())
             return problem;
     } else if (CliEditCommands::handles(options.command)) {
         QString problem = CliEditCommands::check(options.command, options.files, options.commandOptions);
