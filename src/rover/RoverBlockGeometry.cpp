@@ -7,20 +7,9 @@
 
 namespace {
 
-RoverPoint minus(const RoverPoint &a, const RoverPoint &b)
-{
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-
-RoverPoint cross(const RoverPoint &a, const RoverPoint &b)
-{
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-double dot(const RoverPoint &a, const RoverPoint &b)
-{
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
+using RoverVector::cross;
+using RoverVector::dot;
+using RoverVector::minus;
 
 RoverPoint inUnits(const RoverPoint &p)
 {

@@ -13,6 +13,22 @@
 // Rover divides block coordinates (texels) by this to get world units.
 constexpr double roverTexelsPerUnit = 80.0;
 
+// Vector arithmetic on block points, shared by the geometry and the BSP builder.
+namespace RoverVector {
+inline RoverPoint minus(const RoverPoint &a, const RoverPoint &b)
+{
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+inline RoverPoint cross(const RoverPoint &a, const RoverPoint &b)
+{
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+inline double dot(const RoverPoint &a, const RoverPoint &b)
+{
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+} // namespace RoverVector
+
 // A polygon's plane from its first three vertices v1, v2, v3 only: normal
 // (v3 - v2) x (v1 - v2) made unit length (zero when they are in line), offset
 // d = -normal . v1 with v1 in world units. The front is the side the normal
