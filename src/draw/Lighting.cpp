@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
-int Lighting::shade255(const QVector3D &normal) const
+quint32 Lighting::shade255(const QVector3D &normal) const
 {
     if (!enabled)
         return 255;
     const double low = std::isfinite(ambient) ? std::clamp(ambient, 0.0, 1.0) : 0.0;
     const double facing = std::max(0.0, double(QVector3D::dotProduct(normal, towardLight.normalized())));
-    return int(std::lround(255.0 * std::min(1.0, low + (1.0 - low) * facing)));
+    return quint32(std::lround(255.0 * std::min(1.0, low + (1.0 - low) * facing)));
 }

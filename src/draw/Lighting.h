@@ -15,5 +15,5 @@ struct Lighting {
     double ambient = 0.45;
 
     // The factor for a polygon with this (viewer-facing, unit) normal, 0..255.
-    int shade255(const QVector3D &normal) const;
+    quint32 shade255(const QVector3D &normal) const;
 };

@@ -1,7 +1,8 @@
-// New, close and the save questions of new, close and the window's unload,
-// driven through scripted prompts.
+// New and close, and the save question of open, new, close and the window's
+// unload, driven through scripted prompts.
 
 #include "DocumentFixture.h"
+#include "support/DataRows.h"
 
 Q_DECLARE_METATYPE(NewBlocksetChoice)
 
@@ -25,20 +26,12 @@ private slots:
     void newBlockset_data()
     {
         QTest::addColumn<NewBlocksetChoice>("answer"); // of the New Blockset dialog
-        QTest::addColumn<bool>("syncBlockset");
-        QTest::addColumn<QString>("fileName");
-        QTest::addColumn<QString>("versionText");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("name and version, both symbol modes") << choice("Castle", "1.0") << true << "Castle"
-                                                             << "1.0"
-                                                             << "Strict Prefix & Sync Double Mode activated.";
-        QTest::newRow("name not synchronised, strict prefix only, last prefix")
-            << choice("Castle", "1.0", true, false, 89) << false << "Untitled"
-            << "1.0"
-            << "Strict Prefix Mode activated.";
-        QTest::newRow("nothing entered, no symbol mode") << choice("", "", false, false) << true << "Untitled"
-                                                         << "No Version"
-                                                         << "";
+        addColumns<bool, QString, QString, QString>("syncBlockset", "fileName", "versionText", "text");
+        addRow("name and version, both symbol modes", choice("Castle", "1.0"), true, "Castle", "1.0",
+               "Strict Prefix & Sync Double Mode activated.");
+        addRow("name not synchronised, strict prefix only, last prefix", choice("Castle", "1.0", true, false, 89),
+               false, "Untitled", "1.0", "Strict Prefix Mode activated.");
+        addRow("nothing entered, no symbol mode", choice("", "", false, false), true, "Untitled", "No Version", "");
     }
 
     void newBlockset()
@@ -115,133 +108,132 @@ private slots:
         QVERIFY(readBset(target).value(QStringLiteral("Fresh.style")).contains("author=\"Me\""));
     }
 
+    // The save question of Open, New, Close and the window's unload: asked only for
+    // a blockset that counts as changed; Cancel, or a Yes whose save fails, changes
+    // nothing; Yes saves first; No goes on without saving.
     void saveQuestion_data()
     {
-        QTest::addColumn<bool>("isNew");   // New, else Close
-        QTest::addColumn<QString>("edit"); // "none", "style", "update"
-        QTest::addColumn<PromptAnswer>("answer");
-        QTest::newRow("close, changed, cancel") << false << "style" << PromptAnswer::Cancel;
-        QTest::newRow("close, changed, yes") << false << "style" << PromptAnswer::Yes;
-        QTest::newRow("close, update comment, no") << false << "update" << PromptAnswer::No;
-        QTest::newRow("new, changed, cancel") << true << "style" << PromptAnswer::Cancel;
-        QTest::newRow("new, update comment, yes") << true << "update" << PromptAnswer::Yes;
+        // edit: "style", "update" (the comment), "none"; "untitled": a new blockset
+        // with a style edit; "closed": closed with the comment edited, answered No.
+        // answer Ok: no question expected.
+        addColumns<QString, QString, PromptAnswer, bool>("command", "edit", "answer", "saveFails");
+        addRow("open, changed, cancel", "open", "style", PromptAnswer::Cancel, false);
+        addRow("open, changed, yes", "open", "style", PromptAnswer::Yes, false);
+        addRow("open, yes, save fails", "open", "style", PromptAnswer::Yes, true);
+        addRow("new, changed, cancel", "new", "style", PromptAnswer::Cancel, false);
+        addRow("new, update comment, yes", "new", "update", PromptAnswer::Yes, false);
+        addRow("close, changed, yes", "close", "style", PromptAnswer::Yes, false);
+        addRow("close, update comment, no", "close", "update", PromptAnswer::No, false);
+        addRow("unload, unchanged", "unload", "none", PromptAnswer::Ok, false);
+        addRow("unload, closed, comment still flagged", "unload", "closed", PromptAnswer::Ok, false);
+        addRow("unload, changed, no", "unload", "style", PromptAnswer::No, false);
+        addRow("unload, untitled, yes", "unload", "untitled", PromptAnswer::Yes, false);
+        addRow("unload, changed, cancel keeps the window", "unload", "style", PromptAnswer::Cancel, false);
     }
 
     void saveQuestion()
     {
-        QFETCH(bool, isNew);
+        QFETCH(QString, command);
         QFETCH(QString, edit);
         QFETCH(PromptAnswer, answer);
+        QFETCH(bool, saveFails);
         DocumentEnv env;
-        const QString castle = env.addSet(QStringLiteral("Castle.bset"), castleFiles());
-        env.open(castle);
-        if (edit == "style")
-            env.document.editStyleValue(StyleField::Name, QStringLiteral("Renamed"));
-        else if (edit == "update")
-            env.document.editUpdateComment(QStringLiteral("Closing remark"));
-        env.prompts.answers = {answer};
-        env.prompts.newAnswers = {choice(QStringLiteral("Next"))};
-        const QByteArray archive = readBytes(castle);
-        env.document.setTab(BlocksetDocument::TabSounds);
-        env.view.clear();
-
-        isNew ? env.document.newBlockset() : env.document.closeBlockset();
-
-        QCOMPARE(env.view.processTexts.first(), isNew ? "New Blockset..." : "Close Blockset...");
-        QCOMPARE(env.prompts.messages.size(), edit == "none" ? 0 : 1);
-        if (edit != "none")
-            verifyMessage(env.prompts, 0, isNew ? kCurrentChanged : kChanged, isNew ? "New Blockset" : "Close Blockset",
-                          PromptButtons::YesNoCancel, PromptIcon::None);
-        const bool saved = answer == PromptAnswer::Yes;
-        QCOMPARE(QFile::exists(env.setPath(QStringLiteral("Castle.txt"))), saved);
-        QCOMPARE(readBset(castle).value(QStringLiteral("Castle.style")).contains("name=\"Renamed\""),
-                 saved && edit == "style");
-        if (answer == PromptAnswer::Cancel) {           // nothing changes, and the status panel is cleared
-            QCOMPARE(env.prompts.newAnswers.size(), 1); // no New Blockset dialog
-            QVERIFY(env.document.blocksetOpen() && env.document.isChanged());
-            QCOMPARE(env.document.blocksetFileName(), QStringLiteral("Castle.bset"));
-            QCOMPARE(env.document.versionText(), QStringLiteral("1.2"));
-            QCOMPARE(env.document.tab(), int(BlocksetDocument::TabSounds));
-            QCOMPARE(filesBelow(env.folder.workingFolder()), castleFiles());
-            QCOMPARE(readBytes(castle), archive);
-            QCOMPARE(env.document.processText(), QString());
-            return;
-        }
-        if (isNew) {
-            QCOMPARE(env.document.blocksetFileName(), QStringLiteral("Next"));
-            QVERIFY(env.document.blocksetUntitled() && !env.document.updateChanged());
-            return;
-        }
-        QVERIFY(!env.document.blocksetOpen() && !env.document.blocksetChanged());
-        QCOMPARE(env.document.blocksetFileName() + env.document.versionText() + env.document.processText(), QString());
-        QVERIFY(!env.document.processMessageShown());
-        QCOMPARE(env.document.tab(), int(BlocksetDocument::TabBlocks));
-        QCOMPARE(env.document.blockCount(), 0);
-        QCOMPARE(env.document.style(), StyleValues());
-        QVERIFY(filesBelow(env.folder.workingFolder()).isEmpty());
-        const InterfaceState state = computeInterfaceState(interfaceFacts(env.document, true));
-        QCOMPARE(state.caption + state.blocksPanel + state.versionPanel, QStringLiteral("Cubrix"));
-        // An unsaved edit of the update comment stays flagged after close; the next open,
-        // which asks nothing because nothing is open, clears it.
-        QCOMPARE(env.document.updateChanged(), edit == "update");
-        env.prompts.messages.clear();
-        env.open(castle);
-        QVERIFY(env.prompts.messages.isEmpty() && !env.document.updateChanged());
-    }
-
-    void unloadQuestion_data()
-    {
-        QTest::addColumn<QString>("state");       // "unchanged", "closed", "style", "update", "untitled"
-        QTest::addColumn<PromptAnswer>("answer"); // Ok: no question expected
-        QTest::newRow("unchanged") << "unchanged" << PromptAnswer::Ok;
-        QTest::newRow("closed, update comment still flagged") << "closed" << PromptAnswer::Ok;
-        QTest::newRow("changed, no") << "style" << PromptAnswer::No;
-        QTest::newRow("update comment only, yes") << "update" << PromptAnswer::Yes;
-        QTest::newRow("untitled, yes") << "untitled" << PromptAnswer::Yes;
-        QTest::newRow("changed, cancel keeps the window") << "style" << PromptAnswer::Cancel;
-    }
-
-    // The unload question comes only for an open blockset that counts as changed.
-    void unloadQuestion()
-    {
-        QFETCH(QString, state);
-        QFETCH(PromptAnswer, answer);
-        DocumentEnv env;
-        const QString castle = env.addSet(QStringLiteral("Castle.bset"), castleFiles());
+        const QString castle = env.addSet(QStringLiteral("own/Castle.bset"), castleFiles());
+        const FileMap other{{QStringLiteral("Other.style"), styleFile(QStringLiteral("Other"))},
+                            {QStringLiteral("sounds/a.wav"), QByteArray("wave")}};
+        const QString otherPath = env.addSet(QStringLiteral("Other.bset"), other);
         const QString draft = env.setPath(QStringLiteral("Draft.bset"));
-        if (state == "untitled") {
+        if (edit == "untitled") {
             env.prompts.newAnswers = {choice(QStringLiteral("Draft"), QStringLiteral("1.0"))};
             (void)env.document.newBlockset();
-            env.prompts.fileAnswers = {draft};
         } else {
             env.open(castle);
         }
-        if (state == "style" || state == "untitled")
+        if (edit == "style" || edit == "untitled")
             env.document.editStyleValue(StyleField::Author, QStringLiteral("Me"));
-        else if (state != "unchanged")
+        else if (edit != "none")
             env.document.editUpdateComment(QStringLiteral("last words"));
-        if (state == "closed") {
+        if (edit == "closed") {
             env.prompts.answers = {PromptAnswer::No};
             (void)env.document.closeBlockset();
             env.prompts.messages.clear();
         }
+        if (saveFails) {
+            QVERIFY(QDir(env.setPath(QStringLiteral("own"))).removeRecursively());
+            env.prompts.choices << 1; // the archive is gone from disk: Overwrite
+        }
         const QByteArray archive = readBytes(castle);
-        const bool asked = answer != PromptAnswer::Ok;
+        const QStringList working = filesBelow(env.folder.workingFolder()).keys();
+        env.document.setTab(BlocksetDocument::TabSounds);
         env.prompts.answers = {answer};
+        env.prompts.newAnswers = {choice(QStringLiteral("Next"))};
+        env.prompts.fileAnswers = {command == "open" ? otherPath : draft};
 
-        QCOMPARE(env.document.askSaveOnUnload(), answer != PromptAnswer::Cancel);
+        bool goesOn = true;
+        if (command == "open")
+            goesOn = env.document.openBlockset().ok();
+        else if (command == "new")
+            goesOn = env.document.newBlockset().ok();
+        else if (command == "close")
+            goesOn = env.document.closeBlockset().ok();
+        else
+            goesOn = env.document.askSaveOnUnload();
 
-        QCOMPARE(env.prompts.messages.size(), asked ? 1 : 0);
+        const bool asked = answer != PromptAnswer::Ok;
+        const bool stopped = answer == PromptAnswer::Cancel || saveFails;
+        const QString text = command == "open" || command == "new" ? kCurrentChanged : kChanged;
+        const QMap<QString, QString> titles{{"open", "Open Blockset"},
+                                            {"new", "New Blockset"},
+                                            {"close", "Close Blockset"},
+                                            {"unload", "Blockset Changed"}};
         if (asked)
-            verifyMessage(env.prompts, 0, kChanged, "Blockset Changed", PromptButtons::YesNoCancel, PromptIcon::None);
-        const bool saved = answer == PromptAnswer::Yes;
-        QCOMPARE(env.document.isChanged(), (asked && !saved) || state == "closed");
-        if (state == "untitled")
-            QVERIFY(readBset(draft).value(QStringLiteral("Draft.style")).contains("author=\"Me\""));
-        else if (state == "style")
-            QVERIFY(!readBset(castle).value(QStringLiteral("Castle.style")).contains("author=\"Me\""));
-        else if (state == "update")
-            QVERIFY(readBytes(castle) == archive && QFile::exists(env.setPath(QStringLiteral("Castle.txt"))));
+            verifyMessage(env.prompts, 0, text, titles[command], PromptButtons::YesNoCancel, PromptIcon::None);
+        QCOMPARE(env.prompts.messageTexts(),
+                 saveFails ? QStringList(
+                     {text, "The blockset was changed on disk since you opened it.", "Unable to save blockset!"})
+                 : asked ? QStringList({text})
+                         : QStringList());
+        QCOMPARE(goesOn, !stopped);
+        const bool saved = answer == PromptAnswer::Yes && !saveFails;
+        if (edit == "style")
+            QCOMPARE(readBset(castle).value(QStringLiteral("Castle.style")).contains("author=\"Me\""), saved);
+        QCOMPARE(QFile::exists(env.setPath(QStringLiteral("own/Castle.txt"))), saved && edit != "untitled");
+        QCOMPARE(QFile::exists(draft), saved && edit == "untitled");
+        if (stopped) {
+            QVERIFY(env.document.blocksetOpen() && env.document.isChanged());
+            QCOMPARE(env.document.blocksetPath(), castle);
+            QCOMPARE(env.document.tab(), int(BlocksetDocument::TabSounds));
+            QCOMPARE(filesBelow(env.folder.workingFolder()).keys(), working);
+            QCOMPARE(readBytes(castle), archive);
+            QCOMPARE(env.document.processText(), QString());
+            return;
+        }
+        if (command == "open") { // the other blockset opens clean: nothing of the first one is left
+            QCOMPARE(env.document.blocksetPath(), otherPath);
+            QVERIFY(!env.document.isChanged());
+            QCOMPARE(env.document.versionText() + env.document.updateComment(), QString());
+            QCOMPARE(filesBelow(env.folder.workingFolder()), other);
+        } else if (command == "new") {
+            QCOMPARE(env.document.blocksetFileName(), QStringLiteral("Next"));
+            QVERIFY(env.document.blocksetUntitled() && !env.document.updateChanged());
+        } else if (command == "close") {
+            QVERIFY(!env.document.blocksetOpen() && !env.document.blocksetChanged());
+            QCOMPARE(env.document.blocksetFileName() + env.document.versionText() + env.document.processText(),
+                     QString());
+            QCOMPARE(env.document.tab(), int(BlocksetDocument::TabBlocks));
+            QCOMPARE(env.document.style(), StyleValues());
+            QVERIFY(filesBelow(env.folder.workingFolder()).isEmpty());
+            const InterfaceState state = computeInterfaceState(interfaceFacts(env.document, true));
+            QCOMPARE(state.caption + state.blocksPanel + state.versionPanel, QStringLiteral("Cubrix"));
+            // An unsaved comment stays flagged after close; the next open, which asks
+            // nothing because nothing is open, clears it.
+            QCOMPARE(env.document.updateChanged(), edit == "update");
+            env.prompts.messages.clear();
+            env.open(castle);
+            QVERIFY(env.prompts.messages.isEmpty() && !env.document.updateChanged());
+        } else {
+            QCOMPARE(env.document.isChanged(), (asked && !saved) || edit == "closed");
+        }
     }
 };
 

@@ -4,11 +4,11 @@
 #include "DocumentFixture.h"
 #include "app/RecentFiles.h"
 #include "formats/ValueFormats.h"
+#include "support/DataRows.h"
 
 namespace {
 
 const QString kOpenTitle = QStringLiteral("Open Blockset");
-const QString kSaveFirst = QStringLiteral("The current blockset has been changed. Do you want to save it first?");
 const QString kNoStyle =
     QStringLiteral("Unable to load style file!\nYou will have to define all block symbols manually.");
 const QString kBothModes = QStringLiteral("Strict Prefix & Sync Double Mode activated.");
@@ -114,10 +114,10 @@ private slots:
     {
         QTest::addColumn<QList<int>>("counts"); // blocks, textures, sounds
         QTest::addColumn<int>("tab");
-        QTest::newRow("blocks first") << QList<int>{1, 1, 1} << int(BlocksetDocument::TabBlocks);
-        QTest::newRow("textures before sounds") << QList<int>{0, 1, 1} << int(BlocksetDocument::TabTextures);
-        QTest::newRow("sounds only") << QList<int>{0, 0, 1} << int(BlocksetDocument::TabSounds);
-        QTest::newRow("nothing") << QList<int>{0, 0, 0} << int(BlocksetDocument::TabSettings);
+        addRow("blocks first", QList<int>{1, 1, 1}, int(BlocksetDocument::TabBlocks));
+        addRow("textures before sounds", QList<int>{0, 1, 1}, int(BlocksetDocument::TabTextures));
+        addRow("sounds only", QList<int>{0, 0, 1}, int(BlocksetDocument::TabSounds));
+        addRow("nothing", QList<int>{0, 0, 0}, int(BlocksetDocument::TabSettings));
     }
 
     void tabChoice()
@@ -143,12 +143,10 @@ private slots:
         QTest::addColumn<QString>("styleFile");   // "" = the archive holds none
         QTest::addColumn<PromptAnswer>("answer"); // to the rename question
         QTest::addColumn<bool>("settings");       // syncBlockset and strictPrefix
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("differing, renamed") << "Red.style" << PromptAnswer::Yes << true << "Castle" << kBothModes;
-        QTest::newRow("differing, declined") << "Red.style" << PromptAnswer::No << true << "Blue" << kBothModes;
-        QTest::newRow("none, settings off") << "" << PromptAnswer::Ok << false << ""
-                                            << "";
+        addColumns<QString, QString>("name", "text");
+        addRow("differing, renamed", "Red.style", PromptAnswer::Yes, true, "Castle", kBothModes);
+        addRow("differing, declined", "Red.style", PromptAnswer::No, true, "Blue", kBothModes);
+        addRow("none, settings off", "", PromptAnswer::Ok, false, "", "");
     }
 
     // A style file named after another archive is read only after the user agrees
@@ -205,17 +203,13 @@ private slots:
 
     void styleNamedAfterArchive_data()
     {
-        QTest::addColumn<QString>("archive");
-        QTest::addColumn<QStringList>("styles");
+        addColumns<QString, QStringList>("archive", "styles");
         QTest::addColumn<QString>("stem"); // the archive's name without extension
         QTest::addColumn<QString>("readName");
-        QTest::newRow("own style beside another") << "Blue.bset" << QStringList{"Blue", "Red"} << "Blue"
-                                                  << "Blue";
-        QTest::newRow("dotted name, listed after others")
-            << "my.old.set.bset" << QStringList{"a", "my", "my.old.set"} << "my.old.set"
-            << "my.old.set";
-        QTest::newRow("case differs: asks") << "Blue.bset" << QStringList{"blue"} << "Blue"
-                                            << "blue";
+        addRow("own style beside another", "Blue.bset", QStringList{"Blue", "Red"}, "Blue", "Blue");
+        addRow("dotted name, listed after others", "my.old.set.bset", QStringList{"a", "my", "my.old.set"},
+               "my.old.set", "my.old.set");
+        addRow("case differs: asks", "Blue.bset", QStringList{"blue"}, "Blue", "blue");
     }
 
     void styleNamedAfterArchive()
@@ -246,68 +240,6 @@ private slots:
                  styles.size());
     }
 
-    void saveQuestion_data()
-    {
-        QTest::addColumn<PromptAnswer>("answer");
-        QTest::addColumn<bool>("saveFails");
-        QTest::newRow("cancel") << PromptAnswer::Cancel << false;
-        QTest::newRow("yes") << PromptAnswer::Yes << false;
-        // A Yes whose save fails stops the open like Cancel, without a stale status text.
-        QTest::newRow("yes, save fails") << PromptAnswer::Yes << true;
-    }
-
-    void saveQuestion()
-    {
-        QFETCH(PromptAnswer, answer);
-        QFETCH(bool, saveFails);
-        DocumentEnv env;
-        const QString castle = env.addSet(QStringLiteral("own/Castle.bset"), castleFiles());
-        writeFile(env.setPath(QStringLiteral("own/Castle.txt")),
-                  updateFileText(QStringLiteral("1.2"), QStringLiteral("Castle comment"), 1));
-        const FileMap other{{QStringLiteral("Other.style"), styleFile(QStringLiteral("Other"))},
-                            {QStringLiteral("sounds/a.wav"), QByteArray("wave")}};
-        const QString otherPath = env.addSet(QStringLiteral("Other.bset"), other);
-        env.open(castle);
-        env.document.editStyleValue(StyleField::Name, QStringLiteral("Fortress"));
-        if (saveFails) {
-            QVERIFY(QDir(env.setPath(QStringLiteral("own"))).removeRecursively());
-            env.prompts.choices << 1; // the archive is gone from disk: Overwrite
-        }
-        const QByteArray castleBefore = readBytes(castle);
-        env.prompts.answers = {answer};
-        env.prompts.fileAnswers = {otherPath};
-
-        (void)env.document.openBlockset();
-
-        verifyMessage(env.prompts, 0, kSaveFirst, kOpenTitle, PromptButtons::YesNoCancel, PromptIcon::None);
-        QCOMPARE(env.prompts.messageTexts(),
-                 saveFails ? QStringList(
-                     {kSaveFirst, "The blockset was changed on disk since you opened it.", "Unable to save blockset!"})
-                           : QStringList({kSaveFirst}));
-        QVERIFY(env.document.blocksetOpen());
-        if (answer == PromptAnswer::Cancel || saveFails) {
-            QVERIFY(env.prompts.fileRequests.isEmpty());
-            QCOMPARE(env.document.blocksetPath(), castle);
-            QVERIFY(env.document.blocksetChanged());
-            QCOMPARE(env.document.style().name, QStringLiteral("Fortress"));
-            QCOMPARE(env.document.blockCount(), 3);
-            QCOMPARE(filesBelow(env.folder.workingFolder()).keys(), castleFiles().keys());
-            QCOMPARE(readBytes(castle), castleBefore);
-            QCOMPARE(env.document.processText(), QString());
-            return;
-        }
-        QVERIFY(readBset(castle).value(QStringLiteral("Castle.style")).contains("name=\"Fortress\""));
-        // The other blockset opens clean: nothing of the first one is left.
-        QCOMPARE(env.document.blocksetPath(), otherPath);
-        QVERIFY(!env.document.isChanged());
-        StyleValues expected;
-        expected.name = QStringLiteral("Other");
-        QCOMPARE(env.document.style(), expected);
-        QCOMPARE(env.document.versionText() + env.document.updateComment(), QString());
-        QCOMPARE(env.document.blockCount(), 0);
-        QCOMPARE(filesBelow(env.folder.workingFolder()), other);
-    }
-
     // Windows tools write the item folders in any case; every item opens and Save
     // keeps every symbol, in the lower-case layout, once.
     void foldersInAnyCase()
@@ -332,12 +264,11 @@ private slots:
 
     void brokenArchive_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<bool>("openBefore");
-        QTest::newRow("missing") << "missing" << false;
-        QTest::newRow("not a zip") << "text" << false;
-        QTest::newRow("bad CRC, a blockset was open") << "crc" << true;
-        QTest::newRow("bad CRC in the last entry only") << "last crc" << false;
+        addColumns<QString, bool>("kind", "openBefore");
+        addRow("missing", "missing", false);
+        addRow("not a zip", "text", false);
+        addRow("bad CRC, a blockset was open", "crc", true);
+        addRow("bad CRC in the last entry only", "last crc", false);
     }
 
     void brokenArchive()

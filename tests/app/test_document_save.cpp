@@ -10,6 +10,7 @@
 #include "app/BlocksetSizeMonitor.h"
 #include "items/AddItems.h"
 #include "storage/PlatformFile.h"
+#include "support/DataRows.h"
 #include "support/MediaBytes.h"
 
 #include <QRegularExpression>
@@ -45,14 +46,11 @@ class TestDocumentSave : public QObject {
 private slots:
     void saveResult_data()
     {
-        QTest::addColumn<bool>("editUpdate");
-        QTest::addColumn<bool>("editStyle");
-        QTest::addColumn<bool>("updateFile");
-        QTest::addColumn<QString>("status");
-        QTest::newRow("nothing changed") << false << false << true << "saved.";
-        QTest::newRow("only the update comment") << true << false << true << "Update file saved.";
-        QTest::newRow("style value") << false << true << true << "Blockset and update file saved.";
-        QTest::newRow("both, update file off") << true << true << false << "Blockset saved.";
+        addColumns<bool, bool, bool, QString>("editUpdate", "editStyle", "updateFile", "status");
+        addRow("nothing changed", false, false, true, "saved.");
+        addRow("only the update comment", true, false, true, "Update file saved.");
+        addRow("style value", false, true, true, "Blockset and update file saved.");
+        addRow("both, update file off", true, true, false, "Blockset saved.");
     }
 
     void saveResult()
@@ -106,17 +104,12 @@ private slots:
 
     void saveFailure_data()
     {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("style file cannot be written") << "style"
-                                                      << "Unable to write style file!";
-        QTest::newRow("archive folder gone") << "folder"
-                                             << "Unable to save blockset!";
-        QTest::newRow("update file cannot be written")
-            << "update"
-            << "Unable to save update information!\nThe blockset was not saved: it stays on disk as it was.";
-        QTest::newRow("archive missing for the update size") << "nosize"
-                                                             << "Unable to save update information!";
+        addColumns<QString, QString>("fault", "message");
+        addRow("style file cannot be written", "style", "Unable to write style file!");
+        addRow("archive folder gone", "folder", "Unable to save blockset!");
+        addRow("update file cannot be written", "update",
+               "Unable to save update information!\nThe blockset was not saved: it stays on disk as it was.");
+        addRow("archive missing for the update size", "nosize", "Unable to save update information!");
     }
 
     void saveFailure()
@@ -160,18 +153,10 @@ private slots:
     void saveAs_data()
     {
         QTest::addColumn<bool>("sync"); // the settings syncBlockset and updateFile
-        QTest::addColumn<QString>("newName");
-        QTest::addColumn<QString>("blocksetName");
-        QTest::addColumn<QString>("status");
-        QTest::newRow("name follows the file") << true << "Keep.v2.bset"
-                                               << "Keep.v2"
-                                               << "Blockset and update file saved.";
-        QTest::newRow("name kept, no update file") << false << "Keep.bset"
-                                                   << "Castle"
-                                                   << "Blockset saved.";
-        QTest::newRow("dialog cancelled") << true << ""
-                                          << "Castle"
-                                          << "";
+        addColumns<QString, QString, QString>("newName", "blocksetName", "status");
+        addRow("name follows the file", true, "Keep.v2.bset", "Keep.v2", "Blockset and update file saved.");
+        addRow("name kept, no update file", false, "Keep.bset", "Castle", "Blockset saved.");
+        addRow("dialog cancelled", true, "", "Castle", "");
     }
 
     void saveAs()
@@ -334,8 +319,8 @@ private slots:
     void sizeLimit_data()
     {
         QTest::addColumn<qint64>("size");
-        QTest::newRow("exactly at the limit") << qint64(307200);
-        QTest::newRow("one byte over") << qint64(307201);
+        addRow("exactly at the limit", qint64(307200));
+        addRow("one byte over", qint64(307201));
     }
 
     void sizeLimit()
@@ -372,29 +357,16 @@ private slots:
 
     void mediaFiles_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("finding");
-        QTest::addColumn<QString>("addWarning");
+        addColumns<QString, QByteArray, QString, QString>("file", "bytes", "finding", "addWarning");
         const QString untextured = u": it draws these parts untextured: lamp.block, part \"glow\""_s;
-        QTest::newRow("clean GIF") << u"textures/t.gif"_s << gif(8, 8, true, {GifFrame{}}) << QString() << QString();
-        QTest::newRow("GIF with a local colour table")
-            << u"textures/t.gif"_s << gif(8, 8, true, {GifFrame{.localTable = true}})
-            << u"warning: Rover cannot use this texture (a frame has a colour table of its own)"_s + untextured
-            << u"Rover cannot use the texture \"t.gif\": a frame has a colour table of its own."_s;
-        QTest::newRow("CMYK JPEG unused")
-            << u"textures/print.jpg"_s << jpeg(0xC0, 8, 16, 16, 4)
-            << u"error: Rover cannot use this texture (a four-channel (CMYK or YCCK) JPEG overruns Rover's line "
-               u"buffer): "
-               "what it does with it is undefined; no part uses it yet"_s
-            << u"Rover cannot use the texture \"print.jpg\": a four-channel (CMYK or YCCK) JPEG overruns Rover's line "
-               "buffer."_s;
-        QTest::newRow("extensible WAV")
-            << u"sounds/hum.wav"_s << wav(0xFFFE)
-            << u"warning: Rover plays nothing for this sound (not plain PCM: extensible format (format tag 0xFFFE)); "
-               "used by lamp.block"_s
-            << u"Rover cannot play the sound \"hum.wav\": not plain PCM: extensible format (format tag 0xFFFE)."_s;
-        QTest::newRow("plain PCM WAV") << u"sounds/hum.wav"_s << wav(1) << QString() << QString();
+        addRow("clean GIF", u"textures/t.gif"_s, gif(8, 8, true, {GifFrame{}}), QString(), QString());
+        addRow("GIF with a local colour table", u"textures/t.gif"_s, gif(8, 8, true, {GifFrame{.localTable = true}}),
+               u"warning: Rover cannot use this texture (a frame has a colour table of its own)"_s + untextured,
+               u"Rover cannot use the texture \"t.gif\": a frame has a colour table of its own."_s);
+        addRow("extensible WAV", u"sounds/hum.wav"_s, wav(0xFFFE),
+               u"warning: Rover plays nothing for this sound (not plain PCM: extensible format (format tag 0xFFFE)); "
+               "used by lamp.block"_s,
+               u"Rover cannot play the sound \"hum.wav\": not plain PCM: extensible format (format tag 0xFFFE)."_s);
     }
 
     void mediaFiles()
@@ -428,8 +400,8 @@ private slots:
     void savedSizeEstimate_data()
     {
         QTest::addColumn<QStringList>("added");
-        QTest::newRow("as opened") << QStringList();
-        QTest::newRow("a sound and a texture added") << QStringList{u"noise.wav"_s, u"big.jpg"_s};
+        addRow("as opened", QStringList());
+        addRow("a sound and a texture added", QStringList{u"noise.wav"_s, u"big.jpg"_s});
     }
 
     void savedSizeEstimate()

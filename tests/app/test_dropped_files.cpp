@@ -1,5 +1,6 @@
 #include "DocumentFixture.h"
 #include "app/DroppedFiles.h"
+#include "support/DataRows.h"
 
 using namespace Qt::StringLiterals;
 
@@ -11,13 +12,12 @@ class TestDroppedFiles : public QObject {
 private slots:
     void acceptedTypes_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<bool>("accepted");
+        addColumns<QString, bool>("path", "accepted");
         for (const char *known : {"bset", "block", "jpg", "gif", "wav"})
-            QTest::newRow(known) << u"/x/a."_s + QLatin1StringView(known) << true;
-        QTest::newRow("capital JPG") << u"/x/photo.JPG"_s << true;
-        QTest::newRow("png") << u"/x/a.png"_s << false;
-        QTest::newRow("dot in the folder only") << u"/x.bset/file"_s << false;
+            addRow(known, u"/x/a."_s + QLatin1StringView(known), true);
+        addRow("capital JPG", u"/x/photo.JPG"_s, true);
+        addRow("png", u"/x/a.png"_s, false);
+        addRow("dot in the folder only", u"/x.bset/file"_s, false);
     }
 
     void acceptedTypes()

@@ -3,6 +3,7 @@
 
 #include "app/BlocksetDocument.h"
 #include "app/InterfaceState.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
@@ -60,9 +61,7 @@ class TestInterfaceState : public QObject {
 private slots:
     void commands_data()
     {
-        QTest::addColumn<InterfaceFacts>("facts");
-        QTest::addColumn<QStringList>("enabled");
-        QTest::addColumn<QString>("caption");
+        addColumns<InterfaceFacts, QStringList, QString>("facts", "enabled", "caption");
 
         const QStringList always = {"New", "Open", "Close", "SaveAs"};
         const QStringList withBlocks = always + QStringList{"AddBSP", "RemapSymbols"};
@@ -72,23 +71,21 @@ private slots:
         const QString clean = "Cubrix - World.bset";
         const QString edited = "Cubrix - World.bset*";
 
-        QTest::newRow("no blockset") << InterfaceFacts{} << QStringList{"New", "Open"} << "Cubrix";
-        QTest::newRow("89 blocks, blocks tab: add disabled")
-            << openFacts(89, 1, 1, blocksTab, false) << withBlocks + blockItems << clean;
-        QTest::newRow("89 blocks, textures tab: add enabled")
-            << openFacts(89, 1, 1, texturesTab, false)
-            << withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem", "ExportItem"} << clean;
-        QTest::newRow("89 blocks, settings tab: no item command")
-            << openFacts(89, 1, 1, BlocksetDocument::TabSettings, false) << withBlocks << clean;
-        QTest::newRow("88 blocks, changed") << openFacts(88, 0, 2, blocksTab, true)
-                                            << withBlocks + blockItems + QStringList{"AddItem", "Save"} << edited;
-        QTest::newRow("no sounds, sounds tab, changed") << openFacts(1, 2, 0, BlocksetDocument::TabSounds, true)
-                                                        << withBlocks + QStringList{"AddItem", "Save"} << edited;
+        addRow("no blockset", InterfaceFacts{}, QStringList{"New", "Open"}, "Cubrix");
+        addRow("89 blocks, blocks tab: add disabled", openFacts(89, 1, 1, blocksTab, false), withBlocks + blockItems,
+               clean);
+        addRow("89 blocks, textures tab: add enabled", openFacts(89, 1, 1, texturesTab, false),
+               withBlocks + QStringList{"AddItem", "RemoveItem", "PreviewItem", "ExportItem"}, clean);
+        addRow("89 blocks, settings tab: no item command", openFacts(89, 1, 1, BlocksetDocument::TabSettings, false),
+               withBlocks, clean);
+        addRow("88 blocks, changed", openFacts(88, 0, 2, blocksTab, true),
+               withBlocks + blockItems + QStringList{"AddItem", "Save"}, edited);
+        addRow("no sounds, sounds tab, changed", openFacts(1, 2, 0, BlocksetDocument::TabSounds, true),
+               withBlocks + QStringList{"AddItem", "Save"}, edited);
         InterfaceFacts undone = openFacts(0, 0, 0, blocksTab, false);
         undone.redoName = "Remove Block";
-        QTest::newRow("a step undone: redo only") << undone << always + QStringList{"AddItem", "Redo"} << clean;
-        QTest::newRow("no blocks, blocks tab")
-            << openFacts(0, 0, 0, blocksTab, false) << always + QStringList{"AddItem"} << clean;
+        addRow("a step undone: redo only", undone, always + QStringList{"AddItem", "Redo"}, clean);
+        addRow("no blocks, blocks tab", openFacts(0, 0, 0, blocksTab, false), always + QStringList{"AddItem"}, clean);
     }
 
     void commands()
@@ -107,13 +104,13 @@ private slots:
         QTest::addColumn<InterfaceFacts>("facts");
         QTest::addColumn<QStringList>("panels"); // blocks, textures, sounds, version
         const int tab = BlocksetDocument::TabBlocks;
-        QTest::newRow("nothing open") << InterfaceFacts{} << QStringList{"", "", "", ""};
-        QTest::newRow("89 blocks") << openFacts(89, 1, 1, tab, false)
-                                   << QStringList{"89 Blocks", "1 Texture", "1 Sound", "No Version"};
-        QTest::newRow("one block") << openFacts(1, 2, 0, tab, false, "0.5 beta")
-                                   << QStringList{"1 Block", "2 Textures", "No Sounds", "0.5 beta"};
-        QTest::newRow("no items") << openFacts(0, 0, 0, tab, false)
-                                  << QStringList{"No Blocks", "No Textures", "No Sounds", "No Version"};
+        addRow("nothing open", InterfaceFacts{}, QStringList{"", "", "", ""});
+        addRow("89 blocks", openFacts(89, 1, 1, tab, false),
+               QStringList{"89 Blocks", "1 Texture", "1 Sound", "No Version"});
+        addRow("one block", openFacts(1, 2, 0, tab, false, "0.5 beta"),
+               QStringList{"1 Block", "2 Textures", "No Sounds", "0.5 beta"});
+        addRow("no items", openFacts(0, 0, 0, tab, false),
+               QStringList{"No Blocks", "No Textures", "No Sounds", "No Version"});
     }
 
     void panels()

@@ -6,6 +6,7 @@
 #include "items/AddItems.h"
 #include "items/RemoveItems.h"
 #include "items/RenameItem.h"
+#include "support/DataRows.h"
 #include "symbols/RemapSymbols.h"
 
 #include <QRandomGenerator>
@@ -48,25 +49,25 @@ class TestUndo : public QObject {
 private slots:
     void undoRedoEachEdit_data()
     {
-        QTest::addColumn<Edit>("edit");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("remove two blocks") << Edit([](DocumentEnv &env) {
-            ListSelection selection{{0, 2}, 2};
-            removeItems(env.document, ItemKind::Block, selection);
-        }) << "Remove Block";
-        QTest::newRow("rename a texture by case")
-            << Edit([](DocumentEnv &env) { renameItem(env.document, ItemKind::Texture, 0, u"Brick.gif"_s); })
-            << "Rename Texture";
-        QTest::newRow("add a sound") << Edit([this](DocumentEnv &env) {
-            addSoundFile(env.document, source(env, u"rain.wav"_s, QByteArray(300, 'r')));
-        }) << "Add Sound";
-        QTest::newRow("remap all symbols")
-            << Edit([](DocumentEnv &env) { remapAllSymbols(env.document, 3); }) << "Remap Symbols";
-        QTest::newRow("style value") << Edit([](DocumentEnv &env) {
-            env.document.editStyleValue(StyleField::Synopsis, u"Moss"_s);
-        }) << "Edit Settings";
-        QTest::newRow("update comment") << Edit([](DocumentEnv &env) { env.document.editUpdateComment(u"New gate"_s); })
-                                        << "Edit Update Comment";
+        addColumns<Edit, QString>("edit", "name");
+        addRow("remove two blocks", Edit([](DocumentEnv &env) {
+                   ListSelection selection{{0, 2}, 2};
+                   removeItems(env.document, ItemKind::Block, selection);
+               }),
+               "Remove Block");
+        addRow("rename a texture by case",
+               Edit([](DocumentEnv &env) { renameItem(env.document, ItemKind::Texture, 0, u"Brick.gif"_s); }),
+               "Rename Texture");
+        addRow("add a sound", Edit([this](DocumentEnv &env) {
+                   addSoundFile(env.document, source(env, u"rain.wav"_s, QByteArray(300, 'r')));
+               }),
+               "Add Sound");
+        addRow("remap all symbols", Edit([](DocumentEnv &env) { remapAllSymbols(env.document, 3); }), "Remap Symbols");
+        addRow("style value",
+               Edit([](DocumentEnv &env) { env.document.editStyleValue(StyleField::Synopsis, u"Moss"_s); }),
+               "Edit Settings");
+        addRow("update comment", Edit([](DocumentEnv &env) { env.document.editUpdateComment(u"New gate"_s); }),
+               "Edit Update Comment");
     }
 
     void undoRedoEachEdit()

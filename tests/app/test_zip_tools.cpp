@@ -1,4 +1,5 @@
 #include "DocumentFixture.h"
+#include "support/DataRows.h"
 
 using namespace Qt::StringLiterals;
 
@@ -14,11 +15,11 @@ private slots:
         QTest::addColumn<QString>("tool");
         QTest::addColumn<QString>("reason"); // "" = opens
         for (const char *tool : {"bsdtar", "zip-fz", "zip-fd", "7z-deflate", "7z-store"})
-            QTest::newRow(tool) << QString::fromLatin1(tool) << QString();
-        QTest::newRow("7z-aes") << u"7z-aes"_s << u"cannot read \"Mini.style\": encrypted"_s;
-        QTest::newRow("7z-zipcrypto") << u"7z-zipcrypto"_s << u"cannot read \"Mini.style\": encrypted"_s;
-        QTest::newRow("7z-deflate64") << u"7z-deflate64"_s
-                                      << u"cannot read \"Mini.style\": compression method Deflate64 is not supported"_s;
+            addRow(tool, QString::fromLatin1(tool), QString());
+        addRow("7z-aes", u"7z-aes"_s, u"cannot read \"Mini.style\": encrypted"_s);
+        addRow("7z-zipcrypto", u"7z-zipcrypto"_s, u"cannot read \"Mini.style\": encrypted"_s);
+        addRow("7z-deflate64", u"7z-deflate64"_s,
+               u"cannot read \"Mini.style\": compression method Deflate64 is not supported"_s);
     }
 
     void open()

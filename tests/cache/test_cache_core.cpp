@@ -6,6 +6,7 @@
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
 #include "storage/ArchiveWriter.h"
+#include "support/DataRows.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestFiles.h"
 
@@ -76,11 +77,7 @@ private slots:
 
     void lookups_data()
     {
-        QTest::addColumn<QByteArray>("arch");
-        QTest::addColumn<QByteArray>("sections");
-        QTest::addColumn<bool>("pluginFile");
-        QTest::addColumn<QString>("ie");
-        QTest::addColumn<QString>("netscape");
+        addColumns<QByteArray, QByteArray, bool, QString, QString>("arch", "sections", "pluginFile", "ie", "netscape");
 
         const QByteArray ie32 = section("Software\\Microsoft\\Internet Explorer\\Plugins\\Extension\\.3dml",
                                         "\"Location\"=\"C:\\\\Program Files\\\\Plugin\\\\NPROVER.DLL\"");
@@ -91,15 +88,13 @@ private slots:
                               + section("Software\\Netscape\\Netscape Navigator\\4.7 (en)\\Main",
                                         "\"Plugins Directory\"=\"C:\\\\Program Files\\\\Netscape\\\\Plugins\"");
         const QString nsFolder = u"c:\\program files\\netscape\\plugins\\flatland"_s;
-        QTest::newRow("32-bit IE") << QByteArray("win32") << ie32 << false << u"c:\\program files\\plugin\\flatland"_s
-                                   << QString();
-        QTest::newRow("64-bit view first") << QByteArray("win64") << (ie32 + ie64) << false
-                                           << u"c:\\program files (x86)\\rover\\flatland"_s << QString();
-        QTest::newRow("netscape with plug-in") << QByteArray("win32") << ns << true << QString() << nsFolder;
-        QTest::newRow("netscape, plug-in missing") << QByteArray("win32") << ns << false << QString() << QString();
-        QTest::newRow("both") << QByteArray("win64") << (ns + ie64) << true
-                              << u"c:\\program files (x86)\\rover\\flatland"_s << nsFolder;
-        QTest::newRow("nothing") << QByteArray("win64") << QByteArray() << true << QString() << QString();
+        addRow("32-bit IE", QByteArray("win32"), ie32, false, u"c:\\program files\\plugin\\flatland"_s, QString());
+        addRow("64-bit view first", QByteArray("win64"), (ie32 + ie64), false,
+               u"c:\\program files (x86)\\rover\\flatland"_s, QString());
+        addRow("netscape with plug-in", QByteArray("win32"), ns, true, QString(), nsFolder);
+        addRow("netscape, plug-in missing", QByteArray("win32"), ns, false, QString(), QString());
+        addRow("both", QByteArray("win64"), (ns + ie64), true, u"c:\\program files (x86)\\rover\\flatland"_s, nsFolder);
+        addRow("nothing", QByteArray("win64"), QByteArray(), true, QString(), QString());
     }
     void lookups()
     {
@@ -226,12 +221,11 @@ private slots:
 
     void sizePanel_data()
     {
-        QTest::addColumn<qint64>("bytes");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("exactly 1 MB") << qint64(1048576) << u"1024 KB"_s;
-        QTest::newRow("one byte more") << qint64(1048577) << u"1 MB"_s;
-        QTest::newRow("1.5 MB") << qint64(1572864) << u"1.5 MB"_s;
-        QTest::newRow("small") << qint64(1536) << u"2 KB"_s;
+        addColumns<qint64, QString>("bytes", "text");
+        addRow("exactly 1 MB", qint64(1048576), u"1024 KB"_s);
+        addRow("one byte more", qint64(1048577), u"1 MB"_s);
+        addRow("1.5 MB", qint64(1572864), u"1.5 MB"_s);
+        addRow("small", qint64(1536), u"2 KB"_s);
     }
     void sizePanel()
     {

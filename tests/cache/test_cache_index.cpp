@@ -5,6 +5,7 @@
 #include "cache/CacheIndex.h"
 #include "cache/CacheIndexFile.h"
 #include "rover/RoverCacheRules.h"
+#include "support/DataRows.h"
 
 #include <QTest>
 
@@ -39,30 +40,26 @@ private slots:
     {
         QTest::addColumn<QByteArray>("index");
         QTest::addColumn<QStringList>("elements"); // href|name|synopsis|updated
-        QTest::addColumn<QList<int>>("rejectedLines");
-        QTest::addColumn<bool>("endMissing");
+        addColumns<QList<int>, bool>("rejectedLines", "endMissing");
 
         const QString a = u"http://a.example/sets/Castle.bset|||1600000000"_s;
         const QString b = u"http://B.EXAMPLE/castle.bset|Old Town|Huts -> an <old> village|1700000000"_s;
-        QTest::newRow("quotes of both kinds, < and > inside")
-            << kHead + kA + kB + kEnd << QStringList{a, b} << QList<int>{} << false;
-        QTest::newRow("no href, next element still read")
-            << kHead + "\t<BLOCKSET SIZE=\"1\" UPDATED=\"5\"/>\r\n" + kB + kEnd << QStringList{b} << QList<int>{2}
-            << false;
+        addRow("quotes of both kinds, < and > inside", kHead + kA + kB + kEnd, QStringList{a, b}, QList<int>{}, false);
+        addRow("no href, next element still read", kHead + "\t<BLOCKSET SIZE=\"1\" UPDATED=\"5\"/>\r\n" + kB + kEnd,
+               QStringList{b}, QList<int>{2}, false);
         QTest::newRow("unclosed string, a bare word, a size in words")
             << kHead + "\t<BLOCKSET HREF=\"http://h/x.bset SIZE=1/>\r\n" + kA
                    + "\t<BLOCKSET HREF=\"u\" big SIZE=\"2\"/>\r\n<BLOCKSET HREF=\"u\" SIZE=\"2 kb\" UPDATED=\"1\"/>\r\n"
                    + kB + kEnd
             << QStringList{a, b} << QList<int>{2, 4, 5} << false;
-        QTest::newRow("stray end tag, open BLOCKSET, unknown tag without end")
-            << kHead + "</FOLDER>\r\n<BLOCKSET HREF=\"u\" SIZE=\"1\" UPDATED=\"1\">\r\n<NOTE>\r\n" + kA + kEnd
-            << QStringList{a} << QList<int>{2, 3, 4} << false;
-        QTest::newRow("unknown tag skipped with its content")
-            << kHead + "<NOTE a='1'>" + kA + "<NOTE/></NOTE>\r\n" + kB + kEnd << QStringList{b} << QList<int>{}
-            << false;
-        QTest::newRow("end missing, text after the end unread") << kHead + kA << QStringList{a} << QList<int>{} << true;
-        QTest::newRow("after </CACHE> nothing counts")
-            << kHead + kA + kEnd + "<BLOCKSET \"broken\r\n" + kB << QStringList{a} << QList<int>{} << false;
+        addRow("stray end tag, open BLOCKSET, unknown tag without end",
+               kHead + "</FOLDER>\r\n<BLOCKSET HREF=\"u\" SIZE=\"1\" UPDATED=\"1\">\r\n<NOTE>\r\n" + kA + kEnd,
+               QStringList{a}, QList<int>{2, 3, 4}, false);
+        addRow("unknown tag skipped with its content", kHead + "<NOTE a='1'>" + kA + "<NOTE/></NOTE>\r\n" + kB + kEnd,
+               QStringList{b}, QList<int>{}, false);
+        addRow("end missing, text after the end unread", kHead + kA, QStringList{a}, QList<int>{}, true);
+        addRow("after </CACHE> nothing counts", kHead + kA + kEnd + "<BLOCKSET \"broken\r\n" + kB, QStringList{a},
+               QList<int>{}, false);
     }
     void reading()
     {
@@ -84,8 +81,7 @@ private slots:
 
     void lookup_data()
     {
-        QTest::addColumn<QString>("href");
-        QTest::addColumn<int>("row");
+        addColumns<QString, int>("href", "row");
         QTest::newRow("whole address, case ignored") << u"http://A.EXAMPLE/Sets/castle.bset"_s << 0;
         QTest::newRow("same name, other folder") << u"http://b.example/Castle.bset"_s << 1;
         QTest::newRow("folder not in the cache") << u"http://c.example/Castle.bset"_s << -1;
@@ -102,10 +98,7 @@ private slots:
 
     void rewrite_data()
     {
-        QTest::addColumn<QByteArray>("index");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<bool>("remove");
-        QTest::addColumn<QByteArray>("expected");
+        addColumns<QByteArray, QString, bool, QByteArray>("index", "file", "remove", "expected");
         QTest::addColumn<QList<int>>("counts"); // changed, rejected, missing
 
         QByteArray bForced = kB;
@@ -113,18 +106,17 @@ private slots:
         QByteArray aForced = kA;
         aForced.replace("1600000000", "0");
         const QByteArray gone = "\t<BLOCKSET HREF=\"http://gone.example/x.bset\" SIZE=\"1\" UPDATED=\"1\"/>\r\n";
-        QTest::newRow("force: only UPDATED of that file")
-            << kHead + kA + kB + kEnd << u"b.example\\Castle.bset"_s << false << kHead + kA + bForced + kEnd
-            << QList<int>{1, 0, 0};
-        QTest::newRow("remove: only its line") << kHead + kA + kB + kEnd << u"a.example\\sets\\Castle.bset"_s << true
-                                               << kHead + kB + kEnd << QList<int>{1, 0, 0};
-        QTest::newRow("rejected and gone left out, end added")
-            << kHead + "\t<BLOCKSET SIZE=\"1\" UPDATED=\"5\"/>\r\n" + gone + kA + "<x \"open\r\n" + kB
-            << u"a.example\\sets\\Castle.bset"_s << false << kHead + aForced + kB + kEnd << QList<int>{1, 2, 1};
-        QTest::newRow("two elements on a line, LF only")
-            << QByteArray("<cache>\n" + kA.trimmed() + " " + kB.trimmed() + "\n</cache>")
-            << u"a.example\\sets\\Castle.bset"_s << true << QByteArray("<cache>\n " + kB.trimmed() + "\n</cache>")
-            << QList<int>{1, 0, 0};
+        addRow("force: only UPDATED of that file", kHead + kA + kB + kEnd, u"b.example\\Castle.bset"_s, false,
+               kHead + kA + bForced + kEnd, QList<int>{1, 0, 0});
+        addRow("remove: only its line", kHead + kA + kB + kEnd, u"a.example\\sets\\Castle.bset"_s, true,
+               kHead + kB + kEnd, QList<int>{1, 0, 0});
+        addRow("rejected and gone left out, end added",
+               kHead + "\t<BLOCKSET SIZE=\"1\" UPDATED=\"5\"/>\r\n" + gone + kA + "<x \"open\r\n" + kB,
+               u"a.example\\sets\\Castle.bset"_s, false, kHead + aForced + kB + kEnd, QList<int>{1, 2, 1});
+        addRow("two elements on a line, LF only",
+               QByteArray("<cache>\n" + kA.trimmed() + " " + kB.trimmed() + "\n</cache>"),
+               u"a.example\\sets\\Castle.bset"_s, true, QByteArray("<cache>\n " + kB.trimmed() + "\n</cache>"),
+               QList<int>{1, 0, 0});
     }
     void rewrite()
     {

@@ -7,6 +7,7 @@
 #include "CliRun.h"
 #include "rover/RoverTestBlocks.h"
 #include "support/BlocksetFiles.h"
+#include "support/DataRows.h"
 
 #include <QtTest>
 
@@ -80,12 +81,11 @@ private slots:
     void renderMask_data()
     {
         QTest::addColumn<QStringList>("options");
-        QTest::newRow("defaults") << QStringList();
-        QTest::newRow("camera, target, fov, wide")
-            << QStringList{u"--camera"_s, u"500,180,-90"_s, u"--target"_s, u"100,60,140"_s,
-                           u"--fov"_s,    u"65"_s,          u"--size"_s,   u"240x130"_s};
-        QTest::newRow("from below, depth order")
-            << QStringList{u"--camera"_s, u"60,-300,520"_s, u"--order"_s, u"depth"_s, u"--size"_s, u"120x200"_s};
+        addRow("defaults", QStringList());
+        addRow("camera, target, fov, wide", QStringList{u"--camera"_s, u"500,180,-90"_s, u"--target"_s, u"100,60,140"_s,
+                                                        u"--fov"_s, u"65"_s, u"--size"_s, u"240x130"_s});
+        addRow("from below, depth order",
+               QStringList{u"--camera"_s, u"60,-300,520"_s, u"--order"_s, u"depth"_s, u"--size"_s, u"120x200"_s});
     }
 
     void renderMask()
@@ -117,10 +117,9 @@ private slots:
 
     void drawingOrder_data()
     {
-        QTest::addColumn<QString>("order");
-        QTest::addColumn<QRgb>("shown");
-        QTest::newRow("rover: the first listed, farther, wins") << u"rover"_s << qRgb(255, 0, 0);
-        QTest::newRow("depth: the nearer") << u"depth"_s << qRgb(0, 0, 255);
+        addColumns<QString, QRgb>("order", "shown");
+        addRow("rover: the first listed, farther, wins", u"rover"_s, qRgb(255, 0, 0));
+        addRow("depth: the nearer", u"depth"_s, qRgb(0, 0, 255));
     }
 
     void drawingOrder()
@@ -135,20 +134,16 @@ private slots:
 
     void checkBlockFiles_data()
     {
-        QTest::addColumn<QString>("pattern");
-        QTest::addColumn<QString>("replacement");
-        QTest::addColumn<int>("exitCode");
+        addColumns<QString, QString, int>("pattern", "replacement", "exitCode");
         QTest::addColumn<QString>("finding"); // the broken block's first: severity, line, text
-        QTest::newRow("clean") << u""_s << u""_s << 0 << u""_s;
-        QTest::newRow("vertices not a list")
-            << u"VERTICES=\"1,2,3,4\""_s << u"VERTICES=\"1 2 3 4\""_s << 1
-            << u"error 14 Expected a list of vertex reference numbers as the value of parameter 'vertices'"_s;
-        QTest::newRow("texture missing")
-            << u"\"top\" TEXTURE=\"cement.gif\""_s << u"\"top\" TEXTURE=\"Stone.GIF\""_s << 0
-            << u"warning 13 Unable to load image file textures/Stone.GIF: File not found (part 'top')"_s;
-        QTest::newRow("a name another block has") << u"NAME=\"full\""_s << u"NAME=\"FULL\""_s << 0
-                                                  << u"warning 1 Block defined with a duplicate name ('FULL', as "
-                                                     "blocks/full.block): Rover leaves this block out"_s;
+        addRow("clean", u""_s, u""_s, 0, u""_s);
+        addRow("vertices not a list", u"VERTICES=\"1,2,3,4\""_s, u"VERTICES=\"1 2 3 4\""_s, 1,
+               u"error 14 Expected a list of vertex reference numbers as the value of parameter 'vertices'"_s);
+        addRow("texture missing", u"\"top\" TEXTURE=\"cement.gif\""_s, u"\"top\" TEXTURE=\"Stone.GIF\""_s, 0,
+               u"warning 13 Unable to load image file textures/Stone.GIF: File not found (part 'top')"_s);
+        addRow("a name another block has", u"NAME=\"full\""_s, u"NAME=\"FULL\""_s, 0,
+               u"warning 1 Block defined with a duplicate name ('FULL', as "
+               "blocks/full.block): Rover leaves this block out"_s);
     }
 
     void checkBlockFiles()

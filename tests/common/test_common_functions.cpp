@@ -68,19 +68,19 @@ private slots:
     {
         // path: "$" stands for the temporary folder.
         addColumns<QString, bool>("path", "exists");
-        QTest::newRow("file") << "$/worlds/Castle.BSET" << true;
-        QTest::newRow("missing file") << "$/worlds/castle.gif" << false;
-        QTest::newRow("folder named like a file") << "$/worlds/sub.bset" << false;
-        QTest::newRow("file in missing folder") << "$/nowhere/Castle.BSET" << false;
-        QTest::newRow("pattern matches, ignoring case") << "$/worlds/*.bset" << true;
-        QTest::newRow("question mark needs a character") << "$/worlds/readme?" << false;
-        QTest::newRow("star dot star matches names without dot") << "$/empty/../worlds/read*.*" << true;
-        QTest::newRow("pattern skips folders") << "$/worlds/sub.*" << false;
-        QTest::newRow("dangling link is no file") << "$/empty/*.bset" << false;
-        QTest::newRow("link to a file counts") << "$/with blank/*.jpg" << true;
-        QTest::newRow("wildcard in folder part") << "$/w*/Castle.BSET" << false;
-        QTest::newRow("empty") << "" << false;
-        QTest::newRow("NUL inside") << QString("$/worlds/Castle.BSET") + QChar(0) + "x" << false;
+        addRow("file", "$/worlds/Castle.BSET", true);
+        addRow("missing file", "$/worlds/castle.gif", false);
+        addRow("folder named like a file", "$/worlds/sub.bset", false);
+        addRow("file in missing folder", "$/nowhere/Castle.BSET", false);
+        addRow("pattern matches, ignoring case", "$/worlds/*.bset", true);
+        addRow("question mark needs a character", "$/worlds/readme?", false);
+        addRow("star dot star matches names without dot", "$/empty/../worlds/read*.*", true);
+        addRow("pattern skips folders", "$/worlds/sub.*", false);
+        addRow("dangling link is no file", "$/empty/*.bset", false);
+        addRow("link to a file counts", "$/with blank/*.jpg", true);
+        addRow("wildcard in folder part", "$/w*/Castle.BSET", false);
+        addRow("empty", "", false);
+        addRow("NUL inside", QString("$/worlds/Castle.BSET") + QChar(0) + "x", false);
     }
     void fileExists()
     {
@@ -92,16 +92,14 @@ private slots:
     {
         // both: the seconds also give back the date.
         addColumns<QDateTime, qint32, bool>("date", "seconds", "both");
-        QTest::newRow("epoch") << QDateTime(QDate(1970, 1, 1), QTime(0, 0)) << 0 << true;
-        QTest::newRow("before the epoch") << QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59)) << -1 << true;
-        QTest::newRow("summer day, no offset")
-            << QDateTime(QDate(2003, 7, 14), QTime(13, 45, 10)) << 1058190310 << true;
-        QTest::newRow("largest") << QDateTime(QDate(2038, 1, 19), QTime(3, 14, 7)) << 2147483647 << true;
-        QTest::newRow("milliseconds dropped") << QDateTime(QDate(1970, 1, 1), QTime(0, 0, 1, 999)) << 1 << false;
-        QTest::newRow("past 32 bits is clamped") << QDateTime(QDate(2100, 1, 1), QTime(0, 0)) << 2147483647 << false;
-        QTest::newRow("invalid date") << QDateTime() << 0 << false;
-        QTest::newRow("UTC value: the fields count")
-            << QDateTime(QDate(1970, 1, 1), QTime(1, 0), Qt::UTC) << 3600 << false;
+        addRow("epoch", QDateTime(QDate(1970, 1, 1), QTime(0, 0)), 0, true);
+        addRow("before the epoch", QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59)), -1, true);
+        addRow("summer day, no offset", QDateTime(QDate(2003, 7, 14), QTime(13, 45, 10)), 1058190310, true);
+        addRow("largest", QDateTime(QDate(2038, 1, 19), QTime(3, 14, 7)), 2147483647, true);
+        addRow("milliseconds dropped", QDateTime(QDate(1970, 1, 1), QTime(0, 0, 1, 999)), 1, false);
+        addRow("past 32 bits is clamped", QDateTime(QDate(2100, 1, 1), QTime(0, 0)), 2147483647, false);
+        addRow("invalid date", QDateTime(), 0, false);
+        addRow("UTC value: the fields count", QDateTime(QDate(1970, 1, 1), QTime(1, 0), Qt::UTC), 3600, false);
     }
     void dates()
     {
@@ -118,15 +116,14 @@ private slots:
     void parse_data()
     {
         addColumns<QString, Entries>("filter", "entries");
-        QTest::newRow("images")
-            << "All supported Images (*.gif;*.jpg),*.gif;*.jpg,GIF images (*.gif),*.gif,All files (*.*),*.*"
-            << Entries{{"All supported Images (*.gif;*.jpg)", {"*.gif", "*.jpg"}},
+        addRow("images", "All supported Images (*.gif;*.jpg),*.gif;*.jpg,GIF images (*.gif),*.gif,All files (*.*),*.*",
+               Entries{{"All supported Images (*.gif;*.jpg)", {"*.gif", "*.jpg"}},
                        {"GIF images (*.gif)", {"*.gif"}},
-                       {"All files (*.*)", {"*.*"}}};
-        QTest::newRow("empty") << "" << Entries{};
-        QTest::newRow("trailing label dropped") << "A,*.a,B" << Entries{{"A", {"*.a"}}};
-        QTest::newRow("empty field ends the list") << "A,*.a,,*.b,C,*.c" << Entries{{"A", {"*.a"}}};
-        QTest::newRow("blanks and empty patterns") << "A, *.a ;;*.b;" << Entries{{"A", {"*.a", "*.b"}}};
+                       {"All files (*.*)", {"*.*"}}});
+        addRow("empty", "", Entries{});
+        addRow("trailing label dropped", "A,*.a,B", Entries{{"A", {"*.a"}}});
+        addRow("empty field ends the list", "A,*.a,,*.b,C,*.c", Entries{{"A", {"*.a"}}});
+        addRow("blanks and empty patterns", "A, *.a ;;*.b;", Entries{{"A", {"*.a", "*.b"}}});
     }
     void parse()
     {

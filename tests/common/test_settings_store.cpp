@@ -178,8 +178,8 @@ private slots:
     void rewriteKeepsEverythingElse_data()
     {
         QTest::addColumn<QByteArray>("eol");
-        QTest::newRow("LF") << QByteArray("\n");
-        QTest::newRow("CR LF") << QByteArray("\r\n");
+        addRow("LF", QByteArray("\n"));
+        addRow("CR LF", QByteArray("\r\n"));
     }
     void rewriteKeepsEverythingElse()
     {

@@ -4,6 +4,7 @@
 #include "draw/BlockPicture.h"
 #include "rover/RoverBlockReader.h"
 #include "rover/RoverTestBlocks.h"
+#include "support/DataRows.h"
 
 #include <QTest>
 
@@ -39,21 +40,19 @@ private slots:
         QTest::addColumn<DrawOrder>("order");
         QTest::addColumn<QRgb>("pixel"); // unpremultiplied
         const QRgb red = qRgb(255, 0, 0), none = 0, halfRed = qRgba(255, 0, 0, 128);
-        QTest::newRow("textured") << "TEXTURE=\"cement.gif\"" << false << DrawOrder::Rover << red;
-        QTest::newRow("colour") << "COLOUR=\"(0,0,255)\"" << false << DrawOrder::Rover << qRgb(0, 0, 255);
-        QTest::newRow("no texture: the colour")
-            << "TEXTURE=\"gone.gif\" COLOUR=\"(0,255,0)\"" << false << DrawOrder::Depth << qRgb(0, 255, 0);
-        QTest::newRow("no texture, no colour: black")
-            << "TEXTURE=\"gone.gif\"" << false << DrawOrder::Rover << qRgb(0, 0, 0);
-        QTest::newRow("faces 0") << "TEXTURE=\"cement.gif\" FACES=\"0\"" << false << DrawOrder::Depth << none;
-        QTest::newRow("translucent") << "TEXTURE=\"cement.gif\" TRANSLUCENCY=\"50%\"" << false << DrawOrder::Rover
-                                     << halfRed;
-        QTest::newRow("inside: one-sided") << "TEXTURE=\"cement.gif\"" << true << DrawOrder::Depth << none;
-        QTest::newRow("inside: faces 2") << "TEXTURE=\"cement.gif\" FACES=\"2\"" << true << DrawOrder::Rover << red;
-        QTest::newRow("inside, translucent, Rover's order: one-sided")
-            << "TEXTURE=\"cement.gif\" TRANSLUCENCY=\"50%\"" << true << DrawOrder::Rover << none;
-        QTest::newRow("inside, translucent, depth buffer: two-sided")
-            << "TEXTURE=\"cement.gif\" TRANSLUCENCY=\"50%\"" << true << DrawOrder::Depth << halfRed;
+        addRow("textured", "TEXTURE=\"cement.gif\"", false, DrawOrder::Rover, red);
+        addRow("colour", "COLOUR=\"(0,0,255)\"", false, DrawOrder::Rover, qRgb(0, 0, 255));
+        addRow("no texture: the colour", "TEXTURE=\"gone.gif\" COLOUR=\"(0,255,0)\"", false, DrawOrder::Depth,
+               qRgb(0, 255, 0));
+        addRow("no texture, no colour: black", "TEXTURE=\"gone.gif\"", false, DrawOrder::Rover, qRgb(0, 0, 0));
+        addRow("faces 0", "TEXTURE=\"cement.gif\" FACES=\"0\"", false, DrawOrder::Depth, none);
+        addRow("translucent", "TEXTURE=\"cement.gif\" TRANSLUCENCY=\"50%\"", false, DrawOrder::Rover, halfRed);
+        addRow("inside: one-sided", "TEXTURE=\"cement.gif\"", true, DrawOrder::Depth, none);
+        addRow("inside: faces 2", "TEXTURE=\"cement.gif\" FACES=\"2\"", true, DrawOrder::Rover, red);
+        addRow("inside, translucent, Rover's order: one-sided", "TEXTURE=\"cement.gif\" TRANSLUCENCY=\"50%\"", true,
+               DrawOrder::Rover, none);
+        addRow("inside, translucent, depth buffer: two-sided", "TEXTURE=\"cement.gif\" TRANSLUCENCY=\"50%\"", true,
+               DrawOrder::Depth, halfRed);
     }
 
     void centrePixel()
@@ -77,21 +76,13 @@ private slots:
 
     void treeReach_data()
     {
-        QTest::addColumn<QString>("pattern");
-        QTest::addColumn<QString>("replacement");
-        QTest::addColumn<int>("drawn");
-        QTest::addColumn<QString>("problem");
-        QTest::newRow("the whole tree") << ""
-                                        << "" << 6 << "";
-        QTest::newRow("no tree: file order") << "<BSP_TREE ROOT=\"1\"/>"
-                                             << "" << 6 << "";
-        QTest::newRow("root 0: no tree") << "ROOT=\"1\""
-                                         << "ROOT=\"0\"" << 6 << "";
-        QTest::newRow("three reached") << "REAR=\"4\""
-                                       << "" << 3 << "";
-        QTest::newRow("root out of range")
-            << "ROOT=\"1\""
-            << "ROOT=\"7\"" << 0 << "Polygon reference number 7 is out of range (line 33)";
+        addColumns<QString, QString, int, QString>("pattern", "replacement", "drawn", "problem");
+        addRow("the whole tree", "", "", 6, "");
+        addRow("no tree: file order", "<BSP_TREE ROOT=\"1\"/>", "", 6, "");
+        addRow("root 0: no tree", "ROOT=\"1\"", "ROOT=\"0\"", 6, "");
+        addRow("three reached", "REAR=\"4\"", "", 3, "");
+        addRow("root out of range", "ROOT=\"1\"", "ROOT=\"7\"", 0,
+               "Polygon reference number 7 is out of range (line 33)");
     }
 
     void treeReach()
@@ -110,23 +101,16 @@ private slots:
         QTest::addColumn<QString>("part");   // the PART tag's attributes after its name
         QTest::addColumn<QString>("param");
         QTest::addColumn<QList<float>>("box"); // x, y, z from and to
-        QTest::newRow("texture size, bottom") << "TYPE=\"facing sprite\""
-                                              << "TEXTURE=\"logo.gif\""
-                                              << "" << QList<float>{126, 130, 0, 4, 128, 128};
-        QTest::newRow("no texture: 256") << "TYPE=\"revolving sprite\""
-                                         << "TEXTURE=\"gone.gif\""
-                                         << "" << QList<float>{0, 256, 0, 256, 128, 128};
-        QTest::newRow("size, top") << "TYPE=\"facing sprite\""
-                                   << "TEXTURE=\"logo.gif\""
-                                   << "<PARAM SIZE=\"(64,128)\" ALIGN=\"top\"/>"
-                                   << QList<float>{96, 160, 128, 256, 128, 128};
-        QTest::newRow("player: centre") << "TYPE=\"player sprite\""
-                                        << ""
-                                        << "<PARAM SIZE=\"(64,128)\"/>" << QList<float>{96, 160, 64, 192, 128, 128};
-        QTest::newRow("angled by 90") << "TYPE=\"angled sprite\""
-                                      << ""
-                                      << "<PARAM SIZE=\"(64,32)\" ANGLE=\"90\"/>"
-                                      << QList<float>{128, 128, 0, 32, 96, 160};
+        addRow("texture size, bottom", "TYPE=\"facing sprite\"", "TEXTURE=\"logo.gif\"", "",
+               QList<float>{126, 130, 0, 4, 128, 128});
+        addRow("no texture: 256", "TYPE=\"revolving sprite\"", "TEXTURE=\"gone.gif\"", "",
+               QList<float>{0, 256, 0, 256, 128, 128});
+        addRow("size, top", "TYPE=\"facing sprite\"", "TEXTURE=\"logo.gif\"",
+               "<PARAM SIZE=\"(64,128)\" ALIGN=\"top\"/>", QList<float>{96, 160, 128, 256, 128, 128});
+        addRow("player: centre", "TYPE=\"player sprite\"", "", "<PARAM SIZE=\"(64,128)\"/>",
+               QList<float>{96, 160, 64, 192, 128, 128});
+        addRow("angled by 90", "TYPE=\"angled sprite\"", "", "<PARAM SIZE=\"(64,32)\" ANGLE=\"90\"/>",
+               QList<float>{128, 128, 0, 32, 96, 160});
     }
 
     void sprite()

@@ -5,6 +5,7 @@
 #include "items/BspBuilder.h"
 #include "rover/RoverBlockBsp.h"
 #include "support/BspTestBlocks.h"
+#include "support/DataRows.h"
 
 #include <QTest>
 
@@ -54,10 +55,10 @@ private slots:
     void sameInBothOrders_data()
     {
         QTest::addColumn<QList<Corners>>("polygons");
-        QTest::newRow("crossing walls") << box({0, 0, 120}, {256, 256, 136}) + box({120, 0, 0}, {136, 256, 256});
-        QTest::newRow("stairs") << box({0, 0, 0}, {256, 64, 96}) + box({4, 8, 64}, {252, 128, 160})
-                                       + box({8, 16, 128}, {248, 192, 224});
-        QTest::newRow("random soup") << soup(40, 7);
+        addRow("crossing walls", box({0, 0, 120}, {256, 256, 136}) + box({120, 0, 0}, {136, 256, 256}));
+        addRow("stairs",
+               box({0, 0, 0}, {256, 64, 96}) + box({4, 8, 64}, {252, 128, 160}) + box({8, 16, 128}, {248, 192, 224}));
+        addRow("random soup", soup(40, 7));
     }
 
     void sameInBothOrders()

@@ -2,6 +2,7 @@
 // pixel coverage, which polygon hides which, faces, perspective texturing,
 // transparency and translucency, and polygons crossing the camera plane.
 #include "draw/Rasterizer.h"
+#include "support/DataRows.h"
 
 #include <QTest>
 
@@ -90,17 +91,15 @@ private slots:
 
 void TestRasterizer::coverage_data()
 {
-    QTest::addColumn<Camera>("camera");
-    QTest::addColumn<QList<V>>("points");
-    QTest::addColumn<bool>("drawn");
+    addColumns<Camera, QList<V>, bool>("camera", "points", "drawn");
     const QList<V> top{V(0, 256, 0), V(0, 256, 256), V(256, 256, 256), V(256, 256, 0)};
     const QList<V> slanted{V(20, 10, 30), V(60, 240, 90), V(250, 200, 200), V(210, -30, 140)};
-    QTest::newRow("top of the cube, default camera") << Camera() << top << true;
-    QTest::newRow("top seen from below") << Camera{V(128, -300, -200), V(128, 128, 128), 40} << top << false;
-    QTest::newRow("east half looking north")
-        << southView << QList<V>{V(128, 0, 0), V(128, 256, 0), V(256, 256, 0), V(256, 0, 0)} << true;
-    QTest::newRow("slanted, wide lens") << Camera{V(300, 50, -100), V(100, 150, 150), 75} << slanted << true;
-    QTest::newRow("reaching past the picture") << Camera{V(128, 128, -40), V(128, 128, 128), 40} << slanted << true;
+    addRow("top of the cube, default camera", Camera(), top, true);
+    addRow("top seen from below", Camera{V(128, -300, -200), V(128, 128, 128), 40}, top, false);
+    addRow("east half looking north", southView, QList<V>{V(128, 0, 0), V(128, 256, 0), V(256, 256, 0), V(256, 0, 0)},
+           true);
+    addRow("slanted, wide lens", Camera{V(300, 50, -100), V(100, 150, 150), 75}, slanted, true);
+    addRow("reaching past the picture", Camera{V(128, 128, -40), V(128, 128, 128), 40}, slanted, true);
 }
 
 // One-sided quads: covered pixels are exactly those whose centre lies in the projected corners.
@@ -132,8 +131,7 @@ void TestRasterizer::coverage()
 
 void TestRasterizer::hiding_data()
 {
-    QTest::addColumn<QList<DrawPolygon>>("polygons");
-    QTest::addColumn<DrawOrder>("order");
+    addColumns<QList<DrawPolygon>, DrawOrder>("polygons", "order");
     QTest::addColumn<QRgb>("centre"); // premultiplied, at the middle of the picture
 
     const DrawPolygon red = wall(100, 0, 256, Qt::red), green = wall(50, 0, 256, Qt::green);
@@ -145,25 +143,25 @@ void TestRasterizer::hiding_data()
     std::reverse(back.points.begin(), back.points.end());
     const QRgb half = qRgba(128, 0, 127, 255);
 
-    QTest::newRow("farther first, Rover") << QList{red, green} << DrawOrder::Rover << qRgb(255, 0, 0);
-    QTest::newRow("farther first, depth") << QList{red, green} << DrawOrder::Depth << qRgb(0, 255, 0);
-    QTest::newRow("nearer first, depth") << QList{green, red} << DrawOrder::Depth << qRgb(0, 255, 0);
-    QTest::newRow("one-sided from behind") << QList{back} << DrawOrder::Rover << QRgb(0);
+    addRow("farther first, Rover", QList{red, green}, DrawOrder::Rover, qRgb(255, 0, 0));
+    addRow("farther first, depth", QList{red, green}, DrawOrder::Depth, qRgb(0, 255, 0));
+    addRow("nearer first, depth", QList{green, red}, DrawOrder::Depth, qRgb(0, 255, 0));
+    addRow("one-sided from behind", QList{back}, DrawOrder::Rover, QRgb(0));
     back.faces = DrawFaces::Both;
-    QTest::newRow("two-sided from behind") << QList{back} << DrawOrder::Depth << qRgb(0, 255, 0);
+    addRow("two-sided from behind", QList{back}, DrawOrder::Depth, qRgb(0, 255, 0));
     DrawPolygon never = green;
     never.faces = DrawFaces::Never;
-    QTest::newRow("never drawn") << QList{never, red} << DrawOrder::Rover << qRgb(255, 0, 0);
-    QTest::newRow("transparent texels, Rover") << QList{holed, blue} << DrawOrder::Rover << qRgb(0, 0, 255);
-    QTest::newRow("transparent texels, depth") << QList{holed, blue} << DrawOrder::Depth << qRgb(0, 0, 255);
-    QTest::newRow("transparent texels alone") << QList{holed} << DrawOrder::Depth << QRgb(0);
-    QTest::newRow("translucent, Rover") << QList{glass, blue} << DrawOrder::Rover << half;
-    QTest::newRow("translucent listed last, depth") << QList{glass, blue} << DrawOrder::Depth << half;
-    QTest::newRow("translucent listed first, depth") << QList{blue, glass} << DrawOrder::Depth << half;
+    addRow("never drawn", QList{never, red}, DrawOrder::Rover, qRgb(255, 0, 0));
+    addRow("transparent texels, Rover", QList{holed, blue}, DrawOrder::Rover, qRgb(0, 0, 255));
+    addRow("transparent texels, depth", QList{holed, blue}, DrawOrder::Depth, qRgb(0, 0, 255));
+    addRow("transparent texels alone", QList{holed}, DrawOrder::Depth, QRgb(0));
+    addRow("translucent, Rover", QList{glass, blue}, DrawOrder::Rover, half);
+    addRow("translucent listed last, depth", QList{glass, blue}, DrawOrder::Depth, half);
+    addRow("translucent listed first, depth", QList{blue, glass}, DrawOrder::Depth, half);
     const DrawPolygon blueGlass = wall(100, 0, 256, Qt::blue, 0.5);
-    QTest::newRow("two translucent, Rover") << QList{glass, blueGlass} << DrawOrder::Rover << qRgba(128, 0, 64, 192);
-    QTest::newRow("two translucent, depth") << QList{glass, blueGlass} << DrawOrder::Depth << qRgba(128, 0, 64, 192);
-    QTest::newRow("translucent alone") << QList{glass} << DrawOrder::Rover << qRgba(128, 0, 0, 128);
+    addRow("two translucent, Rover", QList{glass, blueGlass}, DrawOrder::Rover, qRgba(128, 0, 64, 192));
+    addRow("two translucent, depth", QList{glass, blueGlass}, DrawOrder::Depth, qRgba(128, 0, 64, 192));
+    addRow("translucent alone", QList{glass}, DrawOrder::Rover, qRgba(128, 0, 0, 128));
 }
 
 // Whatever the nearer wall leaves uncovered, every covered pixel gets the same

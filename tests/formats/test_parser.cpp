@@ -38,13 +38,13 @@ private slots:
     void normalise_data()
     {
         addColumns<QByteArray, QByteArray>("input", "expected");
-        QTest::newRow("line breaks and tabs deleted, not turned into blanks")
-            << QByteArray("a\r\nb\tc\nd\re") << QByteArray("abcde");
-        QTest::newRow("blanks around equals") << QByteArray("name = \"x\"") << QByteArray("name=\"x\"");
-        QTest::newRow("run broken by a line break") << QByteArray("a \r\n = \t b") << QByteArray("a=b");
-        QTest::newRow("blanks elsewhere stay") << QByteArray("  a  b  ") << QByteArray("  a  b  ");
-        QTest::newRow("value split over two lines") << QByteArray("v=\"one\r\ntwo\"") << QByteArray("v=\"onetwo\"");
-        QTest::newRow("high bytes untouched") << QByteArray("\x80 = \xff\xa0=\xa0") << QByteArray("\x80=\xff\xa0=\xa0");
+        addRow("line breaks and tabs deleted, not turned into blanks", QByteArray("a\r\nb\tc\nd\re"),
+               QByteArray("abcde"));
+        addRow("blanks around equals", QByteArray("name = \"x\""), QByteArray("name=\"x\""));
+        addRow("run broken by a line break", QByteArray("a \r\n = \t b"), QByteArray("a=b"));
+        addRow("blanks elsewhere stay", QByteArray("  a  b  "), QByteArray("  a  b  "));
+        addRow("value split over two lines", QByteArray("v=\"one\r\ntwo\""), QByteArray("v=\"onetwo\""));
+        addRow("high bytes untouched", QByteArray("\x80 = \xff\xa0=\xa0"), QByteArray("\x80=\xff\xa0=\xa0"));
         // Random texts over the characters that matter, against the definition.
         QRandomGenerator random(1252);
         const char alphabet[] = {' ', ' ', ' ', '=', '=', '\r', '\n', '\t', 'a', '"'};
@@ -73,7 +73,7 @@ private slots:
     {
         addColumns<QByteArray, QStringList, QByteArray>("buffer", "tags", "left");
         const auto add = [](const char *name, const QByteArray &buffer, const QStringList &tags, const char *left) {
-            QTest::newRow(name) << buffer << tags << QByteArray(left);
+            addRow(name, buffer, tags, QByteArray(left));
         };
         add("style tag", "<style version=\"1.0\" name=\"x\">", {"style version=\"1.0\" name=\"x\""}, "");
         add("text between tags dropped, trailing text kept", "lead <a> mid <b/>tail", {"a", "b/"}, "tail");
@@ -170,7 +170,7 @@ private slots:
     void setAttributeValue_data()
     {
         addColumns<QString, bool, QString>("text", "fails", "expected");
-        const auto same = [](const char *name, const QString &text) { QTest::newRow(name) << text << false << text; };
+        const auto same = [](const char *name, const QString &text) { addRow(name, text, false, text); };
         addRow("renamed", "<block name=\"Old\" type=\"sprite\">\r\n<vertices>", false,
                "<block name=\"new\" type=\"sprite\">\r\n<vertices>");
         addRow("capitals found, case of the rest kept", "<BLOCK TYPE=\"X\" NAME=\"Old\">", false,
@@ -182,16 +182,15 @@ private slots:
         same("blanks around equals not matched", "<block name = \"a\">");
         same("opening quote is the last character", "<block name=\"");
         same("tag at 32767, no attribute", QString(32766, u'x') + "<block>");
-        QTest::newRow("tag at 32768") << QString(32767, u'x') + "<block name=\"a\">" << true << QString();
-        QTest::newRow("attribute beyond 32767")
-            << "<block" + QString(40000, u' ') + " name=\"a\">" << true << QString();
+        addRow("tag at 32768", QString(32767, u'x') + "<block name=\"a\">", true, QString());
+        addRow("attribute beyond 32767", "<block" + QString(40000, u' ') + " name=\"a\">", true, QString());
         // "<block name=\"" is 13 characters: the closing quote of a value of
         // n characters is at position 14 + n.
-        QTest::newRow("closing quote at 32767")
-            << "<block name=\"" + QString(32753, u'a') + "\">" << false << "<block name=\"new\">";
-        QTest::newRow("closing quote at 32768") << "<block name=\"" + QString(32754, u'a') + "\">" << true << QString();
-        QTest::newRow("text long after the value")
-            << "<block name=\"a\">" + QString(100000, u'z') << false << "<block name=\"new\">" + QString(100000, u'z');
+        addRow("closing quote at 32767", "<block name=\"" + QString(32753, u'a') + "\">", false,
+               "<block name=\"new\">");
+        addRow("closing quote at 32768", "<block name=\"" + QString(32754, u'a') + "\">", true, QString());
+        addRow("text long after the value", "<block name=\"a\">" + QString(100000, u'z'), false,
+               "<block name=\"new\">" + QString(100000, u'z'));
     }
 
     void setAttributeValue()

@@ -27,8 +27,7 @@ private slots:
     {
         addColumns<QByteArray, QString, QString, QString>("file", "name", "type", "bsp");
         const auto add = [](const char *row, const char *file, const char *name, const char *type, const char *bsp) {
-            QTest::newRow(row) << QByteArray(file).replace('\'', '"') << fromCp1252(name) << QString(type)
-                               << QString(bsp);
+            addRow(row, QByteArray(file).replace('\'', '"'), fromCp1252(name), QString(type), QString(bsp));
         };
         add("structural with tree",
             "<block name='Wall' type='Structural'>\r\n<vertices>\r\n</vertices>\r\n"
@@ -124,7 +123,7 @@ private slots:
     {
         addColumns<QByteArray, QString>("file", "comment");
         const auto written = [](const char *name, const QString &comment, const QString &readBack) {
-            QTest::newRow(name) << writeUpdate("1.2", comment, 48213) << readBack;
+            addRow(name, writeUpdate("1.2", comment, 48213), readBack);
         };
         // What the text box held comes back byte for byte through the file.
         written("one line", "Added two gates.", "Added two gates.");

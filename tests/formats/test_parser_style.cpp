@@ -67,20 +67,19 @@ private slots:
         header.name = "Only name";
         BlockRow named = row("x.block");
         named.name = "Not written";
-        QTest::newRow("all scene values empty, blocks without a single symbol not listed")
-            << header << QList<BlockRow>{named, row("y.block", "y", "-y"), row("z.block", "", "zz")}
-            << "<style name=\"Only name\">\r\n" + generatorLine()
+        addRow("all scene values empty, blocks without a single symbol not listed", header,
+               QList<BlockRow>{named, row("y.block", "y", "-y"), row("z.block", "", "zz")},
+               "<style name=\"Only name\">\r\n" + generatorLine()
                    + "\r\n"
-                     "<block symbol=\"y\" double=\"-y\" file=\"y.block\"/>\r\n\r\n</style>\r\n";
+                     "<block symbol=\"y\" double=\"-y\" file=\"y.block\"/>\r\n\r\n</style>\r\n");
         StyleValues partial;
         partial.skyBrightness = "5%";
         partial.groundColor = "(1,2,3)";
         partial.orbText = "t";
-        QTest::newRow("each element only with its set values")
-            << partial << QList<BlockRow>()
-            << "<style>\r\n" + generatorLine()
+        addRow("each element only with its set values", partial, QList<BlockRow>(),
+               "<style>\r\n" + generatorLine()
                    + "\r\n<sky brightness=\"5%\"/>\r\n<ground color=\"(1,2,3)\"/>\r\n"
-                     "<orb text=\"t\"/>\r\n\r\n</style>\r\n";
+                     "<orb text=\"t\"/>\r\n\r\n</style>\r\n");
     }
 
     void write()
@@ -102,7 +101,7 @@ private slots:
         s.orbHref = "http://x.example/a?b=c";
         s.skyColor = "(0,0,0)";
         s.orbPosition = "(0,-90)";
-        QTest::newRow("awkward text and lowest values") << s;
+        addRow("awkward text and lowest values", s);
     }
 
     void roundTrip()
@@ -152,7 +151,7 @@ private slots:
     {
         addColumns<QByteArray, int, QString>("element", "field", "expected");
         const auto add = [](const char *name, const char *element, StyleField field, const char *expected) {
-            QTest::newRow(name) << quoted(element) << int(field) << QString(expected);
+            addRow(name, quoted(element), int(field), QString(expected));
         };
         add("colour accepted, blanks trimmed", "<sky color=' (10,20,30) '>", StyleField::SkyColor, "(10,20,30)");
         add("colour with two parts", "<sky color='(10,20)'>", StyleField::SkyColor, "former");
@@ -182,7 +181,7 @@ private slots:
                                                                               "sync", "prefix");
         const auto add = [](const char *name, const char *elements, const QStringList &files,
                             const QStringList &expected, bool strict, bool sync, const char *prefix) {
-            QTest::newRow(name) << quoted(elements) << files << expected << strict << sync << QString(prefix);
+            addRow(name, quoted(elements), files, expected, strict, sync, QString(prefix));
         };
         add("shared prefix, synchronised",
             "<block symbol='a' double='.a' file='a'/><block symbol='b' double='.b' file='b'/>"

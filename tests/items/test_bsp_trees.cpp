@@ -8,6 +8,7 @@
 #include "rover/RoverBspRule.h"
 #include "rover/RoverTestBlocks.h"
 #include "support/BspTestBlocks.h"
+#include "support/DataRows.h"
 #include "support/FakeHost.h"
 #include "support/TestFiles.h"
 
@@ -57,13 +58,11 @@ class TestBspTrees : public QObject {
 private slots:
     void soups_data()
     {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("planes");
-        QTest::addColumn<QList<int>>("faces");
-        QTest::newRow("40 polygons") << 40 << 0 << QList<int>{1};
-        QTest::newRow("200 polygons, one- and two-sided") << 200 << 0 << QList<int>{1, 2};
-        QTest::newRow("120 polygons in three planes") << 120 << 3 << QList<int>{1};
-        QTest::newRow("in line and invisible ones") << 60 << 0 << QList<int>{1, 0, 2};
+        addColumns<int, int, QList<int>>("count", "planes", "faces");
+        addRow("40 polygons", 40, 0, QList<int>{1});
+        addRow("200 polygons, one- and two-sided", 200, 0, QList<int>{1, 2});
+        addRow("120 polygons in three planes", 120, 3, QList<int>{1});
+        addRow("in line and invisible ones", 60, 0, QList<int>{1, 0, 2});
     }
 
     // Rover's rule holds; every polygon Rover draws is in the tree whole or in
@@ -114,17 +113,16 @@ private slots:
 
     void files_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<bool>("cut");
+        addColumns<QByteArray, bool>("text", "cut");
         QByteArray lower = QByteArray(crossingWalls).replace("\r\n", "\n").toLower();
         lower.insert(lower.indexOf("<vertices>"), "<bsp_tree root=\"0\"/> <!-- none yet -->\n");
-        QTest::newRow("crossing walls") << crossingWalls << true;
-        QTest::newRow("lower case, LF, empty tree first") << lower << true;
-        QTest::newRow("stairs") << blockText(blockOf(box({0, 0, 0}, {256, 64, 96}) + box({0, 0, 64}, {256, 128, 160})
-                                                     + box({0, 0, 128}, {256, 192, 224})))
-                                << true;
-        QTest::newRow("Rover's cube without its tree")
-            << QByteArray(fullBlock).replace("<BSP_TREE ROOT=\"1\"/>\r\n", "") << false;
+        addRow("crossing walls", crossingWalls, true);
+        addRow("lower case, LF, empty tree first", lower, true);
+        addRow("stairs",
+               blockText(blockOf(box({0, 0, 0}, {256, 64, 96}) + box({0, 0, 64}, {256, 128, 160})
+                                 + box({0, 0, 128}, {256, 192, 224}))),
+               true);
+        addRow("Rover's cube without its tree", QByteArray(fullBlock).replace("<BSP_TREE ROOT=\"1\"/>\r\n", ""), false);
     }
 
     // Read, build, write: Rover reads the result without error and draws it
@@ -148,19 +146,15 @@ private slots:
 
     void command_data()
     {
-        QTest::addColumn<QList<int>>("rows");
-        QTest::addColumn<QList<PromptAnswer>>("answers");
-        QTest::addColumn<QStringList>("built");
+        addColumns<QList<int>, QList<PromptAnswer>, QStringList>("rows", "answers", "built");
         QTest::addColumn<QString>("message"); // besides the question
         const QString sprite = u"No BSP tree was added to these blocks:\nsprite.block: a sprite has no polygons of "
                                "its own: Rover makes its picture itself"_s;
-        QTest::newRow("all, valid tree kept") << QList<int>{} << QList<PromptAnswer>{PromptAnswer::No}
-                                              << QStringList{u"walls.block"_s, u"broken.block"_s} << QString();
-        QTest::newRow("all, valid tree rebuilt")
-            << QList<int>{} << QList<PromptAnswer>{PromptAnswer::Yes}
-            << QStringList{u"walls.block"_s, u"full.block"_s, u"broken.block"_s} << QString();
-        QTest::newRow("sprite and walls")
-            << QList<int>{3, 0} << QList<PromptAnswer>{} << QStringList{u"walls.block"_s} << sprite;
+        addRow("all, valid tree kept", QList<int>{}, QList<PromptAnswer>{PromptAnswer::No},
+               QStringList{u"walls.block"_s, u"broken.block"_s}, QString());
+        addRow("all, valid tree rebuilt", QList<int>{}, QList<PromptAnswer>{PromptAnswer::Yes},
+               QStringList{u"walls.block"_s, u"full.block"_s, u"broken.block"_s}, QString());
+        addRow("sprite and walls", QList<int>{3, 0}, QList<PromptAnswer>{}, QStringList{u"walls.block"_s}, sprite);
     }
 
     void command()

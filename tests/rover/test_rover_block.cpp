@@ -5,6 +5,7 @@
 #include "RoverTestBlocks.h"
 #include "rover/RoverBlockCheck.h"
 #include "rover/RoverBlockReader.h"
+#include "support/DataRows.h"
 
 #include <QTest>
 
@@ -62,12 +63,11 @@ void TestRoverBlock::findings_data()
 {
     QTest::addColumn<QByteArray>("base");
     QTest::addColumn<QString>("pattern"); // every match is replaced
-    QTest::addColumn<QString>("replacement");
-    QTest::addColumn<QString>("expected");
+    addColumns<QString, QString>("replacement", "expected");
 
     const QByteArray F = fullBlock, S = spriteBlock;
     auto row = [](const char *name, const QByteArray &base, const QString &pattern, const QString &replacement,
-                  const QString &expected) { QTest::newRow(name) << base << pattern << replacement << expected; };
+                  const QString &expected) { addRow(name, base, pattern, replacement, expected); };
     const QString west = uR"(NAME="west" TEXTURE="cement.gif")"_s;
     const QString end = u"</BLOCK>"_s;
 

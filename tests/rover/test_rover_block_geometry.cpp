@@ -4,6 +4,7 @@
 #include "rover/RoverBlockBsp.h"
 #include "rover/RoverBlockGeometry.h"
 #include "rover/RoverBlockReader.h"
+#include "support/DataRows.h"
 
 #include <QTest>
 
@@ -32,8 +33,7 @@ QString refs(const QList<int> &indices)
 
 void TestRoverBlockGeometry::load_data()
 {
-    QTest::addColumn<QString>("pattern");
-    QTest::addColumn<QString>("replacement");
+    addColumns<QString, QString>("pattern", "replacement");
     QTest::addColumn<int>("polygon");       // 1-based
     QTest::addColumn<QString>("texCoords"); // after loading
     QTest::addColumn<RoverDirection>("facing");
@@ -43,9 +43,8 @@ void TestRoverBlockGeometry::load_data()
     const QString asRead = u"0,0 0,1 1,1 1,0"_s;
     const QString param = u"<BSP_TREE ROOT=\"1\"/>"_s;
     auto row = [](const char *name, const QString &pattern, const QString &replacement, int polygon,
-                  const QString &coords, RoverDirection facing) {
-        QTest::newRow(name) << pattern << replacement << polygon << coords << facing;
-    };
+                  const QString &coords,
+                  RoverDirection facing) { addRow(name, pattern, replacement, polygon, coords, facing); };
     row("scaled up", u"TEXTURE=\"cement.gif\">"_s, scaled, 1, u"0,1 0,0 1,0 1,1"_s, RoverDirection::Up);
     row("scaled down", u"TEXTURE=\"cement.gif\">"_s, scaled, 2, u"0,0 1,0 1,1 0,1"_s, RoverDirection::Down);
     row("scaled north", u"TEXTURE=\"cement.gif\">"_s, scaled, 3, u"1,0 1,1 0,1 0,0"_s, RoverDirection::North);
@@ -88,20 +87,17 @@ void TestRoverBlockGeometry::load()
 
 void TestRoverBlockGeometry::bsp_data()
 {
-    QTest::addColumn<QString>("pattern");
-    QTest::addColumn<QString>("replacement");
+    addColumns<QString, QString>("pattern", "replacement");
     QTest::addColumn<RoverPoint>("camera"); // texels
     QTest::addColumn<QString>("reached");
     QTest::addColumn<int>("problem"); // RoverBspTree::Problem
-    QTest::addColumn<int>("problemRef");
-    QTest::addColumn<QString>("order");
+    addColumns<int, QString>("problemRef", "order");
 
     const QString chain = u"1 2 3 4 5 6"_s;
     const RoverPoint aboveNorth{128, 400, 400}, inside{128, 128, 128};
     auto row = [](const char *name, const QString &pattern, const QString &replacement, RoverPoint camera,
-                  const QString &reached, int problem, int ref, const QString &order) {
-        QTest::newRow(name) << pattern << replacement << camera << reached << problem << ref << order;
-    };
+                  const QString &reached, int problem, int ref,
+                  const QString &order) { addRow(name, pattern, replacement, camera, reached, problem, ref, order); };
     row("above north", {}, {}, aboveNorth, chain, RoverBspTree::None, 0, u"1 3 6 5 4 2"_s);
     row("inside", {}, {}, inside, chain, RoverBspTree::None, 0, u"6 5 4 3 2 1"_s);
     // Rover's side test allows 0.0001 world units (0.008 texels) behind a plane.

@@ -11,6 +11,7 @@
 #include "shrink/GifColours.h"
 #include "shrink/JpegTranscode.h"
 #include "shrink/ShrinkCommand.h"
+#include "support/DataRows.h"
 
 using namespace Qt::StringLiterals;
 
@@ -79,20 +80,19 @@ private slots:
 
 void TestShrinkBlockset::lossless_data()
 {
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QByteArray>("bytes");
+    addColumns<QString, QByteArray>("file", "bytes");
     const QRect screen(0, 0, 24, 16);
     QString error;
     const QByteArray photoJpeg = jpeg(photo(200, 150));
-    QTest::newRow("JPEG with EXIF, ICC and a comment") << u"textures/photo.jpg"_s << photoJpeg;
-    QTest::newRow("progressive JPEG") << u"textures/photo.jpg"_s << transcodeJpeg(photoJpeg, true, &error);
-    QTest::newRow("greyscale JPEG") << u"textures/grey.jpg"_s << jpeg(photo(64, 64, QImage::Format_Grayscale8));
-    QTest::newRow("arithmetic-coded JPEG") << u"textures/arith.jpg"_s << libjpeg(JCS_RGB, 3, true);
-    QTest::newRow("interlaced GIF with a local table")
-        << u"textures/t.gif"_s << gif(screen.size(), {Frame{screen, 4, -1, 0, true}});
-    QTest::newRow("animated GIF with a loop")
-        << u"textures/t.gif"_s << gif(screen.size(), {Frame{screen, 0, -1, 20}, Frame{QRect(4, 4, 8, 8), 8, 1, 30}}, 0);
-    QTest::newRow("transparent GIF") << u"textures/t.gif"_s << gif(screen.size(), {Frame{screen, 0, 2, 0}});
+    addRow("JPEG with EXIF, ICC and a comment", u"textures/photo.jpg"_s, photoJpeg);
+    addRow("progressive JPEG", u"textures/photo.jpg"_s, transcodeJpeg(photoJpeg, true, &error));
+    addRow("greyscale JPEG", u"textures/grey.jpg"_s, jpeg(photo(64, 64, QImage::Format_Grayscale8)));
+    addRow("arithmetic-coded JPEG", u"textures/arith.jpg"_s, libjpeg(JCS_RGB, 3, true));
+    addRow("interlaced GIF with a local table", u"textures/t.gif"_s,
+           gif(screen.size(), {Frame{screen, 4, -1, 0, true}}));
+    addRow("animated GIF with a loop", u"textures/t.gif"_s,
+           gif(screen.size(), {Frame{screen, 0, -1, 20}, Frame{QRect(4, 4, 8, 8), 8, 1, 30}}, 0));
+    addRow("transparent GIF", u"textures/t.gif"_s, gif(screen.size(), {Frame{screen, 0, 2, 0}}));
 }
 
 void TestShrinkBlockset::lossless()
@@ -130,11 +130,11 @@ void TestShrinkBlockset::lossless()
 void TestShrinkBlockset::fit_data()
 {
     QTest::addColumn<FileMap>("media");
-    QTest::newRow("a 512×512 JPEG and large GIFs") << FileMap{{u"textures/photo.jpg"_s, jpeg(noise(512), 95)},
-                                                              {u"textures/t.gif"_s, noisyGif(300)},
-                                                              {u"textures/wall.gif"_s, noisyGif(260)}};
-    QTest::newRow("a 44.1 kHz stereo sound") << FileMap{{u"sounds/voice.wav"_s, wav(1, 2, 44100, 3.0, 2000)}};
-    QTest::newRow("an extensible WAV") << FileMap{{u"sounds/voice.wav"_s, wav(0xFFFE, 2, 44100, 3.0, 2000)}};
+    addRow("a 512×512 JPEG and large GIFs", FileMap{{u"textures/photo.jpg"_s, jpeg(noise(512), 95)},
+                                                    {u"textures/t.gif"_s, noisyGif(300)},
+                                                    {u"textures/wall.gif"_s, noisyGif(260)}});
+    addRow("a 44.1 kHz stereo sound", FileMap{{u"sounds/voice.wav"_s, wav(1, 2, 44100, 3.0, 2000)}});
+    addRow("an extensible WAV", FileMap{{u"sounds/voice.wav"_s, wav(0xFFFE, 2, 44100, 3.0, 2000)}});
 }
 
 void TestShrinkBlockset::fit()

@@ -9,6 +9,7 @@
 #include "shrink/JpegTranscode.h"
 #include "shrink/SoundConvert.h"
 #include "shrink/TextureScale.h"
+#include "support/DataRows.h"
 
 #include <QSet>
 #include <QTest>
@@ -34,22 +35,21 @@ void TestShrinkMedia::lossless_data()
     QTest::addColumn<QString>("kept"); // a part of the reason the input is kept; "" = rewritten
     QImage flat(16, 16, QImage::Format_RGB32);
     flat.fill(Qt::darkCyan);
-    QTest::newRow("jpeg photo with metadata") << jpeg(photo(200, 150)) << "";
-    QTest::newRow("jpeg small flat") << jpeg(flat) << "";
-    QTest::newRow("jpeg greyscale") << jpeg(photo(64, 64, QImage::Format_Grayscale8)) << "";
-    QTest::newRow("jpeg arithmetic") << libjpeg(JCS_RGB, 3, true) << "";
-    QTest::newRow("jpeg already rewritten") << optimizeJpeg(jpeg(photo(64, 64))).bytes << "already as small";
-    QTest::newRow("jpeg cmyk") << libjpeg(JCS_CMYK, 4, false) << "four-channel";
-    QTest::newRow("jpeg cut short") << jpeg(photo(64, 64)).chopped(300) << "does not decode cleanly";
+    addRow("jpeg photo with metadata", jpeg(photo(200, 150)), "");
+    addRow("jpeg small flat", jpeg(flat), "");
+    addRow("jpeg greyscale", jpeg(photo(64, 64, QImage::Format_Grayscale8)), "");
+    addRow("jpeg arithmetic", libjpeg(JCS_RGB, 3, true), "");
+    addRow("jpeg already rewritten", optimizeJpeg(jpeg(photo(64, 64))).bytes, "already as small");
+    addRow("jpeg cmyk", libjpeg(JCS_CMYK, 4, false), "four-channel");
+    addRow("jpeg cut short", jpeg(photo(64, 64)).chopped(300), "does not decode cleanly");
     const QRect all(0, 0, 16, 16);
-    QTest::newRow("gif local tables") << gif({16, 16}, {{all, 32}, {QRect(4, 4, 8, 8), 64}}) << "";
-    QTest::newRow("gif animated loop") << gif({16, 16}, {{all, 0, -1, 10}, {all, 0, -1, 20}, {all, 0, -1, 30}}, 0)
-                                       << "";
-    QTest::newRow("gif transparent") << gif({16, 16}, {{all, 0, 1}}) << "";
-    QTest::newRow("gif interlaced") << gif({16, 20}, {{QRect(0, 0, 16, 20), 0, -1, 0, true}}) << "";
-    QTest::newRow("gif more than 256 colours")
-        << gif({2, 2}, QList<Frame>(200, Frame{QRect(0, 0, 2, 2), 4})) << "more than 256 colours";
-    QTest::newRow("png") << QByteArray("\x89PNG\r\n\x1A\n", 8) << "cannot be read";
+    addRow("gif local tables", gif({16, 16}, {{all, 32}, {QRect(4, 4, 8, 8), 64}}), "");
+    addRow("gif animated loop", gif({16, 16}, {{all, 0, -1, 10}, {all, 0, -1, 20}, {all, 0, -1, 30}}, 0), "");
+    addRow("gif transparent", gif({16, 16}, {{all, 0, 1}}), "");
+    addRow("gif interlaced", gif({16, 20}, {{QRect(0, 0, 16, 20), 0, -1, 0, true}}), "");
+    addRow("gif more than 256 colours", gif({2, 2}, QList<Frame>(200, Frame{QRect(0, 0, 2, 2), 4})),
+           "more than 256 colours");
+    addRow("png", QByteArray("\x89PNG\r\n\x1A\n", 8), "cannot be read");
 }
 
 void TestShrinkMedia::lossless()
@@ -79,17 +79,15 @@ void TestShrinkMedia::lossless()
 
 void TestShrinkMedia::lossy_data()
 {
-    QTest::addColumn<QByteArray>("output");
-    QTest::addColumn<QSize>("size");
+    addColumns<QByteArray, QSize>("output", "size");
     QTest::addColumn<int>("colours"); // at most, for a GIF, whose top right pixel stays transparent
     const QByteArray bigGif = gif({400, 200}, {{QRect(0, 0, 300, 200), 0, 2}, {QRect(10, 10, 50, 50), 0, -1, 5}}, 0);
-    QTest::newRow("scale jpeg") << scaleTexture(jpeg(photo(512, 512))).bytes << QSize(256, 256) << 0;
-    QTest::newRow("scale grey jpeg") << scaleTexture(jpeg(photo(300, 600, QImage::Format_Grayscale8)), 128).bytes
-                                     << QSize(64, 128) << 0;
-    QTest::newRow("scale gif") << scaleTexture(bigGif).bytes << QSize(256, 128) << 256;
-    QTest::newRow("reencode jpeg") << reencodeJpeg(jpeg(photo(256, 256), 98), 40).bytes << QSize(256, 256) << 0;
-    QTest::newRow("reduce colours") << reduceGifColours(gif({64, 64}, {{QRect(0, 0, 64, 64), 0, 3}}), 2).bytes
-                                    << QSize(64, 64) << 2;
+    addRow("scale jpeg", scaleTexture(jpeg(photo(512, 512))).bytes, QSize(256, 256), 0);
+    addRow("scale grey jpeg", scaleTexture(jpeg(photo(300, 600, QImage::Format_Grayscale8)), 128).bytes, QSize(64, 128),
+           0);
+    addRow("scale gif", scaleTexture(bigGif).bytes, QSize(256, 128), 256);
+    addRow("reencode jpeg", reencodeJpeg(jpeg(photo(256, 256), 98), 40).bytes, QSize(256, 256), 0);
+    addRow("reduce colours", reduceGifColours(gif({64, 64}, {{QRect(0, 0, 64, 64), 0, 3}}), 2).bytes, QSize(64, 64), 2);
 }
 
 void TestShrinkMedia::lossy()
@@ -114,13 +112,12 @@ void TestShrinkMedia::lossy()
 
 void TestShrinkMedia::sounds_data()
 {
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<SoundTarget>("target");
+    addColumns<QByteArray, SoundTarget>("input", "target");
     QTest::addColumn<double>("ratio"); // output bytes / input bytes; 0 = kept
-    QTest::newRow("extensible stereo to mono 22k") << wav(0xFFFE, 2, 44100, 1) << SoundTarget{true, 22050, 16} << 0.25;
-    QTest::newRow("pcm to 8-bit 11k") << wav(1, 1, 22050, 1) << SoundTarget{true, 11025, 8} << 0.25;
-    QTest::newRow("same rate") << wav(1, 2, 22050, 1) << SoundTarget{false, 0, 16} << 1.0;
-    QTest::newRow("adpcm") << wav(2, 1, 22050, 0.1) << SoundTarget{} << 0.0;
+    addRow("extensible stereo to mono 22k", wav(0xFFFE, 2, 44100, 1), SoundTarget{true, 22050, 16}, 0.25);
+    addRow("pcm to 8-bit 11k", wav(1, 1, 22050, 1), SoundTarget{true, 11025, 8}, 0.25);
+    addRow("same rate", wav(1, 2, 22050, 1), SoundTarget{false, 0, 16}, 1.0);
+    addRow("adpcm", wav(2, 1, 22050, 0.1), SoundTarget{}, 0.0);
 }
 
 void TestShrinkMedia::sounds()

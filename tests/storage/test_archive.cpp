@@ -6,6 +6,7 @@
 #include "storage/ArchiveSink.h"
 #include "storage/ArchiveWriter.h"
 #include "storage/PackedEntries.h"
+#include "support/DataRows.h"
 #include "support/TestFiles.h"
 
 #include <QRandomGenerator>
@@ -267,15 +268,15 @@ private slots:
         QTest::addColumn<QByteArray>("name");
         QTest::addColumn<QString>("landsAt"); // "" when the entry must be skipped
 
-        QTest::newRow("parent folder") << QByteArray("../evil") << "";
-        QTest::newRow("parent folder after a folder") << QByteArray("blocks/../../evil") << "";
-        QTest::newRow("parent folder with backslashes") << QByteArray("a\\..\\..\\evil") << "";
-        QTest::newRow("absolute path into a writable folder") << QByteArray("@OUTSIDE@/evil") << "";
-        QTest::newRow("absolute Windows path") << QByteArray("\\evil") << "";
-        QTest::newRow("drive letter") << QByteArray("C:\\evil") << "";
-        QTest::newRow("backslash separator") << QByteArray("textures\\x.gif") << "textures/x.gif";
+        addRow("parent folder", QByteArray("../evil"), "");
+        addRow("parent folder after a folder", QByteArray("blocks/../../evil"), "");
+        addRow("parent folder with backslashes", QByteArray("a\\..\\..\\evil"), "");
+        addRow("absolute path into a writable folder", QByteArray("@OUTSIDE@/evil"), "");
+        addRow("absolute Windows path", QByteArray("\\evil"), "");
+        addRow("drive letter", QByteArray("C:\\evil"), "");
+        addRow("backslash separator", QByteArray("textures\\x.gif"), "textures/x.gif");
         // Rover compares the style's Windows-1252 bytes with names stored without the UTF-8 flag.
-        QTest::newRow("name without the UTF-8 flag") << QByteArray("textures/caf\xe9.gif") << "textures/caf\u00e9.gif";
+        addRow("name without the UTF-8 flag", QByteArray("textures/caf\xe9.gif"), "textures/caf\u00e9.gif");
     }
 
     void hostileEntryNames()
@@ -302,22 +303,21 @@ private slots:
         QTest::addColumn<QStringList>("entries"); // "name=content", in archive order
         QTest::addColumn<Tree>("landsAs");
 
-        QTest::newRow("item folders in any case")
-            << QStringList{"Blocks/wall.block=w", "TEXTURES/T.GIF=t", "sounds/drip.WAV=d", "BLOCKS/door.block=x"}
-            << Tree{{"blocks/wall.block", "w"},
+        addRow("item folders in any case",
+               QStringList{"Blocks/wall.block=w", "TEXTURES/T.GIF=t", "sounds/drip.WAV=d", "BLOCKS/door.block=x"},
+               Tree{{"blocks/wall.block", "w"},
                     {"blocks/door.block", "x"},
                     {"textures/T.GIF", "t"},
-                    {"sounds/drip.WAV", "d"}};
-        QTest::newRow("other folders keep the first case")
-            << QStringList{"Extra/a=1", "EXTRA/Sub/b=2", "extra/sub/c=3"}
-            << Tree{{"Extra/a", "1"}, {"Extra/Sub/b", "2"}, {"Extra/Sub/c", "3"}};
-        QTest::newRow("names differing in case: the later wins")
-            << QStringList{"blocks/Wall.block=old", "Blocks/wall.block=new", "a.style=s"}
-            << Tree{{"blocks/wall.block", "new"}, {"a.style", "s"}};
-        QTest::newRow("one name twice: the later wins") << QStringList{"a.style=old", "blocks/w.block=w", "a.style=new"}
-                                                        << Tree{{"a.style", "new"}, {"blocks/w.block", "w"}};
-        QTest::newRow("dot folders dropped")
-            << QStringList{"./a.style=s", "./blocks/./w.block=w"} << Tree{{"a.style", "s"}, {"blocks/w.block", "w"}};
+                    {"sounds/drip.WAV", "d"}});
+        addRow("other folders keep the first case", QStringList{"Extra/a=1", "EXTRA/Sub/b=2", "extra/sub/c=3"},
+               Tree{{"Extra/a", "1"}, {"Extra/Sub/b", "2"}, {"Extra/Sub/c", "3"}});
+        addRow("names differing in case: the later wins",
+               QStringList{"blocks/Wall.block=old", "Blocks/wall.block=new", "a.style=s"},
+               Tree{{"blocks/wall.block", "new"}, {"a.style", "s"}});
+        addRow("one name twice: the later wins", QStringList{"a.style=old", "blocks/w.block=w", "a.style=new"},
+               Tree{{"a.style", "new"}, {"blocks/w.block", "w"}});
+        addRow("dot folders dropped", QStringList{"./a.style=s", "./blocks/./w.block=w"},
+               Tree{{"a.style", "s"}, {"blocks/w.block", "w"}});
     }
 
     void namesAsWindowsHasThem()
@@ -349,10 +349,10 @@ private slots:
         QTest::addColumn<QByteArray>("entry"); // "@LINK@": a link entry pointing outside
         QTest::addColumn<QString>("linkName"); // what in the target is a link; "@HARD@": a hard link
 
-        QTest::newRow("linked folder in the target") << QByteArray("blocks/a.block") << "blocks";
-        QTest::newRow("linked file in the target") << QByteArray("a.style") << "a.style";
-        QTest::newRow("hard link in the target") << QByteArray("a.style") << "@HARD@";
-        QTest::newRow("link entry in the archive") << QByteArray("@LINK@") << "";
+        addRow("linked folder in the target", QByteArray("blocks/a.block"), "blocks");
+        addRow("linked file in the target", QByteArray("a.style"), "a.style");
+        addRow("hard link in the target", QByteArray("a.style"), "@HARD@");
+        addRow("link entry in the archive", QByteArray("@LINK@"), "");
     }
 
     void linksInTargetAreRefused()
@@ -409,7 +409,7 @@ private slots:
     {
         QTest::addColumn<QString>("kind");
         for (const char *kind : {"missing", "empty", "text", "last byte cut", "folder", "named pipe"})
-            QTest::newRow(kind) << kind;
+            addRow(kind, kind);
     }
 
     void brokenFilesDoNotOpen()
@@ -443,8 +443,8 @@ private slots:
     void failedWriteKeepsOldArchive_data()
     {
         QTest::addColumn<bool>("diskFull"); // else the folder is read-only
-        QTest::newRow("read-only folder") << false;
-        QTest::newRow("disk full midway") << true;
+        addRow("read-only folder", false);
+        addRow("disk full midway", true);
     }
 
     void failedWriteKeepsOldArchive()
@@ -509,8 +509,8 @@ private slots:
     void replaceKeepsRightsAndLinks_data()
     {
         QTest::addColumn<bool>("linked"); // the archive's path is a link to the real file
-        QTest::newRow("plain file") << false;
-        QTest::newRow("through a link") << true;
+        addRow("plain file", false);
+        addRow("through a link", true);
     }
 
     void replaceKeepsRightsAndLinks()
@@ -563,16 +563,14 @@ private slots:
     void packedSave_data()
     {
         // What happens between the open and the save; which entries must keep the source's bytes.
-        QTest::addColumn<QString>("change");
-        QTest::addColumn<QStringList>("kept");
+        addColumns<QString, QStringList>("change", "kept");
         const QStringList all = kPackedFiles.keys();
-        QTest::newRow("nothing") << u"nothing"_s << all;
-        QTest::newRow("one block edited")
-            << u"edit"_s << QStringList{u"Set.style"_s, u"sounds/bell.wav"_s, u"textures/sky.gif"_s};
-        QTest::newRow("a file written anew with the same bytes") << u"same"_s << all;
-        QTest::newRow("a form Shrink made")
-            << u"shrink"_s << QStringList{u"Set.style"_s, u"sounds/bell.wav"_s, u"textures/sky.gif"_s};
-        QTest::newRow("the archive replaced by another program") << u"replaced"_s << QStringList();
+        addRow("nothing", u"nothing"_s, all);
+        addRow("one block edited", u"edit"_s, QStringList{u"Set.style"_s, u"sounds/bell.wav"_s, u"textures/sky.gif"_s});
+        addRow("a file written anew with the same bytes", u"same"_s, all);
+        addRow("a form Shrink made", u"shrink"_s,
+               QStringList{u"Set.style"_s, u"sounds/bell.wav"_s, u"textures/sky.gif"_s});
+        addRow("the archive replaced by another program", u"replaced"_s, QStringList());
     }
 
     void packedSave()

@@ -2,6 +2,7 @@
 // clearing and removing it leave behind.
 
 #include "storage/WorkingFolder.h"
+#include "support/DataRows.h"
 #include "support/TestFiles.h"
 
 #include <QtTest>
@@ -62,9 +63,9 @@ private slots:
     void createAndClear_data()
     {
         QTest::addColumn<bool>("leftover");
-        QTest::newRow("fresh") << false;
+        addRow("fresh", false);
         // What a crashed earlier run leaves: the folder, open to all, with its files and the lock file.
-        QTest::newRow("leftover of an earlier run is reused") << true;
+        addRow("leftover of an earlier run is reused", true);
     }
 
     void createAndClear()
@@ -140,11 +141,11 @@ private slots:
     void foreignOrLinkedFolderIsNeverUsed_data()
     {
         QTest::addColumn<QString>("kind");
-        QTest::newRow("folder is a link") << "link";
-        QTest::newRow("folder is a dangling link") << "dangling";
-        QTest::newRow("lock file is a link") << "locklink";
-        QTest::newRow("folder is a file") << "file";
-        QTest::newRow("folder owned by another user") << "foreign";
+        addRow("folder is a link", "link");
+        addRow("folder is a dangling link", "dangling");
+        addRow("lock file is a link", "locklink");
+        addRow("folder is a file", "file");
+        addRow("folder owned by another user", "foreign");
     }
 
     void foreignOrLinkedFolderIsNeverUsed()

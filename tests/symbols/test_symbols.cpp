@@ -188,14 +188,14 @@ private slots:
     {
         addColumns<int, bool, QString, QStringList>("count", "yes", "last", "messages"); // last: its single symbol
         const QStringList asked{u"Are you sure to remap all symbols?"_s};
-        QTest::newRow("3 blocks") << 3 << true << u"C"_s << asked;
-        QTest::newRow("53rd gets 1") << 53 << true << u"1"_s << asked;
-        QTest::newRow("61st gets 9") << 61 << true << u"9"_s << asked;
-        QTest::newRow("62nd gets 0") << 62 << true << u"0"_s << asked;
-        QTest::newRow("89th gets the tilde") << 89 << true << u"~"_s << asked;
-        QTest::newRow("90th gets nothing")
-            << 90 << true << QString() << asked + QStringList{u"There are more than 89 blocks in the blockset!"_s};
-        QTest::newRow("answered no") << 3 << false << u"x"_s << asked;
+        addRow("3 blocks", 3, true, u"C"_s, asked);
+        addRow("53rd gets 1", 53, true, u"1"_s, asked);
+        addRow("61st gets 9", 61, true, u"9"_s, asked);
+        addRow("62nd gets 0", 62, true, u"0"_s, asked);
+        addRow("89th gets the tilde", 89, true, u"~"_s, asked);
+        addRow("90th gets nothing", 90, true, QString(),
+               asked + QStringList{u"There are more than 89 blocks in the blockset!"_s});
+        addRow("answered no", 3, false, u"x"_s, asked);
     }
 
     void remapAll()
@@ -236,9 +236,9 @@ private slots:
     {
         // focused: the list had the focus before the choice; doubleSymbol: of the block that had "#x".
         addColumns<bool, bool, int, QString>("focused", "yes", "shown", "doubleSymbol");
-        QTest::newRow("yes") << true << true << 3 << u"Cx"_s;
-        QTest::newRow("no") << true << false << 0 << u"#x"_s;
-        QTest::newRow("set by the program") << false << true << 3 << u"#x"_s;
+        addRow("yes", true, true, 3, u"Cx"_s);
+        addRow("no", true, false, 0, u"#x"_s);
+        addRow("set by the program", false, true, 3, u"#x"_s);
     }
 
     void remapPrefix()
@@ -268,10 +268,10 @@ private slots:
         // doubles: those of blocks "a" and "b"
         addColumns<bool, bool, QString, bool, bool>("checked", "blocksetModes", "doubles", "syncEnabled",
                                                     "syncChecked");
-        QTest::newRow("cleared") << false << true << u"#a#b"_s << false << false;
-        QTest::newRow("ticked, blockset synced") << true << true << u"#a!b"_s << true << true;
-        QTest::newRow("ticked, opened in sync") << true << false << u"#a#b"_s << true << true;
-        QTest::newRow("ticked, opened not in sync") << true << false << u"#a#c"_s << false << false;
+        addRow("cleared", false, true, u"#a#b"_s, false, false);
+        addRow("ticked, blockset synced", true, true, u"#a!b"_s, true, true);
+        addRow("ticked, opened in sync", true, false, u"#a#b"_s, true, true);
+        addRow("ticked, opened not in sync", true, false, u"#a#c"_s, false, false);
     }
 
     void strictPrefixClick()

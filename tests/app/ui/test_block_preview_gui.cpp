@@ -5,6 +5,7 @@
 
 #include "MainWindowFixture.h"
 #include "rover/RoverTestBlocks.h"
+#include "support/DataRows.h"
 #include "support/Screenshot.h"
 
 #include <QRadioButton>
@@ -46,13 +47,11 @@ private slots:
         QTest::addColumn<int>("row");
         QTest::addColumn<QString>("shown"); // the widget the panel shows
         QTest::addColumn<QString>("text");  // in the title, or the error shown
-        QTest::newRow("cube") << 1 << "BlockView"
-                              << "full  (cube.block)";
-        QTest::newRow("broken block") << 0 << "BlockPreviewProblem"
-                                      << "Expected a list of vertex reference numbers as the value of parameter "
-                                         "'vertices' (line 14)";
-        QTest::newRow("sprite") << 2 << "BlockView"
-                                << "sprite  (sprite.block)";
+        addRow("cube", 1, "BlockView", "full  (cube.block)");
+        addRow("broken block", 0, "BlockPreviewProblem",
+               "Expected a list of vertex reference numbers as the value of parameter "
+               "'vertices' (line 14)");
+        addRow("sprite", 2, "BlockView", "sprite  (sprite.block)");
     }
 
     void previewFollowsTheList()

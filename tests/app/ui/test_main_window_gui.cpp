@@ -8,11 +8,12 @@
 // save question for a changed blockset, and the working folder is gone after the
 // window closed; a dropped archive opens. For the web: the saved size in
 // stbSize, the Packed column and the marks on sounds Rover cannot play, sorting
-// that keeps each row's item, and the check panel leading to an item.
+// that keeps each row's item, and the check panel leading to an item. Edits on
+// the Settings and Version pages mark the blockset (caption "*", Save usable)
+// and reach the document; the update comment marks only the update file.
 // Leaves out: the rules themselves and which commands are usable (the document,
-// interface-state, symbol and dropped-files tests), the answers' effects, edits
-// marking the caption (test_settings_edits_gui), the sizes and findings
-// themselves (test_document_save).
+// interface-state, symbol and dropped-files tests), the answers' effects, the
+// sizes and findings themselves (test_document_save).
 
 #include "MainWindowFixture.h"
 
@@ -445,6 +446,90 @@ private slots:
         fixture->action("mnuSave")->trigger();
         QVERIFY(findings->findItems("sounds/sound1.wav", Qt::MatchExactly, 1).isEmpty());
         fixture->prompts.unexpected.clear(); // the removal's question is not this test's matter
+    }
+
+    // Edits on the Settings and Version pages, typed as a user types them.
+    // A brightness the style file writes with a leading zero: the control must show
+    // what the document took from it, or a later save writes something the user never saw.
+    void openedValueMatchesTheDocument()
+    {
+        QVERIFY(fixture->openBlockset({.blocks = 1, .values = {{StyleField::OrbBrightness, "07%"}}}));
+        QCOMPARE(fixture->document().style().orbBrightness, QString("7%"));
+        QCOMPARE(fixture->shownText("prcOrb"), QString("7%"));
+        QVERIFY(!fixture->document().isChanged());
+    }
+
+    void editMarksBlockset_data()
+    {
+        // control: where the keys go; its value control is the part before "/".
+        addColumns<QString, QString, StyleField, QString>("control", "keys", "field", "expected");
+        // The version goes to stbVersion too; typed away entirely, "No Version" stands there.
+        addRow("version emptied", "fldVersion", "\b\b\b", StyleField::Version, "");
+        addRow("sky colour", "rgbSky/txtG", "5", StyleField::SkyColor, "(10,205,30)");
+    }
+
+    void editMarksBlockset()
+    {
+        QFETCH(QString, control);
+        QFETCH(QString, keys);
+        QFETCH(StyleField, field);
+        QFETCH(QString, expected);
+        openStyledBlockset();
+        QVERIFY2(fixture->typeInto(control, keys), qPrintable(control));
+        verifyMarked(true);
+        QVERIFY(!fixture->document().updateChanged());
+        // The control shows the edited value and the document holds the same text.
+        QCOMPARE(fixture->shownText(control.section('/', 0, 0)), expected);
+        QCOMPARE(styleValue(fixture->document().style(), field), expected);
+        if (field == StyleField::Version)
+            QCOMPARE(fixture->panel("stbVersion"), expected.isEmpty() ? QString("No Version") : expected);
+    }
+
+    // A comment typed over two lines marks only the update file, yet the caption
+    // and Save show it; Save writes the update file alone, with the comment's
+    // line break as CR LF.
+    void updateCommentSaveWritesOnlyUpdateFile()
+    {
+        openStyledBlockset();
+        const QByteArray before = readBytes(fixture->document().blocksetPath());
+        fixture->typeInto("fldUpdate", "one\ntwo");
+        QVERIFY(fixture->document().updateChanged() && !fixture->document().blocksetChanged());
+        QCOMPARE(fixture->caption(), QString("Cubrix - Styled.bset*"));
+        QVERIFY(fixture->enabled("btnSave") && fixture->enabled("mnuSave"));
+
+        fixture->action("btnSave")->trigger();
+        QCOMPARE(readBytes(fixture->document().blocksetPath()), before);
+        QVERIFY(readBytes(fixture->dir.filePath("Styled.txt")).contains("\">\r\none\r\ntwo\r\n</version>"));
+        verifyMarked(false);
+        QVERIFY(!fixture->document().updateChanged());
+    }
+
+private:
+    // An open, unchanged blockset whose style sets every value control: showing
+    // them must not count as an edit.
+    void openStyledBlockset()
+    {
+        QVERIFY(fixture->openBlockset({.name = "Styled",
+                                       .blocks = 2,
+                                       .textures = 3,
+                                       .values = {{StyleField::SkyTexture, "texture0.jpg"},
+                                                  {StyleField::SkyColor, "(10,20,30)"},
+                                                  {StyleField::SkyBrightness, "50%"},
+                                                  {StyleField::GroundColor, "(1,2,3)"},
+                                                  {StyleField::OrbColor, "(200,201,202)"},
+                                                  {StyleField::OrbBrightness, "10%"},
+                                                  {StyleField::OrbPosition, "(90,-4)"},
+                                                  {StyleField::OrbHref, "index.3dml"}}}));
+        verifyMarked(false);
+    }
+
+    // The caption, Save and the flag of the document show whether the style was edited.
+    void verifyMarked(bool marked)
+    {
+        QCOMPARE(fixture->caption(), QString(marked ? "Cubrix - Styled.bset*" : "Cubrix - Styled.bset"));
+        QCOMPARE(fixture->enabled("btnSave"), marked);
+        QCOMPARE(fixture->enabled("mnuSave"), marked);
+        QCOMPARE(fixture->document().blocksetChanged(), marked);
     }
 };
 

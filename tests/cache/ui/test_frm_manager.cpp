@@ -6,6 +6,7 @@
 #include "common/CommonFunctions.h"
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
+#include "support/DataRows.h"
 #include "support/Screenshot.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestFiles.h"
@@ -46,9 +47,9 @@ private slots:
     void enablingAndSorting_data()
     {
         QTest::addColumn<int>("files");
-        QTest::newRow("no Rover") << -1;
-        QTest::newRow("empty cache") << 0;
-        QTest::newRow("three blocksets") << 3;
+        addRow("no Rover", -1);
+        addRow("empty cache", 0);
+        addRow("three blocksets", 3);
     }
     void enablingAndSorting()
     {

@@ -52,9 +52,9 @@ private slots:
     {
         // doubleSymbol: after choosing E as single symbol.
         addColumns<bool, bool, QString>("strict", "sync", "doubleSymbol");
-        QTest::newRow("free text") << false << false << u"!a"_s;
-        QTest::newRow("strict prefix") << true << false << u".C"_s;
-        QTest::newRow("strict prefix and sync double") << true << true << u".E"_s;
+        addRow("free text", false, false, u"!a"_s);
+        addRow("strict prefix", true, false, u".C"_s);
+        addRow("strict prefix and sync double", true, true, u".E"_s);
     }
 
     void modes()
