@@ -1,6 +1,7 @@
 #include "app/RecentFiles.h"
 
 #include "common/RegistryWrapper.h"
+#include "storage/PlatformFile.h"
 
 #include <QFileInfo>
 
@@ -28,6 +29,7 @@ void RecentFiles::add(const QString &path)
     list.removeIf([&](const QString &known) { return sameFile(known, path); });
     list.prepend(QFileInfo(path).absoluteFilePath());
     store(list.mid(0, kLimit));
+    PlatformFile::addRecentDocument(path, u"application/vnd.quillmoor.blockset"_s);
 }
 
 void RecentFiles::remove(const QString &path)

@@ -7,7 +7,8 @@ class RegistryWrapper;
 
 // The blocksets last opened or saved, most recent first, kept in the settings
 // store (value "recentFiles": the full paths separated by "|", a character no
-// Windows file name holds).
+// Windows file name holds). Each one also goes on the desktop's list of recently
+// used documents.
 class RecentFiles {
 public:
     static constexpr int kLimit = 10;

@@ -173,6 +173,13 @@ void keepAllocatorMemory();
 // reads). Called at the start of a program, before any other thread runs.
 void readTimeZoneOnce();
 
+// Puts the file at `path` on the desktop's list of recently used documents, which
+// the file choosers and launchers of other programs show: the freedesktop
+// recently-used.xbel (through GLib's bookmark file) on Linux, the shell's recent
+// documents on Windows. Best effort: where the list cannot be read or written, or
+// GLib is missing, nothing happens; a list that cannot be read is never rewritten.
+void addRecentDocument(const QString &path, const QString &mimeType);
+
 // The program name ("iexplore.exe") of a running process other than this one
 // that has the file at `path` loaded; "" when none has. On Unix a process whose
 // memory maps show the file (as Wine maps a loaded DLL), on Windows one whose

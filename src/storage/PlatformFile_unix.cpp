@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,6 +19,9 @@
 
 #if defined(Q_OS_LINUX) && defined(__GLIBC__)
 #include <malloc.h>
+#endif
+#ifdef CUBRIX_HAVE_GLIB
+#include <glib.h>
 #endif
 
 namespace PlatformFile {
@@ -329,6 +333,32 @@ void readTimeZoneOnce()
     // even an empty one (UTC), stays as it is.
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", ":/etc/localtime");
+#endif
+}
+
+void addRecentDocument(const QString &path, const QString &mimeType)
+{
+#ifdef CUBRIX_HAVE_GLIB
+    const QString dataHome = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    if (dataHome.isEmpty() || !QDir().mkpath(dataHome))
+        return;
+    const QByteArray listPath = encodeName(dataHome + QStringLiteral("/recently-used.xbel"));
+    GBookmarkFile *list = g_bookmark_file_new();
+    GError *error = nullptr;
+    const bool loaded = g_bookmark_file_load_from_file(list, listPath.constData(), &error);
+    const bool missing = !loaded && g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT);
+    g_clear_error(&error);
+    gchar *uri = g_filename_to_uri(encodeName(QFileInfo(path).absoluteFilePath()).constData(), nullptr, nullptr);
+    if ((loaded || missing) && uri) {
+        g_bookmark_file_set_mime_type(list, uri, mimeType.toUtf8().constData());
+        g_bookmark_file_add_application(list, uri, "Cubrix", "cubrix %f");
+        (void)g_bookmark_file_to_file(list, listPath.constData(), nullptr); // written whole, then renamed
+    }
+    g_free(uri);
+    g_bookmark_file_free(list);
+#else
+    Q_UNUSED(path);
+    Q_UNUSED(mimeType);
 #endif
 }
 

@@ -22,7 +22,8 @@
 #include <io.h>
 #include <sys/utime.h>
 #include <windows.h>
-// After windows.h, which it needs.
+// After windows.h, which they need.
+#include <shlobj.h>
 #include <tlhelp32.h>
 
 namespace PlatformFile {
@@ -404,6 +405,13 @@ QString defaultTempRoot()
 void keepAllocatorMemory() {}
 
 void readTimeZoneOnce() {}
+
+void addRecentDocument(const QString &path, const QString &mimeType)
+{
+    Q_UNUSED(mimeType); // the shell takes the type from the file name
+    const std::wstring wide = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()).toStdWString();
+    SHAddToRecentDocs(SHARD_PATHW, wide.c_str());
+}
 
 namespace {
 

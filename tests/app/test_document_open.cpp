@@ -46,6 +46,29 @@ private slots:
         QCOMPARE(recent.paths().first(), sets.last());
         recent.remove(sets.last());
         QVERIFY(!recent.paths().contains(sets.last()));
+
+        // The desktop's list gets each one too, beside other programs' entries; a list
+        // that cannot be read is left as it is.
+        qputenv("XDG_DATA_HOME", QFile::encodeName(env.setPath(QStringLiteral("share"))));
+        const QString xbel = env.setPath(QStringLiteral("share/recently-used.xbel"));
+        const QByteArray other =
+            "<bookmark href=\"file:///home/a/notes.txt\" added=\"2026-01-01T00:00:00Z\" "
+            "modified=\"2026-01-01T00:00:00Z\" "
+            "visited=\"2026-01-01T00:00:00Z\"><info><metadata owner=\"http://freedesktop.org\"><bookmark:applications>"
+            "<bookmark:application name=\"gedit\" exec=\"'gedit %u'\" modified=\"2026-01-01T00:00:00Z\" count=\"1\"/>"
+            "</bookmark:applications></metadata></info></bookmark>";
+        writeFile(xbel, "<?xml version=\"1.0\"?>\n<xbel version=\"1.0\" "
+                        "xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\">"
+                            + other + "</xbel>");
+        recent.add(sets[2]);
+        const QByteArray listed = readBytes(xbel);
+        QVERIFY2(listed.contains("file:///home/a/notes.txt")
+                     && listed.contains(QUrl::fromLocalFile(sets[2]).toEncoded())
+                     && listed.contains("application/vnd.quillmoor.blockset") && listed.contains("Cubrix"),
+                 listed.constData());
+        writeFile(xbel, "<xbel version=\"1.0\">" + other);
+        recent.add(sets[3]);
+        QCOMPARE(readBytes(xbel), "<xbel version=\"1.0\">" + other);
     }
 
     void fullOpen()
