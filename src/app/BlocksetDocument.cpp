@@ -236,7 +236,10 @@ Result BlocksetDocument::openBlockset(const QString &file)
 
     noteForRecovery();
     // Opened read-only, the status panel says why, in place of the symbol modes.
-    showProcess(readOnly() ? u"Opened read-only: "_s + readOnlyReason() : symbolModeText());
+    const QString reason = readOnlyReason();
+    showProcess(!readOnly()        ? symbolModeText()
+                : reason.isEmpty() ? u"Opened read-only."_s
+                                   : u"Opened read-only: "_s + reason);
     if (!readOnly())
         emit fileUsed(m_blocksetPath);
     m_processMessageShown = true;

@@ -1,5 +1,6 @@
 #include "cache/CacheIndexFile.h"
 
+#include "common/AsciiChars.h"
 #include "rover/RoverReader.h"
 #include "storage/Cp1252.h"
 
@@ -13,10 +14,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+using AsciiChars::isBlank;
+
 const QList<RoverReader::Rule> kBlocksetRules = {
     {"href", RoverType::String, true},  {"size", RoverType::Integer, true},     {"updated", RoverType::Integer, true},
     {"name", RoverType::String, false}, {"synopsis", RoverType::String, false}, {"version", RoverType::Version, false}};
-enum { Href, Size, Updated, Name, Synopsis, Version };
+enum BlocksetValue { HrefValue, SizeValue, UpdatedValue, NameValue, SynopsisValue, VersionValue };
 
 // One tag of the file, or a part the reader could not read.
 struct Token {
@@ -46,11 +49,6 @@ qint32 toSeconds(QByteArrayView text)
     }
     value = negative ? -value : value;
     return qint32(std::clamp<qint64>(value, std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max()));
-}
-
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t';
 }
 
 // Where the line `at` stands in starts, when only blanks come before `at` on it;
@@ -148,11 +146,11 @@ void CacheIndexFile::read()
                 token.element = int(m_elements.size());
                 Element element{tag.from,
                                 tag.to,
-                                fromCp1252(values[Href]),
-                                fromCp1252(values[Name]),
-                                fromCp1252(values[Synopsis]),
-                                fromCp1252(values[Version]),
-                                toSeconds(values[Updated])};
+                                fromCp1252(values[HrefValue]),
+                                fromCp1252(values[NameValue]),
+                                fromCp1252(values[SynopsisValue]),
+                                fromCp1252(values[VersionValue]),
+                                toSeconds(values[UpdatedValue])};
                 for (const RoverReader::Attribute &a : std::as_const(tag.attributes)) {
                     if (a.name == "updated") {
                         element.updatedFrom = a.valueFrom;

@@ -6,7 +6,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QStringView trimSpaces(QStringView text)
+QStringView withoutOuterSpaces(QStringView text)
 {
     while (!text.isEmpty() && text.front() == u' ')
         text = text.sliced(1);
@@ -48,7 +48,7 @@ struct Range {
 template <std::size_t N>
 std::optional<std::array<int, N>> parseTuple(const QString &text, const std::array<Range, N> &ranges)
 {
-    const QStringView trimmed = trimSpaces(text);
+    const QStringView trimmed = withoutOuterSpaces(text);
     if (trimmed.size() < 3 || trimmed.front() != u'(' || trimmed.back() != u')')
         return std::nullopt;
     const QStringView inside = trimmed.sliced(1, trimmed.size() - 2);
@@ -74,7 +74,7 @@ std::optional<std::array<int, 3>> parseColor(const QString &text)
 
 std::optional<int> parsePercentage(const QString &text)
 {
-    const QStringView trimmed = trimSpaces(text);
+    const QStringView trimmed = withoutOuterSpaces(text);
     if (trimmed.size() <= 2 || trimmed.back() != u'%')
         return std::nullopt;
     const auto number = wholeNumber(trimmed.chopped(1));

@@ -1,15 +1,14 @@
 #include "items/BlockFileLayout.h"
 
+#include "common/AsciiChars.h"
+
 namespace {
+
+using AsciiChars::isBlank;
 
 bool isLineEnd(char c)
 {
     return c == '\r' || c == '\n';
-}
-
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t';
 }
 
 bool isQuote(char c)

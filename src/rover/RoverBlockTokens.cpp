@@ -1,5 +1,6 @@
 #include "rover/RoverBlockTokens.h"
 
+#include "common/AsciiChars.h"
 #include "storage/Cp1252.h"
 
 #include <QString>
@@ -8,10 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
+using AsciiChars::isBlank;
 
 bool isQuote(char c)
 {

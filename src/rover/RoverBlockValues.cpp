@@ -1,5 +1,7 @@
 #include "rover/RoverBlockValues.h"
 
+#include "common/AsciiChars.h"
+
 #include <QByteArray>
 
 #include <array>
@@ -8,15 +10,8 @@
 
 namespace {
 
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+using AsciiChars::isBlank;
+using AsciiChars::isDigit;
 
 char lowerAscii(char c)
 {

@@ -1,14 +1,13 @@
 #include "rover/RoverReader.h"
 
+#include "common/AsciiChars.h"
+
 #include <algorithm>
 #include <cstring>
 
 namespace {
 
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
+using AsciiChars::isBlank;
 
 // Lines end at CR, LF or CR LF and a NUL ends its line early: the text is
 // rebuilt with one '\n' per line so that line counting is trivial. The start of

@@ -1,5 +1,6 @@
 #include "rover/RoverValues.h"
 
+#include "common/AsciiChars.h"
 #include "rover/RoverFinding.h"
 
 #include <optional>
@@ -14,14 +15,8 @@ bool hasRoverError(const RoverFindings &findings)
 
 namespace {
 
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+using AsciiChars::isBlank;
+using AsciiChars::isDigit;
 
 // A cursor over one value; every parser below consumes from it.
 struct Cursor {

@@ -21,7 +21,7 @@ struct Destroyer {
 using Attributes = std::unique_ptr<liq_attr, Destroyer<liq_attr, liq_attr_destroy>>;
 using Histogram = std::unique_ptr<liq_histogram, Destroyer<liq_histogram, liq_histogram_destroy>>;
 using Image = std::unique_ptr<liq_image, Destroyer<liq_image, liq_image_destroy>>;
-using Result = std::unique_ptr<liq_result, Destroyer<liq_result, liq_result_destroy>>;
+using QuantisedColours = std::unique_ptr<liq_result, Destroyer<liq_result, liq_result_destroy>>;
 
 // RGBA bytes with every pixel either opaque or fully transparent, as GIF has it.
 QImage binaryAlpha(const QImage &image)
@@ -92,7 +92,7 @@ QByteArray quantiseGif(const GifFrames &frames, int colours, QString *error)
         *error = u"the colours cannot be reduced"_s;
         return {};
     }
-    const Result result(quantised);
+    const QuantisedColours result(quantised);
     GifImage gif;
     gif.screen = size;
     gif.loopCount = frames.loopCount;

@@ -27,11 +27,6 @@ constexpr int kMaxEndRecords = 16;
 constexpr zip_uint32_t kUnixTypeMask = 0170000;
 constexpr zip_uint32_t kUnixLink = 0120000;
 
-QString errnoText(int err)
-{
-    return PlatformFile::errorText(err);
-}
-
 QString zipErrorText(int zipCode)
 {
     zip_error_t error;
@@ -106,7 +101,8 @@ public:
             PlatformFile::Folder next;
             int err = 0;
             if (!PlatformFile::openFolderAt(*parent, parts[i], true, next, err)) {
-                error = u"cannot make folder \"%1\": %2"_s.arg(PlatformFile::decodeName(key), errnoText(err));
+                error =
+                    u"cannot make folder \"%1\": %2"_s.arg(PlatformFile::decodeName(key), PlatformFile::errorText(err));
                 return nullptr;
             }
             opened = std::move(next);
@@ -123,16 +119,15 @@ private:
     QByteArray m_key;
 };
 
-struct ZipDiscard {
-    void operator()(zip_t *za) const { zip_discard(za); }
-};
-struct ZipFileClose {
-    void operator()(zip_file_t *file) const { zip_fclose(file); }
-};
-
 } // namespace
 
 struct ArchiveReader::Impl {
+    struct ZipDiscard {
+        void operator()(zip_t *za) const { zip_discard(za); }
+    };
+    struct ZipFileClose {
+        void operator()(zip_file_t *file) const { zip_fclose(file); }
+    };
     std::unique_ptr<zip_t, ZipDiscard> zip;
 
     Result extractEntry(zip_uint64_t index, FolderWalker &walker, ArchivePaths &paths, std::vector<char> &buffer,
@@ -167,7 +162,7 @@ Result ArchiveReader::open(const QString &path)
     int err = 0;
     PlatformFile::FileHandle file = PlatformFile::openToRead(PlatformFile::encodeName(path), size, err);
     if (!file.isOpen()) {
-        return Result::failure(err != 0 ? u"cannot open \"%1\": %2"_s.arg(path, errnoText(err))
+        return Result::failure(err != 0 ? u"cannot open \"%1\": %2"_s.arg(path, PlatformFile::errorText(err))
                                         : u"\"%1\" is not a file"_s.arg(path));
     }
     if (size == 0)
@@ -209,7 +204,7 @@ Result ArchiveReader::extractAll(const QString &folder, std::vector<ArchiveEntry
     PlatformFile::Folder root;
     int rootError = 0;
     if (!PlatformFile::openFolder(PlatformFile::encodeName(folder), false, root, rootError))
-        return Result::failure(u"cannot open folder \"%1\": %2"_s.arg(folder, errnoText(rootError)));
+        return Result::failure(u"cannot open folder \"%1\": %2"_s.arg(folder, PlatformFile::errorText(rootError)));
 
     FolderWalker walker(root);
     ArchivePaths paths;
@@ -260,12 +255,12 @@ Result ArchiveReader::Impl::extractEntry(zip_uint64_t index, FolderWalker &walke
     int err = 0;
     PlatformFile::FileHandle file = PlatformFile::createFile(*dir, leaf, err);
     if (!file.isOpen()) {
-        return Result::failure(err != 0 ? u"cannot write \"%1\": %2"_s.arg(shown, errnoText(err))
+        return Result::failure(err != 0 ? u"cannot write \"%1\": %2"_s.arg(shown, PlatformFile::errorText(err))
                                         : u"cannot write \"%1\": not a plain file"_s.arg(shown));
     }
     Result copied = copyEntry(index, file.get(), shown, buffer);
     if (copied && !file.close(err))
-        copied = Result::failure(u"cannot write \"%1\": %2"_s.arg(shown, errnoText(err)));
+        copied = Result::failure(u"cannot write \"%1\": %2"_s.arg(shown, PlatformFile::errorText(err)));
     if (!copied) {
         file.reset();
         PlatformFile::removeFile(*dir, leaf); // a half-read entry is no entry
@@ -328,7 +323,7 @@ Result ArchiveReader::Impl::copyEntry(zip_uint64_t index, int fd, const QString 
             break;
         int err = 0;
         if (!PlatformFile::writeAll(fd, buffer.data(), size_t(n), err))
-            return Result::failure(u"cannot write \"%1\": %2"_s.arg(shown, errnoText(err)));
+            return Result::failure(u"cannot write \"%1\": %2"_s.arg(shown, PlatformFile::errorText(err)));
     }
     // libzip reports a CRC mismatch at the latest here.
     if (zip_fclose(entry.release()) != 0)
@@ -367,7 +362,7 @@ Result ArchiveReader::readEntry(const QString &name, QByteArray &data, qint64 ma
             return Result::failure(u"cannot read \"%1\""_s.arg(name));
         if (info.size > zip_uint64_t(maxSize))
             return Result::failure(u"\"%1\" is too large"_s.arg(name));
-        std::unique_ptr<zip_file_t, ZipFileClose> entry(zip_fopen_index(za, index, 0));
+        std::unique_ptr<zip_file_t, Impl::ZipFileClose> entry(zip_fopen_index(za, index, 0));
         if (!entry)
             return Result::failure(u"cannot read \"%1\": %2"_s.arg(name, QString::fromUtf8(zip_strerror(za))));
         data.resize(qsizetype(info.size));
@@ -406,7 +401,7 @@ Result ArchiveReader::readPacked(quint64 index, PackedEntry &entry)
     zip_t *za = d->zip.get();
     if (index >= zip_uint64_t(zip_get_num_entries(za, 0)) || !d->packedForm(index, entry.form))
         return Result::failure(u"entry %1 cannot be copied"_s.arg(index));
-    std::unique_ptr<zip_file_t, ZipFileClose> file(zip_fopen_index(za, index, ZIP_FL_COMPRESSED));
+    std::unique_ptr<zip_file_t, Impl::ZipFileClose> file(zip_fopen_index(za, index, ZIP_FL_COMPRESSED));
     if (!file)
         return Result::failure(u"entry %1: %2"_s.arg(index).arg(QString::fromUtf8(zip_strerror(za))));
     entry.packed.resize(qsizetype(entry.form.packedSize));

@@ -17,11 +17,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString errnoText(int err)
-{
-    return PlatformFile::errorText(err);
-}
-
 QString fromFsName(const QByteArray &name)
 {
     return PlatformFile::decodeName(name);
@@ -40,7 +35,7 @@ Result ArchiveWriter::addFolder(const QString &folder)
     PlatformFile::Folder rootFolder;
     int rootError = 0;
     if (!PlatformFile::openFolder(root, true, rootFolder, rootError))
-        return Result::failure(u"cannot read folder \"%1\": %2"_s.arg(folder, errnoText(rootError)));
+        return Result::failure(u"cannot read folder \"%1\": %2"_s.arg(folder, PlatformFile::errorText(rootError)));
 
     // Depth-first, names sorted: the archive lists the top-level files first, then
     // each sub-folder with its contents, the same on every run.
@@ -63,8 +58,8 @@ Result ArchiveWriter::addFolder(const QString &folder)
                      && PlatformFile::listFolder(sub, entries, err);
         }
         if (!listed) {
-            return Result::failure(
-                u"cannot read folder \"%1\": %2"_s.arg(fromFsName(root + '/' + current.relative), errnoText(err)));
+            return Result::failure(u"cannot read folder \"%1\": %2"_s.arg(fromFsName(root + '/' + current.relative),
+                                                                          PlatformFile::errorText(err)));
         }
         std::vector<QByteArray> files;
         std::vector<QByteArray> folders;
@@ -127,8 +122,8 @@ Result ArchiveWriter::packFile(const PackedFile &file, PlatformFile::FileStamp &
     int err = 0;
     PlatformFile::FileHandle handle = PlatformFile::openToRead(file.path, size, err);
     if (!handle.isOpen()) {
-        return Result::failure(
-            u"cannot read \"%1\": %2"_s.arg(fromFsName(file.path), err != 0 ? errnoText(err) : u"not a plain file"_s));
+        return Result::failure(u"cannot read \"%1\": %2"_s.arg(
+            fromFsName(file.path), err != 0 ? PlatformFile::errorText(err) : u"not a plain file"_s));
     }
     QByteArray content(qsizetype(size), Qt::Uninitialized);
     if (size > 0 && !PlatformFile::readAt(handle.get(), content.data(), size, 0))
@@ -209,7 +204,8 @@ Result ArchiveWriter::writeTo(bool aside, QByteArray *asideName)
     PlatformFile::Folder dir;
     int err = 0;
     if (!PlatformFile::openFolder(dirPath, true, dir, err))
-        return Result::failure(u"cannot open folder \"%1\": %2"_s.arg(fromFsName(dirPath), errnoText(err)));
+        return Result::failure(
+            u"cannot open folder \"%1\": %2"_s.arg(fromFsName(dirPath), PlatformFile::errorText(err)));
     ArchiveSink::removeStaleTemps(dir, name);
     PlatformFile::keepAllocatorMemory();
     ArchiveSink sink(dir, name);

@@ -26,6 +26,24 @@
 
 namespace PlatformFile {
 
+namespace {
+
+// A system call's result: true when it is 0, else false with `err` set from errno.
+bool succeeded(int result, int &err)
+{
+    if (result == 0)
+        return true;
+    err = errno;
+    return false;
+}
+
+Kind kindOfMode(mode_t mode)
+{
+    return S_ISREG(mode) ? Kind::File : S_ISDIR(mode) ? Kind::Folder : Kind::Other;
+}
+
+} // namespace
+
 QByteArray encodeName(const QString &path)
 {
     return QFile::encodeName(path);
@@ -83,15 +101,6 @@ Folder &Folder::operator=(Folder &&other) noexcept
     return *this;
 }
 
-namespace {
-
-Kind kindOfMode(mode_t mode)
-{
-    return S_ISREG(mode) ? Kind::File : S_ISDIR(mode) ? Kind::Folder : Kind::Other;
-}
-
-} // namespace
-
 bool listFolder(const Folder &folder, std::vector<Entry> &entries, int &err)
 {
     entries.clear();
@@ -132,10 +141,7 @@ Kind kindAt(const Folder &folder, const QByteArray &name)
 
 bool makeFolder(const Folder &parent, const QByteArray &name, bool ownerOnly, int &err)
 {
-    if (mkdirat(parent.fd, name.constData(), ownerOnly ? 0700 : 0777) == 0)
-        return true;
-    err = errno;
-    return false;
+    return succeeded(mkdirat(parent.fd, name.constData(), ownerOnly ? 0700 : 0777), err);
 }
 
 bool removeFile(const Folder &folder, const QByteArray &name)
@@ -252,25 +258,14 @@ bool readAt(int fd, char *data, qint64 length, qint64 offset)
 
 bool writeAll(int fd, const char *data, size_t length, int &err)
 {
-    while (length > 0) {
-        const ssize_t n = ::write(fd, data, length);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            err = errno;
-            return false;
-        }
-        data += n;
-        length -= size_t(n);
-    }
-    return true;
+    return writeAt(fd, data, length, -1, err);
 }
 
+// At `offset`, or at the file's own position when it is negative.
 bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err)
 {
-    off_t at = off_t(offset);
     while (length > 0) {
-        const ssize_t n = pwrite(fd, data, length, at);
+        const ssize_t n = offset < 0 ? ::write(fd, data, length) : pwrite(fd, data, length, off_t(offset));
         if (n < 0) {
             if (errno == EINTR)
                 continue;
@@ -279,7 +274,8 @@ bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err)
         }
         data += n;
         length -= size_t(n);
-        at += n;
+        if (offset >= 0)
+            offset += n;
     }
     return true;
 }
@@ -292,15 +288,11 @@ void setModified(int fd, std::time_t time)
 
 bool closeFile(int fd, int &err)
 {
-    if (close(fd) == 0)
-        return true;
-    err = errno;
-    return false;
+    return succeeded(close(fd), err);
 }
 
-bool isPlainName(QByteArrayView part)
+bool isPlainName(QByteArrayView)
 {
-    Q_UNUSED(part);
     return true;
 }
 
@@ -336,7 +328,7 @@ void readTimeZoneOnce()
 #endif
 }
 
-void addRecentDocument(const QString &path, const QString &mimeType)
+void addRecentDocument([[maybe_unused]] const QString &path, [[maybe_unused]] const QString &mimeType)
 {
 #ifdef CUBRIX_HAVE_GLIB
     const QString dataHome = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
@@ -356,9 +348,6 @@ void addRecentDocument(const QString &path, const QString &mimeType)
     }
     g_free(uri);
     g_bookmark_file_free(list);
-#else
-    Q_UNUSED(path);
-    Q_UNUSED(mimeType);
 #endif
 }
 
@@ -496,7 +485,8 @@ bool openSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &
 namespace {
 
 // Gives the unnamed file a hidden name beside the target, ready for the rename.
-bool linkUnnamed(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err)
+bool linkUnnamed([[maybe_unused]] const Folder &dir, [[maybe_unused]] const NameMaker &newName,
+                 [[maybe_unused]] SaveFile &file, int &err)
 {
 #if defined(Q_OS_LINUX) && defined(O_TMPFILE)
     for (int attempt = 0; attempt < 16; ++attempt) {
@@ -516,9 +506,6 @@ bool linkUnnamed(const Folder &dir, const NameMaker &newName, SaveFile &file, in
     }
     err = errno;
 #else
-    Q_UNUSED(dir);
-    Q_UNUSED(newName);
-    Q_UNUSED(file);
     err = ENOSYS;
 #endif
     return false;
@@ -595,26 +582,17 @@ bool keepSaveFile(const Folder &dir, const NameMaker &newName, SaveFile &file, i
 
 bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
 {
-    if (renameat(dir.fd, from.constData(), dir.fd, to.constData()) == 0)
-        return true;
-    err = errno;
-    return false;
+    return succeeded(renameat(dir.fd, from.constData(), dir.fd, to.constData()), err);
 }
 
 bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
 {
-    if (linkat(dir.fd, from.constData(), dir.fd, to.constData(), 0) == 0)
-        return true;
-    err = errno;
-    return false;
+    return succeeded(linkat(dir.fd, from.constData(), dir.fd, to.constData(), 0), err);
 }
 
 bool hardLink(const QByteArray &from, const QByteArray &to, int &err)
 {
-    if (::link(from.constData(), to.constData()) == 0)
-        return true;
-    err = errno;
-    return false;
+    return succeeded(::link(from.constData(), to.constData()), err);
 }
 
 bool syncFolder(const Folder &dir, int &err)
