@@ -11,11 +11,11 @@
 //
 // Usage: bench_cache_fill [blocksets] [runs]
 
+#include "SilentPrompts.h"
 #include "cache/CacheLocation.h"
 #include "cache/CacheManager.h"
 #include "cache/ui/frmManager.h"
 #include "common/HiveRegistry.h"
-#include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
 #include "storage/PlatformFile.h"
 
@@ -38,22 +38,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class SilentPrompts : public Prompts {
-public:
-    PromptAnswer message(const QString &, const QString &, PromptButtons, PromptIcon) override
-    {
-        return PromptAnswer::Ok;
-    }
-    QString openFile(const QString &, const QString &, const QString &) override { return {}; }
-    QStringList openFiles(const QString &, const QString &, const QString &) override { return {}; }
-    QString saveFile(const QString &, const QString &, const QString &, const QString &) override { return {}; }
-    NewBlocksetChoice newBlockset(bool, bool) override { return {}; }
-    int choose(const QString &, const QString &, const QString &, const QStringList &, PromptIcon) override
-    {
-        return -1;
-    }
-};
 
 bool writeBlockset(const QString &path, const QString &baseName)
 {

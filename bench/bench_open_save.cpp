@@ -9,9 +9,9 @@
 // Usage: bench_open_save [RUNS]   (best of RUNS, default 5)
 //        bench_open_save --make FILE.bset   (only writes the benchmark's blockset)
 
+#include "SilentPrompts.h"
 #include "app/BlocksetDocument.h"
 #include "common/HiveRegistry.h"
-#include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
 #include "formats/Parser.h"
 #include "formats/Parser_Block.h"
@@ -46,28 +46,6 @@ namespace {
 constexpr int kBlocks = 89;
 constexpr int kTextures = 300;
 constexpr int kSounds = 20;
-
-// Answers every question Yes and hands Save As the file it was given.
-class SilentPrompts : public Prompts, public SymbolPrompt {
-public:
-    PromptAnswer message(const QString &, const QString &, PromptButtons buttons, PromptIcon) override
-    {
-        ++shown;
-        return buttons == PromptButtons::Ok ? PromptAnswer::Ok : PromptAnswer::Yes;
-    }
-    int choose(const QString &, const QString &, const QString &, const QStringList &, PromptIcon) override
-    {
-        return -1;
-    }
-    QString openFile(const QString &, const QString &, const QString &) override { return QString(); }
-    QStringList openFiles(const QString &, const QString &, const QString &) override { return {}; }
-    QString saveFile(const QString &, const QString &, const QString &, const QString &) override { return target; }
-    NewBlocksetChoice newBlockset(bool, bool) override { return {}; }
-    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &setup) override { return offeredSymbols(setup); }
-
-    QString target;
-    int shown = 0;
-};
 
 [[noreturn]] void fail(const QString &what)
 {
@@ -140,7 +118,7 @@ QByteArray wavHeader(int dataSize)
         h.append(char(v & 0xff));
         h.append(char(v >> 8));
     };
-    le32(36 + dataSize);
+    le32(quint32(36 + dataSize));
     h += "WAVEfmt ";
     le32(16);
     le16(1);
@@ -150,7 +128,7 @@ QByteArray wavHeader(int dataSize)
     le16(2);
     le16(16);
     h += "data";
-    le32(dataSize);
+    le32(quint32(dataSize));
     return h;
 }
 

@@ -7,10 +7,10 @@
 //   FILE.bset: the large set, as `bench_open_save --make FILE.bset` writes it.
 // advzip comes from the Debian package advancecomp (scripts/setup installs it).
 
+#include "SilentPrompts.h"
 #include "app/BlocksetCheck.h"
 #include "app/BlocksetDocument.h"
 #include "common/HiveRegistry.h"
-#include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
 #include "shrink/GifColours.h"
 #include "shrink/ShrinkCommand.h"
@@ -38,19 +38,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class SilentPrompts : public Prompts, public SymbolPrompt {
-public:
-    PromptAnswer message(const QString &, const QString &, PromptButtons buttons, PromptIcon) override
-    {
-        return buttons == PromptButtons::Ok ? PromptAnswer::Ok : PromptAnswer::Yes;
-    }
-    QString openFile(const QString &, const QString &, const QString &) override { return QString(); }
-    QStringList openFiles(const QString &, const QString &, const QString &) override { return {}; }
-    QString saveFile(const QString &, const QString &, const QString &, const QString &) override { return {}; }
-    NewBlocksetChoice newBlockset(bool, bool) override { return {}; }
-    SymbolDialogAnswer symbolDialog(const SymbolDialogSetup &setup) override { return offeredSymbols(setup); }
-};
 
 [[noreturn]] void fail(const QString &what)
 {
@@ -164,7 +151,8 @@ struct Editor {
     {
         settings.loadSettings();
         settings.setBoolSetting(u"showWarnings"_s, false);
-        folder.createWorkingFolders();
+        if (!folder.createWorkingFolders())
+            fail(u"cannot make the working folder"_s);
     }
     ~Editor() { folder.removeWorkingFolders(); }
 };

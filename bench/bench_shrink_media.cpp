@@ -40,7 +40,7 @@ QByteArray marker(char code, const QByteArray &body)
 QByteArray photoJpeg(int side)
 {
     QImage image(side, side, QImage::Format_RGB32);
-    QRandomGenerator random(side);
+    QRandomGenerator random(static_cast<quint32>(side));
     for (int y = 0; y < side; ++y) {
         for (int x = 0; x < side; ++x) {
             const int noise = int(random.bounded(24));

@@ -170,11 +170,11 @@ Result ArchiveReader::open(const QString &path)
 
     // The end-of-directory record lies in the last 64 KiB + 22 bytes.
     const qint64 tailSize = std::min<qint64>(size, 65535 + 22);
-    QByteArray tail(tailSize, '\0');
+    std::vector<char> tail(static_cast<size_t>(tailSize));
     if (!PlatformFile::readAt(file.get(), tail.data(), tailSize, size - tailSize))
         return Result::failure(u"cannot read \"%1\""_s.arg(path));
     // Counted with string_view's search, which skips to each 'P' with memchr.
-    const std::string_view tailView(tail.constData(), size_t(tail.size()));
+    const std::string_view tailView(tail.data(), tail.size());
     const std::string_view endSignature("PK\x05\x06", 4);
     qsizetype endRecords = 0;
     for (size_t at = tailView.find(endSignature); at != std::string_view::npos;
@@ -185,7 +185,7 @@ Result ArchiveReader::open(const QString &path)
 
     zip_error_t error;
     zip_error_init(&error);
-    zip_source_t *source = windowedReadSource(file.release(), size, &error); // owns the file from here
+    zip_source_t *source = windowedReadSource(file.release(), size, std::move(tail), &error); // owns the file now
     d->zip.reset(source ? zip_open_from_source(source, ZIP_RDONLY, &error) : nullptr);
     const int zipCode = zip_error_code_zip(&error);
     zip_error_fini(&error);

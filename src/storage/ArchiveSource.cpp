@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
 namespace {
 
@@ -91,11 +90,14 @@ zip_int64_t callback(void *state, void *data, zip_uint64_t length, zip_source_cm
 
 } // namespace
 
-zip_source_t *windowedReadSource(int fd, qint64 size, zip_error_t *error)
+zip_source_t *windowedReadSource(int fd, qint64 size, std::vector<char> tail, zip_error_t *error)
 {
     auto *file = new WindowedFile;
     file->file = PlatformFile::FileHandle(fd);
     file->size = size;
+    file->windowLength = std::min(size, qint64(tail.size()));
+    file->windowStart = size - file->windowLength;
+    file->window = std::move(tail);
     zip_error_init(&file->error);
     zip_source_t *source = zip_source_function_create(callback, file, error);
     if (!source) {
