@@ -12,11 +12,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <unistd.h>
 
 namespace {
 
@@ -222,35 +221,35 @@ private slots:
     // once the file is repaired it is read again.
     void unusableFile_data()
     {
-        // lock: "read-only" registry, "in place" (a folder there), or what loses rights.
-        addColumns<QByteArray, QString, int, bool>("bytes", "lock", "rights", "readable");
-        const int all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+        // lock: "read-only" registry, "in place" (a folder there), "immutable" folder.
+        addColumns<QByteArray, QString, bool>("bytes", "lock", "readable");
         const QByteArray head = "WINE REGISTRY Version 2\n[A] 1\n";
-        addRow("other version", QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n"), "", all, false);
-        addRow("unclosed key", QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n"), "", all, false);
-        addRow("unclosed string", head + "\"v\"=\"x\n", "", all, false);
-        addRow("opened read-only (Wine's system.reg)", kWineHive, "read-only", all, true);
-        addRow("a folder in the hive's place", QByteArray(), "in place", all, false);
-        addRow("folder without write rights", kWineHive, "folder", int(QFile::ReadOwner | QFile::ExeOwner), true);
-        addRow("file without rights", kWineHive, "file", 0, false);
-        addRow("folder without rights", kWineHive, "folder", 0, false);
+        addRow("other version", QByteArray("WINE REGISTRY Version 1\n\n[A] 1\n\"v\"=\"x\"\n"), "", false);
+        addRow("unclosed key", QByteArray("WINE REGISTRY Version 2\n[A\\\\B 1\n"), "", false);
+        addRow("unclosed string", head + "\"v\"=\"x\n", "", false);
+        addRow("opened read-only (Wine's system.reg)", kWineHive, "read-only", true);
+        addRow("a folder in the hive's place", QByteArray(), "in place", false);
+        addRow("a folder nobody may write to", kWineHive, "immutable", true);
     }
     void unusableFile()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, lock);
-        QFETCH(int, rights);
         QFETCH(bool, readable);
-        const QFile::Permissions all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-        if (rights != int(all) && geteuid() == 0)
-            QSKIP("root is not held back by missing rights");
         const QString dir = m_dir.filePath("unusable");
         const QString path = dir + "/registry.reg";
-        const QString target = lock == "file" ? path : dir;
         QVERIFY(QDir().mkpath(lock == "in place" ? path : dir));
         if (lock != "in place")
             writeBytes(path, bytes);
-        QVERIFY(QFile::setPermissions(target, QFile::Permissions(rights)));
+        // chattr +i holds back root too, as missing rights would hold back a user.
+        const auto writable = [&] {
+            if (lock == "immutable")
+                QProcess::execute("chattr", {"-i", dir});
+        };
+        auto restore = qScopeGuard(writable);
+        if (lock == "immutable"
+            && (QProcess::execute("chattr", {"+i", dir}) != 0 || QFile(dir + "/probe").open(QIODevice::WriteOnly)))
+            QSKIP("this file system cannot make a folder immutable");
         HiveRegistry reg(path, lock == "read-only");
         RegValue value;
         QCOMPARE(reg.regKeyExists(HKLM, QString()), readable);
@@ -258,7 +257,8 @@ private slots:
         QVERIFY(!reg.regSetValue(HKLM, kKey, "pathBlockset", RegValue::fromText("x")));
         QCOMPARE(reg.regQueryValue(HKLM, kKey, "pathBlockset", value), readable);
         QCOMPARE(value.text, QString(readable ? "C:\\Worlds" : ""));
-        QVERIFY(QFile::setPermissions(target, all));
+        writable();
+        restore.dismiss();
         if (lock == "in place") {
             QVERIFY(QFileInfo(path).isDir() && QDir(path).isEmpty());
         } else {
