@@ -58,20 +58,29 @@ QString readFailure(const zip_error_t *error, zip_t *za, zip_uint64_t index)
 // An entry's name, decoded by its UTF-8 flag. libzip tells the flag only
 // indirectly: a name it reads strictly (code page 437 unless flagged) comes back
 // unchanged only when it is flagged, or plain ASCII.
+bool isAscii(QByteArrayView bytes)
+{
+    return std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 QString entryName(zip_t *za, zip_uint64_t index)
 {
     const char *raw = zip_get_name(za, index, ZIP_FL_ENC_RAW);
     if (!raw)
         return QString();
     const QByteArray stored(raw);
-    if (std::all_of(stored.begin(), stored.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+    if (isAscii(stored))
         return QString::fromLatin1(stored);
     const char *strict = zip_get_name(za, index, ZIP_FL_ENC_STRICT);
     return ArchiveEntryNames::decode(stored, strict && stored == QByteArrayView(strict));
 }
 
+// The name as UTF-8; a plain ASCII name, the usual one, is its own UTF-8.
 QByteArray normalisedName(zip_t *za, zip_uint64_t index)
 {
+    const char *raw = zip_get_name(za, index, ZIP_FL_ENC_RAW);
+    if (raw && isAscii(raw))
+        return ArchivePaths::normalised(QByteArray(raw));
     return ArchivePaths::normalised(entryName(za, index).toUtf8());
 }
 
