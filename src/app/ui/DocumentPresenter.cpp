@@ -147,6 +147,7 @@ void DocumentPresenter::focusTab(int tab)
 void DocumentPresenter::showProcess(const QString &text)
 {
     m_views.processPanel->setText(text);
+    m_views.processPanel->setToolTip(text); // the whole text where a narrow window cuts it
     m_views.processPanel->repaint();
 }
 
@@ -175,4 +176,5 @@ void DocumentPresenter::checkInterface(bool clearResult)
     if (clearResult && m_document.processMessageShown())
         m_document.clearProcess();
     m_views.processPanel->setText(m_document.processText());
+    m_views.processPanel->setToolTip(m_document.processText());
 }

@@ -76,7 +76,8 @@ frmMain::frmMain(const Options &options, QWidget *parent) : QMainWindow(parent)
     createTabs();
     createStatusBar();
     new FileDrops(this, [this](const QStringList &paths) { dropFiles(paths); });
-    resize(820, 560);
+    // Wide enough for the longest status text beside the other panels.
+    resize(900, 600);
 
     load();
     connectCommands();
