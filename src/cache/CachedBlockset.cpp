@@ -28,8 +28,10 @@ void readCachedBlockset(const QString &path, CacheRow &row)
         return;
     }
     const QString baseName = getBaseName(row.fileName);
-    QString styleEntry;
-    for (const QString &entry : archive.entryNames()) {
+    qsizetype styleEntry = -1; // the last one, as extraction keeps it
+    const QStringList entries = archive.entryNames();
+    for (qsizetype index = 0; index < entries.size(); ++index) {
+        const QString &entry = entries[index];
         const QStringView name = QStringView(entry).sliced(entry.lastIndexOf(u'/') + 1);
         const qsizetype dot = name.lastIndexOf(u'.');
         if (dot < 0)
@@ -44,11 +46,11 @@ void readCachedBlockset(const QString &path, CacheRow &row)
             ++row.textures;
         else if (is("wav"_L1))
             ++row.sounds;
-        else if (is("style"_L1) && styleEntry.isEmpty() && name.first(dot).compare(baseName, Qt::CaseInsensitive) == 0)
-            styleEntry = entry;
+        else if (is("style"_L1) && name.first(dot).compare(baseName, Qt::CaseInsensitive) == 0)
+            styleEntry = index;
     }
     QByteArray style;
-    if (!styleEntry.isEmpty() && archive.readEntry(styleEntry, style, kMaxStyleSize)) {
+    if (styleEntry >= 0 && archive.readEntryAt(quint64(styleEntry), style, kMaxStyleSize)) {
         Parser parser;
         parser.setBuffer(style);
         const StyleHeader header = readStyleHeader(parser);

@@ -359,47 +359,54 @@ Result ArchiveReader::readEntry(const QString &name, QByteArray &data, qint64 ma
     data.clear();
     if (!d->zip)
         return Result::failure(u"no archive is open"_s);
-    zip_t *za = d->zip.get();
     const QByteArray wanted = name.toUtf8();
     // From the end: of two entries of one name the later one is the one extracted.
-    for (zip_int64_t i = zip_get_num_entries(za, 0) - 1; i >= 0; --i) {
-        const auto index = zip_uint64_t(i);
-        if (normalisedName(za, index) != wanted)
-            continue;
-        zip_stat_t info;
-        if (zip_stat_index(za, index, 0, &info) != 0 || !(info.valid & ZIP_STAT_SIZE))
-            return Result::failure(u"cannot read \"%1\""_s.arg(name));
-        if (info.size > zip_uint64_t(maxSize))
-            return Result::failure(u"\"%1\" is too large"_s.arg(name));
-        std::unique_ptr<zip_file_t, Impl::ZipFileClose> entry(zip_fopen_index(za, index, 0));
-        if (!entry)
-            return Result::failure(u"cannot read \"%1\": %2"_s.arg(name, QString::fromUtf8(zip_strerror(za))));
-        data.resize(qsizetype(info.size));
-        qsizetype filled = 0;
-        bool ok = true;
-        char probe = 0;
-        for (;;) {
-            // One byte beyond the stated size would reveal a lying directory.
-            char *target = filled < data.size() ? data.data() + filled : &probe;
-            const zip_uint64_t room = filled < data.size() ? zip_uint64_t(data.size() - filled) : 1;
-            const zip_int64_t n = zip_fread(entry.get(), target, room);
-            if (n == 0)
-                break;
-            if (n < 0 || target == &probe) {
-                ok = false;
-                break;
-            }
-            filled += qsizetype(n);
-        }
-        if (zip_fclose(entry.release()) != 0 || filled != data.size())
-            ok = false;
-        if (!ok) {
-            data.clear();
-            return Result::failure(u"cannot read \"%1\": checksum or data error"_s.arg(name));
-        }
-        return Result();
+    for (zip_int64_t i = zip_get_num_entries(d->zip.get(), 0) - 1; i >= 0; --i) {
+        if (normalisedName(d->zip.get(), zip_uint64_t(i)) == wanted)
+            return readEntryAt(quint64(i), data, maxSize);
     }
     return Result::failure(u"\"%1\" is not in the archive"_s.arg(name));
+}
+
+Result ArchiveReader::readEntryAt(quint64 index, QByteArray &data, qint64 maxSize)
+{
+    data.clear();
+    if (!d->zip || zip_int64_t(index) >= zip_get_num_entries(d->zip.get(), 0))
+        return Result::failure(u"no such entry"_s);
+    zip_t *za = d->zip.get();
+    const QString name = entryName(za, index);
+    zip_stat_t info;
+    if (zip_stat_index(za, index, 0, &info) != 0 || !(info.valid & ZIP_STAT_SIZE))
+        return Result::failure(u"cannot read \"%1\""_s.arg(name));
+    if (info.size > zip_uint64_t(maxSize))
+        return Result::failure(u"\"%1\" is too large"_s.arg(name));
+    std::unique_ptr<zip_file_t, Impl::ZipFileClose> entry(zip_fopen_index(za, index, 0));
+    if (!entry)
+        return Result::failure(u"cannot read \"%1\": %2"_s.arg(name, QString::fromUtf8(zip_strerror(za))));
+    data.resize(qsizetype(info.size));
+    qsizetype filled = 0;
+    bool ok = true;
+    char probe = 0;
+    for (;;) {
+        // One byte beyond the stated size would reveal a lying directory.
+        char *target = filled < data.size() ? data.data() + filled : &probe;
+        const zip_uint64_t room = filled < data.size() ? zip_uint64_t(data.size() - filled) : 1;
+        const zip_int64_t n = zip_fread(entry.get(), target, room);
+        if (n == 0)
+            break;
+        if (n < 0 || target == &probe) {
+            ok = false;
+            break;
+        }
+        filled += qsizetype(n);
+    }
+    if (zip_fclose(entry.release()) != 0 || filled != data.size())
+        ok = false;
+    if (!ok) {
+        data.clear();
+        return Result::failure(u"cannot read \"%1\": checksum or data error"_s.arg(name));
+    }
+    return Result();
 }
 
 Result ArchiveReader::readPacked(quint64 index, PackedEntry &entry)

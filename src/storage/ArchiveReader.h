@@ -46,6 +46,8 @@ public:
     // name the later, as extraction keeps). Fails when it is missing, larger than
     // `maxSize`, or unreadable (CRC error).
     Result readEntry(const QString &name, QByteArray &data, qint64 maxSize = 64 * 1024 * 1024);
+    // Reads the entry at `index` (its place among entryNames()), as readEntry does.
+    Result readEntryAt(quint64 index, QByteArray &data, qint64 maxSize = 64 * 1024 * 1024);
     // The entry at `index` as stored (its compressed bytes, not unpacked), for
     // copying it into another archive unchanged.
     Result readPacked(quint64 index, PackedEntry &entry);
