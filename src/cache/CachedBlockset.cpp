@@ -5,6 +5,8 @@
 #include "formats/Parser_Style.h"
 #include "storage/ArchiveReader.h"
 
+#include <QFileInfo>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -23,7 +25,11 @@ void takeKnown(QString &column, const QString &value)
 void readCachedBlockset(const QString &path, CacheRow &row)
 {
     ArchiveReader archive;
-    if (!archive.open(path)) {
+    const bool opened = archive.open(path).ok();
+    // The size from the open file itself: a second look by path would walk the
+    // whole path again for each of thousands of files.
+    row.size = archive.fileSize() >= 0 ? archive.fileSize() : QFileInfo(path).size();
+    if (!opened) {
         row.readable = false;
         return;
     }

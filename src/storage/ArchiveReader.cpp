@@ -138,6 +138,7 @@ struct ArchiveReader::Impl {
         void operator()(zip_file_t *file) const { zip_fclose(file); }
     };
     std::unique_ptr<zip_t, ZipDiscard> zip;
+    qint64 fileSize = -1;
 
     Result extractEntry(zip_uint64_t index, FolderWalker &walker, ArchivePaths &paths, std::vector<char> &buffer,
                         QHash<QString, ArchiveEntryOrigin> *origins);
@@ -156,6 +157,11 @@ bool ArchiveReader::isOpen() const
     return d->zip != nullptr;
 }
 
+qint64 ArchiveReader::fileSize() const
+{
+    return d->fileSize;
+}
+
 void ArchiveReader::close()
 {
     d->zip.reset();
@@ -164,6 +170,7 @@ void ArchiveReader::close()
 Result ArchiveReader::open(const QString &path)
 {
     close();
+    d->fileSize = -1;
     // The file is opened here (not by libzip) so that a folder, a pipe or an empty
     // file is refused before libzip sees it, and so that the tail check and libzip
     // read the same file.
@@ -174,6 +181,7 @@ Result ArchiveReader::open(const QString &path)
         return Result::failure(err != 0 ? u"cannot open \"%1\": %2"_s.arg(path, PlatformFile::errorText(err))
                                         : u"\"%1\" is not a file"_s.arg(path));
     }
+    d->fileSize = size;
     if (size == 0)
         return Result::failure(u"\"%1\" is empty"_s.arg(path));
 

@@ -31,6 +31,9 @@ public:
     // not a ZIP archive.
     Result open(const QString &path);
     bool isOpen() const;
+    // The size of the file that open() last opened, whether or not it held a
+    // readable archive; -1 when the file itself could not be opened.
+    qint64 fileSize() const;
     void close();
 
     // Writes every entry below `folder`. Fails on any read error (CRC errors

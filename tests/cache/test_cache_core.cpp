@@ -217,6 +217,22 @@ private slots:
         QVERIFY(readBytes(cache + u"/cache.txt"_s).contains("UPDATED=\"0\" NAME=\"Index\""));
         QVERIFY(prompts.messages.isEmpty());
         QVERIFY(prompts.unexpected.isEmpty());
+
+        // A large cache is read on several threads: each row still gets its own file's columns.
+        QDir().mkpath(cache + u"/many"_s);
+        for (int i = 0; i < 80; ++i) {
+            QStringList blocks;
+            for (int b = 0; b <= i % 4; ++b)
+                blocks.append(u"b%1.block"_s.arg(b));
+            makeBlockset(cache + u"/many/s%1.bset"_s.arg(i), "<style name=\"S" + QByteArray::number(i) + "\"/>",
+                         blocks);
+        }
+        manager.fill();
+        QCOMPARE(manager.rows().size(), 81);
+        for (const CacheRow &row : manager.rows().first(80))
+            QCOMPARE(
+                (QList<qint64>{row.blocks, row.size}),
+                (QList<qint64>{row.name.mid(1).toInt() % 4 + 1, QFileInfo(cache + u"/many/"_s + row.fileName).size()}));
     }
 
     void sizePanel_data()
