@@ -13,6 +13,7 @@
 #include "common/HiveRegistry.h"
 #include "common/RegistryWrapper.h"
 #include "shrink/GifColours.h"
+#include "shrink/GifImage.h"
 #include "shrink/ShrinkCommand.h"
 #include "storage/ArchiveWriter.h"
 #include "storage/WorkingFolder.h"
@@ -34,6 +35,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+
+#include <gif_lib.h>
 
 using namespace Qt::StringLiterals;
 
@@ -81,7 +84,8 @@ QByteArray photoJpeg(int side, quint32 seed)
                                + marker('\xFE', "Created with a photo tool"));
 }
 
-// A GIF as an image editor leaves it: 256 colours chosen for the picture.
+// A GIF as an image editor leaves it: 256 colours chosen for the picture, the
+// codes packed as giflib packs them, clearing the dictionary only when it is full.
 QByteArray editorGif(int side, quint32 seed)
 {
     QImage image(side, side, QImage::Format_ARGB32);
@@ -90,7 +94,31 @@ QByteArray editorGif(int side, quint32 seed)
         for (int x = 0; x < side; ++x)
             image.setPixel(x, y, qRgb((x / 8 * 37 + int(seed)) % 256, (y / 8 * 53) % 256, int(random.bounded(64))));
     QString error;
-    return quantiseGif({{image}, {0}, {false}, -1}, 256, &error);
+    GifImage quantised;
+    if (!decodeGif(quantiseGif({{image}, {0}, {false}, -1}, 256, &error), &quantised, &error))
+        fail(u"cannot make a GIF: "_s + error);
+    QByteArray out;
+    int code = 0;
+    GifFileType *gif = EGifOpen(
+        &out,
+        [](GifFileType *g, const GifByteType *bytes, int n) {
+            static_cast<QByteArray *>(g->UserData)->append(reinterpret_cast<const char *>(bytes), n);
+            return n;
+        },
+        &code);
+    ColorMapObject *map = GifMakeMapObject(256, nullptr);
+    for (int i = 0; i < 256; ++i) {
+        const QRgb rgb = quantised.globalColours.value(i);
+        map->Colors[i] = {GifByteType(qRed(rgb)), GifByteType(qGreen(rgb)), GifByteType(qBlue(rgb))};
+    }
+    QByteArray pixels = quantised.frames.first().pixels;
+    const bool ok = EGifPutScreenDesc(gif, side, side, 8, 0, map) == GIF_OK
+                    && EGifPutImageDesc(gif, 0, 0, side, side, false, nullptr) == GIF_OK
+                    && EGifPutLine(gif, reinterpret_cast<GifPixelType *>(pixels.data()), int(pixels.size())) == GIF_OK;
+    GifFreeMapObject(map);
+    if (EGifCloseFile(gif, &code) != GIF_OK || !ok)
+        fail(u"cannot write a GIF"_s);
+    return out;
 }
 
 QByteArray blockText(int index, int parts)

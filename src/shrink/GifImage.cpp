@@ -1,5 +1,6 @@
 #include "shrink/GifImage.h"
 
+#include "shrink/GifLzw.h"
 #include "shrink/ShrinkResult.h"
 
 #include <gif_lib.h>
@@ -30,6 +31,21 @@ int writeTarget(GifFileType *gif, const GifByteType *buffer, int count)
 {
     static_cast<QByteArray *>(gif->UserData)->append(reinterpret_cast<const char *>(buffer), count);
     return count;
+}
+
+// The frame's packed codes in sub-blocks of at most 255 bytes, after the
+// minimum code size that giflib writes with the image descriptor.
+bool putCodes(GifFileType *gif, const QByteArray &codes)
+{
+    GifByteType block[256];
+    for (qsizetype at = 0; at < codes.size(); at += 255) {
+        const qsizetype length = std::min<qsizetype>(255, codes.size() - at);
+        block[0] = GifByteType(length);
+        std::memcpy(block + 1, codes.constData() + at, size_t(length));
+        if ((at == 0 ? EGifPutCode(gif, 0, block) : EGifPutCodeNext(gif, block)) != GIF_OK)
+            return false;
+    }
+    return EGifPutCodeNext(gif, nullptr) == GIF_OK;
 }
 
 struct DecoderCloser {
@@ -216,13 +232,11 @@ QByteArray encodeGif(const GifImage &image, QString *error)
             EGifGCBToExtension(&control, extension);
             ok = EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, 4, extension) == GIF_OK;
         }
-        // giflib masks the indices in place: it gets a copy of its own.
-        QByteArray pixels = frame.pixels;
         ok = ok
              && EGifPutImageDesc(gif, frame.rect.x(), frame.rect.y(), frame.rect.width(), frame.rect.height(), false,
                                  nullptr)
                     == GIF_OK
-             && EGifPutLine(gif, reinterpret_cast<GifPixelType *>(pixels.data()), int(pixels.size())) == GIF_OK;
+             && putCodes(gif, packGifCodes(frame.pixels, std::max(2, gif->SColorMap->BitsPerPixel)));
     }
     if (!ok)
         *error = u"the GIF cannot be written: %1"_s.arg(giflibError(gif));

@@ -76,10 +76,12 @@ struct Frame {
     int table = 0; // 0: the global table; n: a local table of n colours
     int transparent = -1, delay = 0;
     bool interlaced = false;
+    bool noisy = false; // every pixel a scattered index out of 256
 };
 
 // A GIF through giflib with a 256-colour global table and a comment; frame f's
-// pixel (x, y) is index (x + 3y + f) % 4; local tables hold colours of their own.
+// pixel (x, y) is index (x + 3y + f) % 4 (noisy: scattered over all 256); local
+// tables hold colours of their own.
 inline QByteArray gif(QSize screen, const QList<Frame> &frames, int loop = -1)
 {
     QByteArray out;
@@ -118,7 +120,8 @@ inline QByteArray gif(QSize screen, const QList<Frame> &frames, int loop = -1)
             for (int y = frame.interlaced ? start[pass] : 0; y < r.height(); y += frame.interlaced ? step[pass] : 1) {
                 QByteArray line(r.width(), '\0');
                 for (int x = 0; x < r.width(); ++x)
-                    line[x] = char((x + 3 * y + f) % 4);
+                    line[x] =
+                        char(frame.noisy ? (x / 8 * 37 + (x * y * 2654435761U >> 13) % 40) % 256 : (x + 3 * y + f) % 4);
                 EGifPutLine(file, reinterpret_cast<GifPixelType *>(line.data()), r.width());
             }
         }
