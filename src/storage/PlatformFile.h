@@ -134,7 +134,8 @@ FileHandle openToRead(const QByteArray &path, qint64 &size, int &err);
 // is no such plain file.
 FileHandle createFile(const Folder &folder, const QByteArray &name, int &err);
 bool readAt(int fd, char *data, qint64 length, qint64 offset);
-// Writes all of `data`: at the file's own position, or at `offset`.
+// Writes all of `data`: at the file's own position, or at `offset` (the file's
+// own position, too, when `offset` is negative).
 bool writeAll(int fd, const char *data, size_t length, int &err);
 bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err);
 // Sets the file's modification (and access) time.

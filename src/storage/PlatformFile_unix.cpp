@@ -256,12 +256,6 @@ bool readAt(int fd, char *data, qint64 length, qint64 offset)
     return true;
 }
 
-bool writeAll(int fd, const char *data, size_t length, int &err)
-{
-    return writeAt(fd, data, length, -1, err);
-}
-
-// At `offset`, or at the file's own position when it is negative.
 bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err)
 {
     while (length > 0) {
@@ -601,12 +595,6 @@ bool syncFolder(const Folder &dir, int &err)
         return true;
     err = errno;
     return false;
-}
-
-void closeFile(int fd)
-{
-    int err = 0;
-    closeFile(fd, err);
 }
 
 } // namespace PlatformFile

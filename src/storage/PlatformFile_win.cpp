@@ -1,5 +1,7 @@
 #include "storage/PlatformFile.h"
 
+#include "storage/WindowsNames.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -11,6 +13,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #ifndef NOMINMAX
 #define NOMINMAX
@@ -28,10 +31,32 @@
 
 namespace PlatformFile {
 
+int errnoFromSystem(unsigned long error)
+{
+    static const std::pair<unsigned long, int> known[] = {
+        {ERROR_FILE_NOT_FOUND, ENOENT},    {ERROR_PATH_NOT_FOUND, ENOENT},      {ERROR_INVALID_NAME, ENOENT},
+        {ERROR_INVALID_DRIVE, ENOENT},     {ERROR_BAD_NETPATH, ENOENT},         {ERROR_ACCESS_DENIED, EACCES},
+        {ERROR_SHARING_VIOLATION, EACCES}, {ERROR_LOCK_VIOLATION, EACCES},      {ERROR_FILE_EXISTS, EEXIST},
+        {ERROR_ALREADY_EXISTS, EEXIST},    {ERROR_DISK_FULL, ENOSPC},           {ERROR_HANDLE_DISK_FULL, ENOSPC},
+        {ERROR_WRITE_PROTECT, EROFS},      {ERROR_TOO_MANY_OPEN_FILES, EMFILE}, {ERROR_NOT_ENOUGH_MEMORY, ENOMEM},
+        {ERROR_OUTOFMEMORY, ENOMEM}};
+    for (const auto &[code, value] : known) {
+        if (code == error)
+            return value;
+    }
+    return EIO;
+}
+
+int lastSystemError()
+{
+    return errnoFromSystem(GetLastError());
+}
+
 namespace {
 
 // Reads and writes go to the C runtime in pieces it can count in an int.
 constexpr qint64 kMaxPiece = 1 << 30;
+const QFile::Permissions kOwnerRights = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
 
 std::wstring widePath(const QByteArray &path)
 {
@@ -66,40 +91,59 @@ int folderError(Kind kind)
     return kind == Kind::Missing ? ENOENT : kind == Kind::Other ? ELOOP : ENOTDIR;
 }
 
-QFile::Permissions ownerRights()
+// The folder at `path`, made first (for its owner alone, when `ownerOnly`) when
+// it is missing and `create` asks for it.
+bool useFolder(const QByteArray &path, bool create, bool ownerOnly, Folder &folder, int &err)
 {
-    return QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    folder.path.clear();
+    Kind kind = kindOfPath(path);
+    if (kind == Kind::Missing && create) {
+        ownerOnly ? QDir().mkdir(decodeName(path), kOwnerRights) : QDir().mkdir(decodeName(path));
+        kind = kindOfPath(path);
+    }
+    if (kind != Kind::Folder) {
+        err = folderError(kind);
+        return false;
+    }
+    folder.path = path;
+    return true;
+}
+
+// A Windows call's result: true when it succeeded, else false with `err` set.
+bool succeeded(BOOL ok, int &err)
+{
+    if (!ok)
+        err = lastSystemError();
+    return ok != FALSE;
+}
+
+// The C runtime's descriptor for `handle`, which it then owns; the handle is
+// closed when no descriptor is left.
+FileHandle adopt(HANDLE handle, int flags, int &err)
+{
+    const int fd = _open_osfhandle(reinterpret_cast<intptr_t>(handle), flags | _O_BINARY);
+    if (fd < 0) {
+        err = EMFILE;
+        CloseHandle(handle);
+    }
+    return FileHandle(fd);
+}
+
+// The save file's bytes on disk and the file closed (Windows moves no open
+// file); on failure the save file is dropped.
+bool commitAndClose(const Folder &dir, SaveFile &file, int &err)
+{
+    const bool committed = _commit(file.fd) == 0;
+    if (!committed)
+        err = errno;
+    const bool closed = closeFile(file.fd, err) && committed;
+    file.fd = -1;
+    if (!closed)
+        dropSaveFile(dir, file);
+    return closed;
 }
 
 } // namespace
-
-int errnoFromSystem(unsigned long error)
-{
-    switch (error) {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-    case ERROR_INVALID_NAME:
-    case ERROR_INVALID_DRIVE:
-    case ERROR_BAD_NETPATH: return ENOENT;
-    case ERROR_ACCESS_DENIED:
-    case ERROR_SHARING_VIOLATION:
-    case ERROR_LOCK_VIOLATION: return EACCES;
-    case ERROR_FILE_EXISTS:
-    case ERROR_ALREADY_EXISTS: return EEXIST;
-    case ERROR_DISK_FULL:
-    case ERROR_HANDLE_DISK_FULL: return ENOSPC;
-    case ERROR_WRITE_PROTECT: return EROFS;
-    case ERROR_TOO_MANY_OPEN_FILES: return EMFILE;
-    case ERROR_NOT_ENOUGH_MEMORY:
-    case ERROR_OUTOFMEMORY: return ENOMEM;
-    default: return EIO;
-    }
-}
-
-int lastSystemError()
-{
-    return errnoFromSystem(GetLastError());
-}
 
 QByteArray encodeName(const QString &path)
 {
@@ -133,19 +177,7 @@ bool openFolder(const QByteArray &path, bool followLink, Folder &folder, int &er
 
 bool openFolderAt(const Folder &parent, const QByteArray &name, bool create, Folder &folder, int &err)
 {
-    folder.path.clear();
-    const QByteArray path = childPath(parent, name);
-    Kind kind = kindOfPath(path);
-    if (kind == Kind::Missing && create) {
-        QDir().mkdir(decodeName(path));
-        kind = kindOfPath(path);
-    }
-    if (kind != Kind::Folder) {
-        err = folderError(kind);
-        return false;
-    }
-    folder.path = path;
-    return true;
+    return useFolder(childPath(parent, name), create, false, folder, err);
 }
 
 void closeFolder(Folder &folder)
@@ -189,7 +221,7 @@ Kind kindAt(const Folder &folder, const QByteArray &name)
 bool makeFolder(const Folder &parent, const QByteArray &name, bool ownerOnly, int &err)
 {
     const QString path = decodeName(childPath(parent, name));
-    if (ownerOnly ? QDir().mkdir(path, ownerRights()) : QDir().mkdir(path))
+    if (ownerOnly ? QDir().mkdir(path, kOwnerRights) : QDir().mkdir(path))
         return true;
     err = kindAt(parent, name) != Kind::Missing ? EEXIST : EACCES;
     return false;
@@ -224,16 +256,8 @@ bool removeFolder(const Folder &folder, const QByteArray &name)
 // own profile, which other users cannot write to.
 bool openOwnFolder(const QByteArray &path, bool create, Folder &folder)
 {
-    folder.path.clear();
-    Kind kind = kindOfPath(path);
-    if (kind == Kind::Missing && create) {
-        QDir().mkdir(decodeName(path), ownerRights());
-        kind = kindOfPath(path);
-    }
-    if (kind != Kind::Folder)
-        return false;
-    folder.path = path;
-    return true;
+    int err = 0;
+    return useFolder(path, create, true, folder, err);
 }
 
 QString makeUniqueFolder(const QString &pattern)
@@ -266,14 +290,8 @@ FileHandle openToRead(const QByteArray &path, qint64 &size, int &err)
         err = 0;
         return FileHandle();
     }
-    const int fd = _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_RDONLY | _O_BINARY);
-    if (fd < 0) {
-        err = EMFILE;
-        CloseHandle(file);
-        return FileHandle();
-    }
     size = length.QuadPart;
-    return FileHandle(fd);
+    return adopt(file, _O_RDONLY, err);
 }
 
 FileHandle createFile(const Folder &folder, const QByteArray &name, int &err)
@@ -296,23 +314,16 @@ FileHandle createFile(const Folder &folder, const QByteArray &name, int &err)
         err = 0;
         return FileHandle();
     }
-    const int fd = _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_WRONLY | _O_BINARY);
-    if (fd < 0) {
-        err = EMFILE;
-        CloseHandle(file);
-        return FileHandle();
-    }
-    return FileHandle(fd);
+    return adopt(file, _O_WRONLY, err);
 }
 
 FileStamp fileStamp(const QByteArray &path)
 {
     FileStamp stamp;
     const QFileInfo info(decodeName(path));
-    if (!info.exists()) {
-        stamp.missing = true;
+    stamp.missing = !info.exists();
+    if (stamp.missing)
         return stamp;
-    }
     stamp.exists = true;
     stamp.size = info.size();
     stamp.mtimeNs = info.lastModified().toMSecsSinceEpoch() * 1000000;
@@ -335,8 +346,12 @@ bool readAt(int fd, char *data, qint64 length, qint64 offset)
     return true;
 }
 
-bool writeAll(int fd, const char *data, size_t length, int &err)
+bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err)
 {
+    if (offset >= 0 && _lseeki64(fd, offset, SEEK_SET) != offset) {
+        err = errno;
+        return false;
+    }
     while (length > 0) {
         const int n = _write(fd, data, unsigned(std::min(qint64(length), kMaxPiece)));
         if (n < 0) {
@@ -347,15 +362,6 @@ bool writeAll(int fd, const char *data, size_t length, int &err)
         length -= size_t(n);
     }
     return true;
-}
-
-bool writeAt(int fd, const char *data, size_t length, qint64 offset, int &err)
-{
-    if (_lseeki64(fd, offset, SEEK_SET) != offset) {
-        err = errno;
-        return false;
-    }
-    return writeAll(fd, data, length, err);
 }
 
 void setModified(int fd, std::time_t time)
@@ -374,27 +380,7 @@ bool closeFile(int fd, int &err)
 
 bool isPlainName(QByteArrayView part)
 {
-    if (part.isEmpty())
-        return true;
-    const char last = part.back();
-    if (last == '.' || last == ' ')
-        return false;
-    for (const char c : part) {
-        if (static_cast<unsigned char>(c) < 0x20 || std::strchr("<>:\"|?*", c))
-            return false;
-    }
-    const qsizetype dot = part.indexOf('.');
-    const QByteArray upper = part.first(dot < 0 ? part.size() : dot).toByteArray().trimmed().toUpper();
-    static const char *const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
-    for (const char *device : devices) {
-        if (upper == device)
-            return false;
-    }
-    if (!upper.startsWith("COM") && !upper.startsWith("LPT"))
-        return true;
-    const QByteArray number = upper.mid(3); // a digit, or superscript 1, 2 or 3 in UTF-8
-    return !((number.size() == 1 && number.at(0) >= '0' && number.at(0) <= '9') || number == "\xC2\xB9"
-             || number == "\xC2\xB2" || number == "\xC2\xB3");
+    return isWindowsPlainName(part);
 }
 
 QString defaultTempRoot()
@@ -492,10 +478,8 @@ bool takeLock(const QByteArray &path, Lock &lock)
 }
 
 // QLockFile removes its file whenever it lets go.
-void dropLock(const QByteArray &path, Lock &lock, bool removeFile)
+void dropLock([[maybe_unused]] const QByteArray &path, Lock &lock, [[maybe_unused]] bool removeFile)
 {
-    Q_UNUSED(path);
-    Q_UNUSED(removeFile);
     delete lock.file;
     lock.file = nullptr;
 }
@@ -528,35 +512,20 @@ bool openSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &
         err = errnoFromSystem(error);
         return false;
     }
-    file.named = true;
-    file.fd = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_WRONLY | _O_BINARY);
-    if (file.fd < 0) {
-        CloseHandle(handle);
+    file.fd = adopt(handle, _O_WRONLY, err).release();
+    file.named = file.fd >= 0;
+    if (!file.named)
         removeFile(dir, file.tempName);
-        file.named = false;
-        err = EMFILE;
-        return false;
-    }
-    return true;
+    return file.named;
 }
 
 // Windows moves no file that is open, so the file is closed before the move.
-bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const NameMaker &newName, SaveFile &file,
-                         SaveFailure &failure, int &err)
+bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, [[maybe_unused]] const NameMaker &newName,
+                         SaveFile &file, SaveFailure &failure, int &err)
 {
-    Q_UNUSED(newName);
     failure = SaveFailure::None;
-    if (_commit(file.fd) != 0) {
-        err = errno;
+    if (!commitAndClose(dir, file, err)) {
         failure = SaveFailure::Write;
-        dropSaveFile(dir, file);
-        return false;
-    }
-    const bool closed = closeFile(file.fd, err);
-    file.fd = -1;
-    if (!closed) {
-        failure = SaveFailure::Write;
-        dropSaveFile(dir, file);
         return false;
     }
     const std::wstring temp = widePath(childPath(dir, file.tempName));
@@ -572,54 +541,35 @@ bool replaceWithSaveFile(const Folder &dir, const QByteArray &target, const Name
     return true;
 }
 
-bool keepSaveFile(const Folder &dir, const NameMaker &newName, SaveFile &file, int &err)
+bool keepSaveFile(const Folder &dir, [[maybe_unused]] const NameMaker &newName, SaveFile &file, int &err)
 {
-    Q_UNUSED(newName);
-    if (_commit(file.fd) != 0) {
-        err = errno;
-        dropSaveFile(dir, file);
+    if (!commitAndClose(dir, file, err))
         return false;
-    }
-    const bool closed = closeFile(file.fd, err);
-    file.fd = -1;
-    if (!closed) {
-        dropSaveFile(dir, file);
-        return false;
-    }
     SetFileAttributesW(widePath(childPath(dir, file.tempName)).c_str(), file.attributes);
     return true;
 }
 
 bool renameIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
 {
-    if (MoveFileExW(widePath(childPath(dir, from)).c_str(), widePath(childPath(dir, to)).c_str(),
-                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-        return true;
-    err = lastSystemError();
-    return false;
+    return succeeded(MoveFileExW(widePath(childPath(dir, from)).c_str(), widePath(childPath(dir, to)).c_str(),
+                                 MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH),
+                     err);
 }
 
 bool linkIn(const Folder &dir, const QByteArray &from, const QByteArray &to, int &err)
 {
-    if (CreateHardLinkW(widePath(childPath(dir, to)).c_str(), widePath(childPath(dir, from)).c_str(), nullptr))
-        return true;
-    err = lastSystemError();
-    return false;
+    return succeeded(
+        CreateHardLinkW(widePath(childPath(dir, to)).c_str(), widePath(childPath(dir, from)).c_str(), nullptr), err);
 }
 
 bool hardLink(const QByteArray &from, const QByteArray &to, int &err)
 {
-    if (CreateHardLinkW(widePath(to).c_str(), widePath(from).c_str(), nullptr))
-        return true;
-    err = lastSystemError();
-    return false;
+    return succeeded(CreateHardLinkW(widePath(to).c_str(), widePath(from).c_str(), nullptr), err);
 }
 
-bool syncFolder(const Folder &dir, int &err)
+// MOVEFILE_WRITE_THROUGH has put each rename on disk already.
+bool syncFolder([[maybe_unused]] const Folder &dir, [[maybe_unused]] int &err)
 {
-    // MOVEFILE_WRITE_THROUGH has put each rename on disk already.
-    Q_UNUSED(dir);
-    Q_UNUSED(err);
     return true;
 }
 
@@ -639,12 +589,6 @@ void removeStaleSaveFile(const Folder &dir, const QByteArray &name)
 {
     if (kindAt(dir, name) == Kind::File)
         removeFile(dir, name);
-}
-
-void closeFile(int fd)
-{
-    int err = 0;
-    closeFile(fd, err);
 }
 
 } // namespace PlatformFile

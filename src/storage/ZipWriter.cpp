@@ -3,6 +3,7 @@
 #include "storage/ArchiveEntryNames.h"
 #include "storage/ArchiveSink.h"
 
+#include <QDateTime>
 #include <QtEndian>
 
 #include <limits>
@@ -40,17 +41,13 @@ void put32(QByteArray &out, quint32 value)
 // before 1980 are stored as its first day.
 std::pair<quint16, quint16> dosTime(std::time_t t)
 {
-    std::tm local{};
-#ifdef Q_OS_WIN
-    localtime_s(&local, &t);
-#else
-    localtime_r(&t, &local);
-#endif
-    if (local.tm_year < 80)
+    const QDateTime local = QDateTime::fromSecsSinceEpoch(qint64(t)).toLocalTime();
+    const QDate day = local.date();
+    const QTime time = local.time();
+    if (day.year() < 1980)
         return {0, (1 << 5) | 1};
-    const auto time = quint16((local.tm_hour << 11) | (local.tm_min << 5) | (local.tm_sec / 2));
-    const auto date = quint16(((local.tm_year - 80) << 9) | ((local.tm_mon + 1) << 5) | local.tm_mday);
-    return {time, date};
+    return {quint16((time.hour() << 11) | (time.minute() << 5) | (time.second() / 2)),
+            quint16(((day.year() - 1980) << 9) | (day.month() << 5) | day.day())};
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "storage/ArchiveSink.h"
 #include "storage/ArchiveWriter.h"
 #include "storage/PackedEntries.h"
+#include "storage/WindowsNames.h"
 #include "support/DataRows.h"
 #include "support/TestFiles.h"
 
@@ -295,6 +296,18 @@ private slots:
         if (!landsAt.isEmpty())
             expected.insert("work/dest/" + landsAt, "payload");
         QCOMPARE(treeOf(tmp.path()), expected);
+    }
+
+    // Names Windows reads as something else (a data stream, a device, a name
+    // without its trailing dot), which extraction on Windows refuses.
+    void windowsReservedNames()
+    {
+        const QList<std::pair<QByteArray, bool>> plain = {
+            {"wall.block", true}, {"a:b.gif", false},    {"x.gif.", false},        {"x ", false},
+            {"CON", false},       {"nul.gif", false},    {"com1.wav", false},      {"LPT\xC2\xB9.gif", false},
+            {"COM10.gif", true},  {"console.gif", true}, {"tab\there.gif", false}, {"", true}};
+        for (const auto &[name, expected] : plain)
+            QVERIFY2(isWindowsPlainName(name) == expected, name.constData());
     }
 
     // Names meet ignoring case, as on Windows; duplicated names and "./" open too.
