@@ -2,6 +2,7 @@
 
 #include "shrink/GifShrink.h"
 #include "shrink/JpegShrink.h"
+#include "shrink/TextDeflate.h"
 #include "storage/ArchiveWriter.h"
 #include "storage/PackedEntries.h"
 #include "storage/ZipWriter.h"
@@ -12,6 +13,9 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// Text larger than this is left to libdeflate: zopfli takes about a second for 250 KB.
+constexpr qsizetype kMaxTextSize = 256 * 1024;
 
 QString bytesText(qint64 bytes)
 {
@@ -35,6 +39,24 @@ ShrinkResult rewriteTexture(const QByteArray &content, QString &kind)
     return ShrinkResult::kept(content, QString());
 }
 
+// libdeflate's strongest level, and for text (a small entry that Deflate halves
+// at least) zopfli block by block, whichever is smaller; zopfli's stream is kept
+// only when libdeflate inflates it back to the same bytes.
+PackedEntry strongestPacking(const QByteArray &bytes)
+{
+    PackedEntry best = EntryPacking::pack(bytes, EntryPacking::kStrongestLevel);
+    if (best.form.method != PackedForm::Deflated || bytes.size() > kMaxTextSize
+        || best.form.packedSize * 2 > bytes.size())
+        return best;
+    PackedEntry text;
+    text.packed = deflateInBlocks(bytes);
+    text.form = {PackedForm::Deflated, best.form.crc, bytes.size(), text.packed.size()};
+    QByteArray check;
+    if (text.form.packedSize < best.form.packedSize && EntryPacking::unpack(text, check))
+        return text;
+    return best;
+}
+
 ShrinkPlan::Step planStep(const QString &path, const QByteArray &content, const PackedForm &current, bool isStyle)
 {
     ShrinkPlan::Step step;
@@ -46,7 +68,7 @@ ShrinkPlan::Step planStep(const QString &path, const QByteArray &content, const 
     QString kind;
     const ShrinkResult rewritten = isStyle ? ShrinkResult::kept(content, QString()) : rewriteTexture(content, kind);
     const QByteArray &bytes = rewritten.changed ? rewritten.bytes : content;
-    step.packed = EntryPacking::pack(bytes, EntryPacking::kStrongestLevel);
+    step.packed = strongestPacking(bytes);
     if (rewritten.changed) {
         step.rewrite = true;
         step.content = bytes;

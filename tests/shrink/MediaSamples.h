@@ -120,8 +120,8 @@ inline QByteArray gif(QSize screen, const QList<Frame> &frames, int loop = -1)
             for (int y = frame.interlaced ? start[pass] : 0; y < r.height(); y += frame.interlaced ? step[pass] : 1) {
                 QByteArray line(r.width(), '\0');
                 for (int x = 0; x < r.width(); ++x)
-                    line[x] =
-                        char(frame.noisy ? (x / 8 * 37 + (x * y * 2654435761U >> 13) % 40) % 256 : (x + 3 * y + f) % 4);
+                    line[x] = char(frame.noisy ? (x / 8 * 37 + int(quint32(x * y) * 2654435761U >> 13) % 40) % 256
+                                               : (x + 3 * y + f) % 4);
                 EGifPutLine(file, reinterpret_cast<GifPixelType *>(line.data()), r.width());
             }
         }
