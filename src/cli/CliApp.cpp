@@ -228,10 +228,11 @@ int CliApp::runCommand(const Options &options)
         BlocksetDocument document(prompts, prompts, settings, folder);
         // Blocksets in Rover's cache are Rover's: never edited. An edit holds the
         // blockset's lock (waiting a few seconds for another editor to finish);
-        // info, check and the source of save only read and take no lock.
+        // info, check and the source of save only read and take no lock; shrink
+        // saves, as the edit commands do.
         document.setReadOnlyRule(roverCacheReason);
         EditAccess::Policy policy;
-        policy.readOnly = !CliEditCommands::handles(options.command);
+        policy.readOnly = !CliEditCommands::handles(options.command) && options.command != "shrink"_L1;
         policy.lockWaitMs = 5000;
         policy.askWhenLocked = false;
         policy.breakLock = options.breakLock;

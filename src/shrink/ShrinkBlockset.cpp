@@ -9,6 +9,13 @@
 
 #include <QFile>
 #include <QSaveFile>
+#include <QThread>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -87,6 +94,37 @@ ShrinkPlan::Step planStep(const QString &path, const QByteArray &content, const 
     return step;
 }
 
+// One entry to plan: its bytes, its packed form now, and its stamp on disk.
+struct Job {
+    QString path;
+    QByteArray content;
+    PackedForm current;
+    bool isStyle = false;
+    PlatformFile::FileStamp stamp;
+};
+
+// Each job's step, on up to four threads: the rewrites and the packing of one
+// entry need nothing from the others, and zopfli and the JPEG rewrites take
+// most of Shrink's time. The steps keep the jobs' order.
+QList<ShrinkPlan::Step> planSteps(const std::vector<Job> &jobs)
+{
+    std::vector<ShrinkPlan::Step> steps(jobs.size());
+    std::atomic<size_t> next{0};
+    const auto work = [&] {
+        for (size_t i = next++; i < jobs.size(); i = next++) {
+            steps[i] = planStep(jobs[i].path, jobs[i].content, jobs[i].current, jobs[i].isStyle);
+            steps[i].stamp = jobs[i].stamp;
+        }
+    };
+    std::vector<std::thread> helpers;
+    for (size_t t = 1; t < size_t(std::clamp(QThread::idealThreadCount(), 1, 4)) && t < jobs.size(); ++t)
+        helpers.emplace_back(work);
+    work();
+    for (std::thread &helper : helpers)
+        helper.join();
+    return QList<ShrinkPlan::Step>(std::make_move_iterator(steps.begin()), std::make_move_iterator(steps.end()));
+}
+
 } // namespace
 
 QList<ShrinkItem> ShrinkPlan::items() const
@@ -126,16 +164,17 @@ ShrinkPlan planShrink(const QString &folder, PackedEntries &packed, const QStrin
     if (!listing.addFolder(folder))
         return plan;
     plan.emptyFolders = listing.folderEntries();
+    std::vector<Job> jobs;
+    const auto addStyle = [&] {
+        const std::optional<PackedEntry> known = packed.entryForContent(styleName, style);
+        jobs.push_back(
+            {styleName, style, known ? known->form : EntryPacking::packForSave(styleName, style).form, true, {}});
+    };
     bool styleListed = false;
     for (const QString &path : listing.fileEntries()) {
-        const bool isStyle = path.compare(styleName, Qt::CaseInsensitive) == 0;
-        if (isStyle) {
-            if (!styleListed) {
-                styleListed = true;
-                const std::optional<PackedEntry> known = packed.entryForContent(styleName, style);
-                plan.steps.append(planStep(
-                    styleName, style, known ? known->form : EntryPacking::packForSave(styleName, style).form, true));
-            }
+        if (path.compare(styleName, Qt::CaseInsensitive) == 0) {
+            if (!std::exchange(styleListed, true))
+                addStyle();
             continue;
         }
         const QString file = folder + u'/' + path;
@@ -145,16 +184,11 @@ ShrinkPlan planShrink(const QString &folder, PackedEntries &packed, const QStrin
             continue; // the save reports what it cannot read
         const QByteArray content = input.readAll();
         const std::optional<PackedForm> known = packed.formFor(path, stamp);
-        ShrinkPlan::Step step =
-            planStep(path, content, known ? *known : EntryPacking::packForSave(path, content).form, false);
-        step.stamp = stamp;
-        plan.steps.append(std::move(step));
+        jobs.push_back({path, content, known ? *known : EntryPacking::packForSave(path, content).form, false, stamp});
     }
-    if (!styleListed && !style.isEmpty()) {
-        const std::optional<PackedEntry> known = packed.entryForContent(styleName, style);
-        plan.steps.append(
-            planStep(styleName, style, known ? known->form : EntryPacking::packForSave(styleName, style).form, true));
-    }
+    if (!styleListed && !style.isEmpty())
+        addStyle();
+    plan.steps = planSteps(jobs);
     return plan;
 }
 

@@ -96,6 +96,8 @@ runs = [
     ("set", ["set", B, "skyColor", "(1,2,3)"], 0),
     ("set", ["set", B, "skyColor", "(1,2,300)"], 1),
     ("bsp", ["bsp", B], 0),
+    ("shrink", ["shrink", B, "--fit"], 0),
+    ("shrink", ["shrink", B], 0),
     ("cache", ["cache"], 0),
     ("cache", ["cache", "--browser", "netscape"], 1),
 ]
