@@ -5,6 +5,7 @@
 #include "cache/CacheIndexStore.h"
 #include "cache/CacheLocation.h"
 #include "cache/CachedBlockset.h"
+#include "common/ParallelFor.h"
 #include "common/Prompts.h"
 #include "common/RegistryWrapper.h"
 #include "storage/PlatformFile.h"
@@ -12,10 +13,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QThread>
 
 #include <algorithm>
-#include <thread>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -26,10 +25,8 @@ const QString kNotInstalled = u"Flatland Rover is not installed. No blockset cac
 const QString kWriteFailed = u"Couldn't write cache file to disk"_s;
 const QString kTitle = u"Cache Manager"_s;
 
-// Archives are read on up to this many threads, once there are enough rows to
-// be worth starting one.
-constexpr int kMaxReaders = 4;
-constexpr int kRowsWorthAThread = 64;
+// Archives are read on several threads once there are this many rows.
+constexpr size_t kRowsWorthAThread = 64;
 
 // Sort key of a numeric column; text columns give none.
 std::optional<qint64> numericKey(const CacheRow &row, int column)
@@ -158,23 +155,12 @@ void CacheManager::sortByFolder()
 
 void CacheManager::readArchives()
 {
-    // Each row reads its own archive and nothing else, so the rows are shared
-    // out among the processors in strides: a cache of thousands of blocksets is
-    // listed in about the time of its share on one, most of it spent in the
-    // system's file calls.
-    const int count = int(m_rows.size());
-    const int workers = count < kRowsWorthAThread ? 1 : std::clamp(QThread::idealThreadCount(), 1, kMaxReaders);
+    // Each row reads its own archive and nothing else: a cache of thousands of
+    // blocksets is listed in about the time of its share on one processor, most
+    // of it spent in the system's file calls.
     CacheRow *rows = m_rows.data(); // detached here, once, before any thread writes a row
-    const auto readEvery = [this, rows, count, workers](int first) {
-        for (int i = first; i < count; i += workers)
-            readCachedBlockset(fullPath(i), rows[i]);
-    };
-    std::vector<std::thread> helpers;
-    for (int first = 1; first < workers; ++first)
-        helpers.emplace_back(readEvery, first);
-    readEvery(0);
-    for (std::thread &helper : helpers)
-        helper.join();
+    parallelFor(size_t(m_rows.size()), kRowsWorthAThread,
+                [this, rows](size_t i) { readCachedBlockset(fullPath(int(i)), rows[i]); });
 }
 
 void CacheManager::walk(const QString &folder, const QString &relative, bool progress, QList<CacheRow> &rows)

@@ -1,5 +1,6 @@
 #include "shrink/ShrinkBlockset.h"
 
+#include "common/ParallelFor.h"
 #include "shrink/GifShrink.h"
 #include "shrink/JpegShrink.h"
 #include "shrink/TextDeflate.h"
@@ -9,11 +10,8 @@
 
 #include <QFile>
 #include <QSaveFile>
-#include <QThread>
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -109,19 +107,10 @@ struct Job {
 QList<ShrinkPlan::Step> planSteps(const std::vector<Job> &jobs)
 {
     std::vector<ShrinkPlan::Step> steps(jobs.size());
-    std::atomic<size_t> next{0};
-    const auto work = [&] {
-        for (size_t i = next++; i < jobs.size(); i = next++) {
-            steps[i] = planStep(jobs[i].path, jobs[i].content, jobs[i].current, jobs[i].isStyle);
-            steps[i].stamp = jobs[i].stamp;
-        }
-    };
-    std::vector<std::thread> helpers;
-    for (size_t t = 1; t < size_t(std::clamp(QThread::idealThreadCount(), 1, 4)) && t < jobs.size(); ++t)
-        helpers.emplace_back(work);
-    work();
-    for (std::thread &helper : helpers)
-        helper.join();
+    parallelFor(jobs.size(), 2, [&](size_t i) {
+        steps[i] = planStep(jobs[i].path, jobs[i].content, jobs[i].current, jobs[i].isStyle);
+        steps[i].stamp = jobs[i].stamp;
+    });
     return QList<ShrinkPlan::Step>(std::make_move_iterator(steps.begin()), std::make_move_iterator(steps.end()));
 }
 
